@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+/// The one way to SQLite: every connection, statement and failure line of the library comes from here.
+/// Nothing is kept between calls, nothing is retried, and no busy handler is installed.
+namespace Sql {
+
+/// Opens `path` with foreign keys enforced and temporary storage in memory. False on failure, with one
+/// line logged; the connection is closed then, and `*db` must not be used.
+bool Open(const QString& path, sqlite3** db, bool readOnly);
+
+/// Opens `path` for reading and writing, creating it if missing. Null on failure.
+sqlite3* OpenForWriting(const QString& path);
+
+/// Closes `db` if it is not null. A connection with live statements refuses: logged, and it stays open.
+void Close(sqlite3* db);
+
+/// Runs one or several statements that return no rows. `description` names them in the failure line.
+bool Execute(sqlite3* db, const char* sql, const char* description);
+
+/// Null on failure, which is logged. The caller owns the statement.
+sqlite3_stmt* Prepare(sqlite3* db, const char* sql, const char* description);
+
+/// Resets, unbinds and finalises; null is ignored.
+void Finalize(sqlite3_stmt* statement);
+
+/// Logs `text`, `code`, ":" and the connection's error message.
+void LogFailure(const char* text, int code, sqlite3* db);
+
+/// Whole seconds since 1970 in UTC; 4294967295 for a time that has none.
+unsigned int ToUnixUtc(const QDateTime& time);
+
+/// The instant in local time.
+QDateTime FromUnixUtc(unsigned int seconds);
+
+}  // namespace Sql
