@@ -1,0 +1,30 @@
+#pragma once
+
+/// The SQL texts in which one schema version differs from another, as far as any version does.
+///
+/// A table is given as its name with its column list, without "CREATE TABLE", so that the same text
+/// serves the main file and the scratch copy of a conversion. The texts are part of the file format:
+/// SQLite keeps them verbatim, comments and misspellings included.
+struct SchemaTexts {
+  const char* sites;
+  const char* paths;
+  const char* orientation;
+  const char* geolocation;
+  const char* height;
+  const char* antennaAlignment;
+  const char* pathAlignment;
+  const char* preferences;
+  const char* siteScreenContents;
+  const char* pathScreenContents;
+
+  /// The alignment tables as the conversion away from this version creates them in its scratch copy.
+  const char* antennaAlignmentCopy;
+  const char* pathAlignmentCopy;
+
+  const char* insertAntennaAlignment;
+  const char* insertPathAlignment;
+  const char* selectSiteReports;
+  const char* selectPathReports;
+  const char* savePreferences;
+  const char* restorePreferences;
+};

@@ -1,0 +1,130 @@
+#pragma once
+
+#include "core/AlignmentDatabase.h"
+
+class Statement;
+struct StoreDescription;
+
+/// Every procedure of the stores, once. What differs between schema versions is the constant description
+/// that is found through Version(); a concrete store adds its constructor, Version(), Open(), Create() and
+/// the virtual destructor through which it is destroyed.
+class TARNBEAMDATABASE_EXPORT AlignmentDatabaseStore : public AlignmentDatabase {
+ public:
+  using AlignmentDatabase::AlignmentDatabase;
+
+  /// Creates the tables of the store's files, leaving existing tables and rows as they are. False when one
+  /// could not be created; the file it belongs to is removed then.
+  bool CreateTables();
+
+  IAntennaAlignmentReportData* SaveAlignmentReportData(ISiteInformation* site, IGeolocation* location,
+                                                       IOrientation* measured, IHeight* height,
+                                                       QDateTime time, IMeasurementOptions* options) override;
+  IPathAlignmentReportData* SavePathReportData(IPathInformation* path, IGeolocation* location,
+                                               IOrientation* target, IOrientation* measured, IHeight* height,
+                                               QDateTime time, IMeasurementOptions* options) override;
+  AntennaAlignmentPdfReportData* GetAlignmentReportDataForSite(QString& siteIdentifier) override;
+  PathAlignmentPdfReportData* GetPathAlignmentReportDataForSite(QString pathIdentifier) override;
+  bool SavePreferences(IPreferencesModel* model) override;
+  bool RestorePreferences(IPreferencesModel* model) override;
+  QVector<QString> GetSiteIdentifiers() override;
+  QVector<QString> GetPathIdentifiers() override;
+  bool DeleteReportsBySiteAndSector(QString& siteIdentifier, QString& sectorName) override;
+  bool DeleteReportsByPath(QString& pathIdentifier) override;
+  bool DeleteReportsBySiteAndIndex(QString& siteIdentifier, int index) override;
+  bool DeleteReportsByPathAndIndex(QString& pathIdentifier, int index) override;
+  bool StoreInputContents(IAlignerModel* model) override;
+  bool RestoreInputContents(IAlignerModel* model) override;
+  void Close() override;
+
+ protected:
+  /// The second half of Create(): a failure is one more line, and the store is kept all the same.
+  void CreateTablesOrLog();
+
+  // Row writers and look-ups. Each works on an open connection and reports success; binds and prepares that
+  // fail are logged. A look-up of an unknown identifier succeeds with key 0. A key that is found or made is
+  // written through its pointer.
+  bool GetIDForSiteIdentifier(sqlite3* db, QString& identifier, long long* siteKey);
+  bool SaveSiteIdentifier(sqlite3* db, QString& identifier, long long* siteKey);
+  bool GetIDForPathIdentifier(sqlite3* db, QString& identifier, long long* pathKey);
+  bool SavePathIdentifier(sqlite3* db, QString& identifier, long long* pathKey);
+  bool SaveOrientation(sqlite3* db, IOrientation* orientation, long long* key);
+  bool SaveGeolocation(sqlite3* db, IGeolocation* location, long long* key);
+  bool SaveHeight(sqlite3* db, IHeight* height, long long* key);
+  bool SaveAntennaAlignment(sqlite3* db, long long siteKey, QString& sectorName, QString& antennaPosition,
+                            float azimuthOffset, long long targetOrientationKey,
+                            long long measuredOrientationKey, long long locationKey, long long heightKey,
+                            QDateTime& time, long long* alignmentKey, bool tiltInversionEnabled, QString note,
+                            int rollPrecision);
+  bool SaveAntennaAlignmentThresholds(sqlite3* db, long long alignmentKey, long long* thresholdKey,
+                                      long long siteKey, double azimuthThreshold, double tiltThreshold,
+                                      double rollThreshold);
+  bool SavePathAlignment(sqlite3* db, long long pathKey, float azimuthOffset, long long pathLocationKey,
+                         long long targetOrientationKey, long long measuredOrientationKey,
+                         long long locationKey, long long heightKey, QDateTime& time, long long* alignmentKey,
+                         bool tiltInversionEnabled, QString note);
+  bool SavePathAlignmentThresholds(sqlite3* db, long long alignmentKey, long long* thresholdKey,
+                                   long long pathKey, float azimuthThreshold, float tiltThreshold,
+                                   float pathLengthThreshold);
+
+  // Deletion helpers, on an open connection.
+  bool DeleteSiteByKey(sqlite3* db, long long* siteKey);
+  bool DeletePathByKey(sqlite3* db, long long* pathKey);
+  bool GetSingleSiteMeasurementKeys(sqlite3* db, long long alignmentKey, long long* targetOrientationKey,
+                                    long long* measuredOrientationKey, long long* locationKey,
+                                    long long* siteHeightKey);
+  bool GetSinglePathMeasurementKeys(sqlite3* db, long long alignmentKey, long long* targetOrientationKey,
+                                    long long* measuredOrientationKey, long long* pathLocationKey,
+                                    long long* locationKey, long long* siteHeightKey);
+  bool GetAllRelatedSiteKeys(sqlite3* db, long long siteKey, QVector<int>* orientationKeys,
+                             QVector<int>* geolocationKeys, QVector<int>* heightKeys);
+  bool GetAllRelatedPathKeys(sqlite3* db, long long pathKey, QVector<int>* orientationKeys,
+                             QVector<int>* geolocationKeys, QVector<int>* heightKeys);
+  bool GenericBatchKeyDelete(sqlite3* db, QVector<int>* keys, const char* table, const char* column);
+  bool DeleteAssociatedRecordsByKeys(sqlite3* db, QVector<int>* orientationKeys,
+                                     QVector<int>* geolocationKeys, QVector<int>* heightKeys);
+
+  // The two input screens, on an open connection.
+  bool SaveCurrentSiteInformation(sqlite3* db, IAlignerModel* model);
+  bool SaveCurrentPathInformation(sqlite3* db, IAlignerModel* model);
+  bool RestoreCurrentSiteInformation(sqlite3* db, IAlignerModel* model);
+  bool RestoreCurrentPathInformation(sqlite3* db, IAlignerModel* model);
+
+ private:
+  struct SingleDeletion;
+
+  const StoreDescription& Description();
+  bool CreateMainTables(sqlite3* db);
+  QVector<QString> Identifiers(const char* sql);
+
+  bool SaveSiteRows(sqlite3* db, ISiteInformation* site, IGeolocation* location, IOrientation* measured,
+                    IHeight* height, QDateTime& time, IMeasurementOptions* options, long long* siteKey,
+                    long long* alignmentKey);
+  bool SavePathRows(sqlite3* db, IPathInformation* path, IGeolocation* location, IOrientation* target,
+                    IOrientation* measured, IHeight* height, QDateTime& time, IMeasurementOptions* options,
+                    long long* pathKey, long long* alignmentKey);
+  template <typename Write>
+  bool InThresholdsTransaction(Write write);
+
+  bool SavePreferencesRow(IPreferencesModel* model);
+  bool SavePathLengthRow(IPreferencesModel* model);
+  bool RestorePreferencesRow(IPreferencesModel* model);
+  bool RestorePathLengthRow(IPreferencesModel* model);
+
+  bool DeleteSiteRows(QString& siteIdentifier, long long* siteKey);
+  bool DeleteSiteRowsInTransaction(sqlite3* db, QString& siteIdentifier, long long* siteKey);
+  bool DeleteSiteThresholds(long long siteKey, bool result);
+  void DeletePathRows(QString& pathIdentifier, long long* pathKey);
+  void DeletePathRowsInTransaction(sqlite3* db, QString& pathIdentifier, long long* pathKey);
+  void DeletePathThresholds(long long pathKey);
+  int StepAlignmentDelete(Statement* statement);
+  bool RunOrLeaveOpen(Statement* statement);
+  void FinishTransaction(sqlite3* db, const SingleDeletion& texts, bool commit);
+  bool RunSingleDelete(Statement* statement, const SingleDeletion& texts, long long ownerKey,
+                       long long reportKey);
+  template <typename FindKey, typename Collect>
+  bool DeleteReportRows(sqlite3* db, const SingleDeletion& texts, long long* ownerKey, long long reportKey,
+                        FindKey findKey, Collect collect);
+  template <typename FindKey, typename Collect>
+  bool DeleteOneReport(const SingleDeletion& texts, long long reportKey, long long thresholdsKey,
+                       FindKey findKey, Collect collect);
+};

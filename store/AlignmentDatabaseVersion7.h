@@ -1,0 +1,19 @@
+#pragma once
+
+#include "store/AlignmentDatabaseStore.h"
+
+/// The current store: sites and paths with their thresholds, in two files.
+///
+/// A main file of an older version is converted first (see AlignmentDatabaseConverter1to2 and its
+/// followers); GetDatabaseFileVersion() tells. A store holds nothing but its two paths.
+class TARNBEAMDATABASE_EXPORT AlignmentDatabaseVersion7 : public AlignmentDatabaseStore {
+ public:
+  using AlignmentDatabaseStore::AlignmentDatabaseStore;
+  /// A store over existing files, the caller's to delete. Touches neither file.
+  static AlignmentDatabaseVersion7* Open(QString databasePath, QString secondDatabasePath);
+  /// A store whose tables are created first. Returned even when that fails, which is logged.
+  static AlignmentDatabaseVersion7* Create(QString databasePath, QString secondDatabasePath);
+  /// Always 7.
+  unsigned int Version() override;
+  virtual ~AlignmentDatabaseVersion7();
+};

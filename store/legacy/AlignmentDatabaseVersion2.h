@@ -1,0 +1,16 @@
+#pragma once
+
+#include "store/AlignmentDatabaseStore.h"
+
+/// The store of schema version 2: deletes like version 1, but steps once.
+class TARNBEAMDATABASE_EXPORT AlignmentDatabaseVersion2 : public AlignmentDatabaseStore {
+ public:
+  using AlignmentDatabaseStore::AlignmentDatabaseStore;
+  /// A store over existing files, the caller's to delete. Touches neither file.
+  static AlignmentDatabaseVersion2* Open(QString databasePath, QString secondDatabasePath);
+  /// A store whose tables are created first. Returned even when that fails, which is logged.
+  static AlignmentDatabaseVersion2* Create(QString databasePath, QString secondDatabasePath);
+  /// Always 2.
+  unsigned int Version() override;
+  virtual ~AlignmentDatabaseVersion2();
+};

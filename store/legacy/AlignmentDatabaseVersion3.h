@@ -1,0 +1,18 @@
+#pragma once
+
+#include "store/AlignmentDatabaseStore.h"
+
+/// The store of schema version 3, the first with tilt inversion and the first that deletes what alignments
+/// refer to. Create() is for new files only: on existing tables adding the columns fails, and the file is
+/// removed. Use Open() for existing files.
+class TARNBEAMDATABASE_EXPORT AlignmentDatabaseVersion3 : public AlignmentDatabaseStore {
+ public:
+  using AlignmentDatabaseStore::AlignmentDatabaseStore;
+  /// A store over existing files, the caller's to delete. Touches neither file.
+  static AlignmentDatabaseVersion3* Open(QString databasePath, QString secondDatabasePath);
+  /// A store whose tables are created first. Returned even when that fails, which is logged.
+  static AlignmentDatabaseVersion3* Create(QString databasePath, QString secondDatabasePath);
+  /// Always 3.
+  unsigned int Version() override;
+  virtual ~AlignmentDatabaseVersion3();
+};

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "store/AlignmentDatabaseStore.h"
+
+/// The store of schema version 4: site alignments have a note. Create() is for new files only, as in
+/// version 3: it removes a file that already has its tables. Use Open() for existing files.
+class TARNBEAMDATABASE_EXPORT AlignmentDatabaseVersion4 : public AlignmentDatabaseStore {
+ public:
+  using AlignmentDatabaseStore::AlignmentDatabaseStore;
+  /// A store over existing files, the caller's to delete. Touches neither file.
+  static AlignmentDatabaseVersion4* Open(QString databasePath, QString secondDatabasePath);
+  /// A store whose tables are created first. Returned even when that fails, which is logged.
+  static AlignmentDatabaseVersion4* Create(QString databasePath, QString secondDatabasePath);
+  /// Always 4.
+  unsigned int Version() override;
+  virtual ~AlignmentDatabaseVersion4();
+};

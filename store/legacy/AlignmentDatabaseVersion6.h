@@ -1,0 +1,17 @@
+#pragma once
+
+#include "store/AlignmentDatabaseStore.h"
+
+/// The store of schema version 6: preferences have a geoid format. Create() is for new files only, as in
+/// version 3: it removes a file that already has its tables. Use Open() for existing files.
+class TARNBEAMDATABASE_EXPORT AlignmentDatabaseVersion6 : public AlignmentDatabaseStore {
+ public:
+  using AlignmentDatabaseStore::AlignmentDatabaseStore;
+  /// A store over existing files, the caller's to delete. Touches neither file.
+  static AlignmentDatabaseVersion6* Open(QString databasePath, QString secondDatabasePath);
+  /// A store whose tables are created first. Returned even when that fails, which is logged.
+  static AlignmentDatabaseVersion6* Create(QString databasePath, QString secondDatabasePath);
+  /// Always 6.
+  unsigned int Version() override;
+  virtual ~AlignmentDatabaseVersion6();
+};
