@@ -1,0 +1,10 @@
+#pragma once
+
+#include "TarnbeamDatabaseExport.h"
+#include "model/SettingValue.h"
+
+/// A time without use after which the instrument switches itself off.
+class TARNBEAMDATABASE_EXPORT AutoShutOffDelaySetting : public SettingValue {
+ public:
+  using SettingValue::SettingValue;
+};

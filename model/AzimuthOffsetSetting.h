@@ -1,0 +1,10 @@
+#pragma once
+
+#include "TarnbeamDatabaseExport.h"
+#include "model/SettingValue.h"
+
+/// A mounting direction, added to the measured azimuth.
+class TARNBEAMDATABASE_EXPORT AzimuthOffsetSetting : public SettingValue {
+ public:
+  using SettingValue::SettingValue;
+};

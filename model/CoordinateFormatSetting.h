@@ -1,0 +1,10 @@
+#pragma once
+
+#include "TarnbeamDatabaseExport.h"
+#include "model/SettingValue.h"
+
+/// A way of writing latitude and longitude.
+class TARNBEAMDATABASE_EXPORT CoordinateFormatSetting : public SettingValue {
+ public:
+  using SettingValue::SettingValue;
+};

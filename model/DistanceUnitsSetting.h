@@ -1,0 +1,10 @@
+#pragma once
+
+#include "TarnbeamDatabaseExport.h"
+#include "model/SettingValue.h"
+
+/// A unit in which distances and heights are shown.
+class TARNBEAMDATABASE_EXPORT DistanceUnitsSetting : public SettingValue {
+ public:
+  using SettingValue::SettingValue;
+};

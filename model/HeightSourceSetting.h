@@ -1,0 +1,10 @@
+#pragma once
+
+#include "TarnbeamDatabaseExport.h"
+#include "model/SettingValue.h"
+
+/// A way of obtaining the antenna height.
+class TARNBEAMDATABASE_EXPORT HeightSourceSetting : public SettingValue {
+ public:
+  using SettingValue::SettingValue;
+};

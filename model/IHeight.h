@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QDateTime>
+
+#include "TarnbeamDatabaseExport.h"
+#include "model/HeightSource.h"
+
+class IModelObserver;
+
+/// Height of an antenna, as entered or measured. The order of the virtual operations is binary
+/// interface.
+class TARNBEAMDATABASE_EXPORT IHeight {
+ public:
+  /// Observers hear of every change; they are not owned.
+  virtual void AddObserver(IModelObserver* observer) = 0;
+  virtual void RemoveObserver(IModelObserver* observer) = 0;
+  virtual void NotifyObserversOfChange() = 0;
+
+  /// A copy without observers, owned by the caller.
+  virtual IHeight* Clone() const = 0;
+
+  virtual bool IsValid() const = 0;
+
+  /// Keeps the value but marks it as one not to be relied on.
+  virtual void Invalidate() = 0;
+
+  /// Setting the height makes it valid again; setting its type alone does not.
+  virtual void SetHeight(double meters, HeightSource type) = 0;
+  virtual void SetHeightInMeters(double meters) = 0;
+  virtual void SetHeightInFeet(double feet) = 0;
+  virtual void SetHeightType(HeightSource type) = 0;
+
+  /// International feet. Writes whether the height is valid through `valid` unless that is null.
+  virtual double HeightInFeet(bool* valid) const = 0;
+
+  virtual bool IsFromGps() const = 0;
+
+  /// When the height was measured or entered; an invalid time where that is not known.
+  virtual QDateTime MeasurementTime() const = 0;
+  virtual void SetMeasurementTime(const QDateTime& time) = 0;
+
+  /// Expected error in metres, one standard deviation; 0 where it is not known.
+  virtual double UncertaintyInMeters() const = 0;
+  virtual void SetUncertaintyInMeters(double meters) = 0;
+
+  /// How the height was obtained.
+  virtual HeightSource HeightType() const = 0;
+
+  /// Metres. Writes whether the height is valid through `valid` unless that is null.
+  virtual double HeightInMeters(bool* valid) const = 0;
+
+  virtual ~IHeight();
+};

@@ -1,0 +1,3 @@
+#include "model/IModelObserver.h"
+
+IModelObserver::~IModelObserver() = default;
