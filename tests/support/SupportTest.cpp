@@ -9,12 +9,14 @@
 #include <QFile>
 #include <cerrno>
 #include <csignal>
+#include <set>
 #include <stdexcept>
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/DatabaseDump.h"
 #include "tests/support/FileCalls.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/SampleAlignments.h"
 #include "tests/support/ShimVfs.h"
 #include "tests/support/SqliteCalls.h"
 #include "tests/support/SqliteLeakGuard.h"
@@ -297,7 +299,23 @@ TEST(SqliteLeakGuard, ComplainsUnlessAnnounced) {
   SqliteLeakGuard::ExpectLeaked(1, 1);  // and the end of this test agrees
 }
 
-// Runs after the test above: what that one left open is gone.
+// The program runs this test once more by itself, leaking, and has to fail then.
+TEST(SqliteLeakGuard, FailsATestThatLeaksUnannounced) {
+  const char* const leaks = "TARNBEAM_SUPPORT_TEST_LEAKS";
+  if (qEnvironmentVariableIsSet(leaks)) {
+    OpenFile(":memory:");
+    return;
+  }
+  EXPECT_EQ(RunInChild([&] {
+              qputenv(leaks, "1");
+              const char* const filter = "--gtest_filter=SqliteLeakGuard.FailsATestThatLeaksUnannounced";
+              execl("/proc/self/exe", "support_tests", filter, nullptr);
+              _exit(127);
+            }),
+            1);
+}
+
+// In a run of the whole program it comes after the tests above: what they left open is gone.
 TEST(SqliteLeakGuard, StartsEveryTestClean) {
   EXPECT_EQ(SqliteCalls::OpenConnections(), 0);
   EXPECT_EQ(SqliteCalls::LiveStatements(), 0);
@@ -558,6 +576,71 @@ TEST(TemporaryFolder, IsGoneAfterwards) {
     EXPECT_TRUE(QFile::exists(path + "/main.sqlite"));
   }
   EXPECT_FALSE(QFile::exists(path));
+}
+
+// Takes samples as a store does and answers the numbers that it was handed.
+struct TakingStore {
+  static std::vector<double> Numbers(IGeolocation* location, IOrientation* measured, IHeight* height,
+                                     const QDateTime& time, IMeasurementOptions* options) {
+    return {location->LatitudeDegreesNorth(), location->LongitudeDegreesEast(),
+            location->ElevationMeters(),      measured->AzimuthDegrees(),
+            measured->TiltDegrees(),          measured->RollDegrees(),
+            height->HeightInMeters(nullptr),  static_cast<double>(time.toTime_t()),
+            options->AzimuthOffset(),         options->AzimuthThreshold(),
+            options->TiltThreshold(),         options->RollThreshold(),
+            options->PathLengthThreshold(),   static_cast<double>(options->RollPrecision())};
+  }
+
+  std::vector<double> SaveAlignmentReportData(ISiteInformation* site, IGeolocation* location,
+                                              IOrientation* measured, IHeight* height, const QDateTime& time,
+                                              IMeasurementOptions* options) {
+    std::vector<double> numbers = Numbers(location, measured, height, time, options);
+    const IOrientation* const target = site->TargetOrientation();
+    numbers.insert(numbers.end(), {target->AzimuthDegrees(), target->TiltDegrees(), target->RollDegrees()});
+    texts = QStringList{site->SiteIdentifier(), site->SectorName(), site->AntennaPosition(), options->Note()};
+    return numbers;
+  }
+
+  std::vector<double> SavePathReportData(IPathInformation* path, IGeolocation* location, IOrientation* target,
+                                         IOrientation* measured, IHeight* height, const QDateTime& time,
+                                         IMeasurementOptions* options) {
+    std::vector<double> numbers = Numbers(location, measured, height, time, options);
+    const IGeolocation* const end = path->PathLocation();
+    numbers.insert(numbers.end(),
+                   {target->AzimuthDegrees(), target->TiltDegrees(), target->RollDegrees(),
+                    end->LatitudeDegreesNorth(), end->LongitudeDegreesEast(), end->ElevationMeters()});
+    texts = QStringList{path->PathIdentifier(), options->Note()};
+    return numbers;
+  }
+
+  QStringList texts;
+};
+
+template <typename Sample>
+void ExpectDistinctNumbers(int expected) {
+  TakingStore store;
+  const std::vector<double> first = Sample(0).Save(&store);
+  const std::vector<double> second = Sample(1).Save(&store);
+  ASSERT_EQ(first.size(), static_cast<std::size_t>(expected));
+  EXPECT_EQ(std::set<double>(first.begin(), first.end()).size(), first.size());
+  for (std::size_t i = 0; i < first.size(); ++i) EXPECT_NE(first[i], second[i]) << i;
+}
+
+TEST(SampleAlignments, HaveDistinctValues) {
+  ExpectDistinctNumbers<SampleSiteAlignment>(17);
+  ExpectDistinctNumbers<SamplePathAlignment>(20);
+}
+
+TEST(SampleAlignments, CarryTheTextsGiven) {
+  TakingStore store;
+  SampleSiteAlignment(4).Save(&store);
+  EXPECT_EQ(store.texts, (QStringList{"Site 4", "Sector 4", "Position 4", "note 4"}));
+  SampleSiteAlignment(5, "S", "A").Save(&store);
+  EXPECT_EQ(store.texts, (QStringList{"S", "A", "Position 5", "note 5"}));
+  SamplePathAlignment(6).Save(&store);
+  EXPECT_EQ(store.texts, (QStringList{"Path 6", "note 6"}));
+  SamplePathAlignment(7, "P").Save(&store);
+  EXPECT_EQ(store.texts, (QStringList{"P", "note 7"}));
 }
 
 }  // namespace
