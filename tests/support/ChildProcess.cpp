@@ -8,8 +8,9 @@
 
 #include "tests/support/FileCalls.h"
 
-// Present only in a program that measures coverage.
-extern "C" void __gcov_dump() __attribute__((weak));
+#ifdef TARNBEAM_COVERAGE
+extern "C" void __gcov_dump();
+#endif
 
 namespace {
 
@@ -36,7 +37,9 @@ int Parts() {
 
 void LeaveProcess(int status) {
   FileCalls::Reset();
-  if (__gcov_dump) __gcov_dump();
+#ifdef TARNBEAM_COVERAGE
+  __gcov_dump();
+#endif
   _exit(status);
 }
 

@@ -104,7 +104,7 @@ QStringList FileCalls::TakeTrace() {
 #define EXPORTED extern "C" __attribute__((visibility("default")))
 
 // One definition: the name that tests know it by with what it works on, the result, and the function's own
-// name, parameters, arguments and exception specification.
+// name, parameters, arguments, and whether it may throw.
 #define FORWARD(on, result, function, parameters, arguments, exceptions) \
   EXPORTED result function parameters exceptions {                       \
     return Fails on ? result{-1} : NEXT_DEFINITION(function) arguments;  \
