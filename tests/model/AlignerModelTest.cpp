@@ -43,7 +43,7 @@ class AlignerModelTest : public testing::Test {
 };
 
 using Screens = testing::Types<SiteScreen, PathScreen>;
-TYPED_TEST_SUITE(AlignerModelTest, Screens);
+TYPED_TEST_SUITE(AlignerModelTest, Screens, );
 
 TYPED_TEST(AlignerModelTest, FreshModelIsEmpty) {
   EXPECT_EQ(TypeParam::Current(*this->model_), nullptr);

@@ -103,7 +103,7 @@ using SettingValues =
     testing::Types<DistanceUnitsSetting, DateFormatSetting, CoordinateFormatSetting, DatumFormatSetting,
                    HeightSourceSetting, AutoShutOffDelaySetting, BluetoothModeSetting, TimeZoneSetting,
                    GeoidFormatSetting, AzimuthOffsetSetting>;
-TYPED_TEST_SUITE(SettingValueTest, SettingValues);
+TYPED_TEST_SUITE(SettingValueTest, SettingValues, );
 
 TYPED_TEST(SettingValueTest, AnswersKeyAndName) {
   const TypeParam value(7, "Seven");
