@@ -1,0 +1,48 @@
+// The entry points that libFuzzer calls. The target is named by --target=NAME, which libFuzzer passes over.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+#include "fuzz/HostileFiles.h"
+#include "fuzz/Watchdog.h"
+
+namespace {
+
+const Target* fuzzed = nullptr;
+
+// Runs at every exit but that of a crash.
+void Report() {
+  const WatchdogCounts& counts = Watchdog::Counts();
+  std::fprintf(
+      stderr,
+      "%s: %lld endless loops recognised, %lld queries of rows without end, %lld inputs interrupted, "
+      "%lld connections left open\n",
+      fuzzed->name, counts.endlessLoops, counts.endlessRows, counts.interrupted, counts.leftOpen);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
+  const QString option = QStringLiteral("--target=");
+  for (int index = 1; index < *argc; ++index) {
+    const QString argument = QString::fromLocal8Bit((*argv)[index]);
+    if (argument.startsWith(option)) fuzzed = Target::Named(argument.mid(option.size()));
+  }
+  if (fuzzed == nullptr) {
+    std::fprintf(stderr, "Usage: %s --target=NAME [libFuzzer's options and folders]\nTargets:\n", (*argv)[0]);
+    for (const Target& target : Target::All()) std::fprintf(stderr, "  %s\n", target.name);
+    std::exit(2);
+  }
+  std::atexit(Report);
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const QString complaint =
+      fuzzed->Run(QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size)));
+  if (!complaint.isEmpty()) {
+    std::fprintf(stderr, "%s\n", qPrintable(complaint));
+    std::abort();
+  }
+  return 0;
+}

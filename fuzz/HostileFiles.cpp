@@ -1,0 +1,235 @@
+#include "fuzz/HostileFiles.h"
+
+#include <sqlite3.h>
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <memory>
+
+#include "fuzz/Seeds.h"
+#include "fuzz/Watchdog.h"
+#include "migration/AlignmentDatabaseConverter1to2.h"
+#include "migration/AlignmentDatabaseConverter2to3.h"
+#include "migration/AlignmentDatabaseConverter3to4.h"
+#include "migration/AlignmentDatabaseConverter4to5.h"
+#include "migration/AlignmentDatabaseConverter5to6.h"
+#include "migration/AlignmentDatabaseConverter6to7.h"
+#include "model/AlignerModel.h"
+#include "model/PreferencesModel.h"
+#include "reports/AntennaAlignmentPdfReportData.h"
+#include "reports/PathAlignmentPdfReportData.h"
+#include "store/AlignmentDatabaseVersion7.h"
+#include "store/legacy/AlignmentDatabaseVersion1.h"
+#include "store/legacy/AlignmentDatabaseVersion2.h"
+#include "store/legacy/AlignmentDatabaseVersion3.h"
+#include "store/legacy/AlignmentDatabaseVersion4.h"
+#include "store/legacy/AlignmentDatabaseVersion5.h"
+#include "store/legacy/AlignmentDatabaseVersion6.h"
+#include "tests/support/SampleAlignments.h"
+
+struct HostileFiles {
+  QString main;
+  QString thresholds;
+  QString complaint;
+
+  void Require(bool condition, const char* what) {
+    if (!condition && complaint.isEmpty()) complaint = QLatin1String(what);
+  }
+};
+
+namespace {
+
+// A store that is destroyed through its own class.
+using Store = std::shared_ptr<AlignmentDatabaseStore>;
+
+enum class Opening { Open, Create };
+
+template <typename Version>
+Store Make(const HostileFiles& files, Opening opening) {
+  return std::shared_ptr<Version>(opening == Opening::Open ? Version::Open(files.main, files.thresholds)
+                                                           : Version::Create(files.main, files.thresholds));
+}
+
+template <typename Converter>
+bool Convert(QString path) {
+  return Converter().Convert(path);
+}
+
+constexpr unsigned int currentVersion = 7;
+
+constexpr Store (*stores[])(const HostileFiles&, Opening) = {
+    Make<AlignmentDatabaseVersion1>, Make<AlignmentDatabaseVersion2>, Make<AlignmentDatabaseVersion3>,
+    Make<AlignmentDatabaseVersion4>, Make<AlignmentDatabaseVersion5>, Make<AlignmentDatabaseVersion6>,
+    Make<AlignmentDatabaseVersion7>};
+
+constexpr bool (*converters[])(QString) = {
+    Convert<AlignmentDatabaseConverter1to2>, Convert<AlignmentDatabaseConverter2to3>,
+    Convert<AlignmentDatabaseConverter3to4>, Convert<AlignmentDatabaseConverter4to5>,
+    Convert<AlignmentDatabaseConverter5to6>, Convert<AlignmentDatabaseConverter6to7>};
+
+unsigned int Probe(const QString& path) {
+  unsigned int version = 0;
+  return AlignmentDatabase::GetDatabaseFileVersion(path, &version) ? version : 0;
+}
+
+/// The store of the version that the file claims to have, the current one where there is none of it.
+Store StoreOf(const HostileFiles& files, Opening opening) {
+  const unsigned int version = Probe(files.main);
+  return stores[version >= 1 && version <= currentVersion ? version - 1 : currentVersion - 1](files, opening);
+}
+
+/// The first identifiers: as many as are read, and one that is not there.
+QVector<QString> Some(QVector<QString> identifiers) {
+  constexpr int several = 3;
+  identifiers.resize(qMin(identifiers.size(), several));
+  identifiers << QStringLiteral("nowhere");
+  return identifiers;
+}
+
+void OpenFiles(HostileFiles* files) { StoreOf(*files, Opening::Create)->Close(); }
+
+void ProbeFile(HostileFiles* files) { Probe(files->main); }
+
+void ReadFiles(HostileFiles* files) {
+  const Store store = StoreOf(*files, Opening::Open);
+  for (QString& site : Some(store->GetSiteIdentifiers())) {
+    const std::unique_ptr<AntennaAlignmentPdfReportData> reports(store->GetAlignmentReportDataForSite(site));
+    if (reports) files->Require(reports->Name() == site, "A report names another site");
+  }
+  for (const QString& path : Some(store->GetPathIdentifiers())) {
+    const std::unique_ptr<PathAlignmentPdfReportData> reports(store->GetPathAlignmentReportDataForSite(path));
+    if (reports) files->Require(reports->Name() == path, "A report names another path");
+  }
+  PreferencesModel preferences;
+  store->RestorePreferences(&preferences);
+  AlignerModel screens;
+  store->RestoreInputContents(&screens);
+}
+
+void SaveFiles(HostileFiles* files) {
+  const Store store = StoreOf(*files, Opening::Open);
+  for (const int number : {1, 7}) {
+    delete SampleSiteAlignment(number).Save(store.get());
+    delete SamplePathAlignment(number).Save(store.get());
+  }
+  // What was read goes back: a value that the file had in a wrong type is written as the right one.
+  PreferencesModel preferences;
+  store->RestorePreferences(&preferences);
+  store->SavePreferences(&preferences);
+  AlignerModel screens;
+  store->RestoreInputContents(&screens);
+  store->StoreInputContents(&screens);
+  AlignerModel empty;
+  store->StoreInputContents(&empty);
+}
+
+void DeleteFromFiles(HostileFiles* files) {
+  const Store store = StoreOf(*files, Opening::Open);
+  QString sector = QStringLiteral("Sector 1");
+  for (QString& site : Some(store->GetSiteIdentifiers())) {
+    store->DeleteReportsBySiteAndIndex(site, 0);
+    store->DeleteReportsBySiteAndSector(site, sector);
+  }
+  for (QString& path : Some(store->GetPathIdentifiers())) {
+    store->DeleteReportsByPathAndIndex(path, 0);
+    store->DeleteReportsByPath(path);
+  }
+}
+
+/// What PRAGMA integrity_check answers first, by a connection of its own.
+QByteArray Integrity(const QString& path) {
+  sqlite3* db = nullptr;
+  sqlite3_stmt* statement = nullptr;
+  QByteArray answer;
+  if (sqlite3_open_v2(path.toLocal8Bit().constData(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK &&
+      sqlite3_prepare_v2(db, "PRAGMA integrity_check", -1, &statement, nullptr) == SQLITE_OK &&
+      sqlite3_step(statement) == SQLITE_ROW) {
+    answer = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
+  }
+  sqlite3_finalize(statement);
+  sqlite3_close(db);
+  return answer;
+}
+
+/// All the way up, as an application does when it starts. A file of no known version goes to some converter.
+void ConvertFile(HostileFiles* files) {
+  unsigned int version = Probe(files->main);
+  const unsigned int steps = currentVersion - 1;
+  if (version < 1 || version > steps) version = 1 + version % steps;
+  for (; version <= steps; ++version) {
+    const QByteArray before = Seeds::Read(files->main);
+    if (!converters[version - 1](files->main)) {
+      files->Require(Seeds::Read(files->main) == before, "A refused conversion has changed the file");
+      return;
+    }
+    Watchdog::Begin();
+    files->Require(Probe(files->main) == version + 1, "A converted file has another version");
+    files->Require(Integrity(files->main) == "ok", "A converted file is damaged");
+  }
+  ReadFiles(files);
+}
+
+void SwallowLog(QtMsgType type, const QMessageLogContext&, const QString& text) {
+  if (type == QtFatalMsg) fprintf(stderr, "%s\n", qPrintable(text));
+}
+
+/// The files of this process, in a folder of its own.
+class Folder {
+ public:
+  Folder() {
+    qInstallMessageHandler(SwallowLog);
+    // The scratch folder is not the library's to make, and conversions without it would all be refused.
+    if (!QDir(QStringLiteral("/opt/tarnbeam/database")).exists()) {
+      qFatal("Conversions need the folder /opt/tarnbeam/database");
+    }
+    Seeds::MakeCurrent({Path("main"), Path("thresholds")});
+    main_ = Seeds::Read(Path("main"));
+    thresholds_ = Seeds::Read(Path("thresholds"));
+  }
+
+  HostileFiles With(Side side, const QByteArray& input) const {
+    for (const QString& name : QDir(folder_.path()).entryList(QDir::Files))
+      QFile::remove(folder_.filePath(name));
+    Seeds::Write(Path("main"), side == Side::Main ? input : main_);
+    Seeds::Write(Path("thresholds"), side == Side::Main ? thresholds_ : input);
+    return {Path("main"), Path("thresholds"), QString()};
+  }
+
+ private:
+  QString Path(const char* name) const { return folder_.filePath(QLatin1String(name)); }
+
+  QTemporaryDir folder_;
+  QByteArray main_;
+  QByteArray thresholds_;
+};
+
+}  // namespace
+
+const std::vector<Target>& Target::All() {
+  static const std::vector<Target> targets = {
+      {"probe_main", Side::Main, ProbeFile},        {"convert_main", Side::Main, ConvertFile},
+      {"open_main", Side::Main, OpenFiles},         {"open_thresholds", Side::Thresholds, OpenFiles},
+      {"read_main", Side::Main, ReadFiles},         {"read_thresholds", Side::Thresholds, ReadFiles},
+      {"save_main", Side::Main, SaveFiles},         {"save_thresholds", Side::Thresholds, SaveFiles},
+      {"delete_main", Side::Main, DeleteFromFiles}, {"delete_thresholds", Side::Thresholds, DeleteFromFiles},
+  };
+  return targets;
+}
+
+const Target* Target::Named(const QString& name) {
+  for (const Target& target : All()) {
+    if (name == QLatin1String(target.name)) return &target;
+  }
+  return nullptr;
+}
+
+QString Target::Run(const QByteArray& input) const {
+  static const Folder folder;
+  HostileFiles files = folder.With(side, input);
+  Watchdog::Begin();
+  run(&files);
+  Watchdog::CloseLeftOpen();
+  const QString& other = side == Side::Main ? files.thresholds : files.main;
+  files.Require(Integrity(other) == "ok", "The file beside the hostile one is damaged");
+  return files.complaint;
+}

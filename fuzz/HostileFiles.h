@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <vector>
+
+/// Which of the two files holds the bytes of an input; the other is as the library made it.
+enum class Side { Main, Thresholds };
+
+struct HostileFiles;
+
+/// What an application does with its files, over files of which one may hold anything.
+struct Target {
+  const char* name;
+  Side side;
+  void (*run)(HostileFiles* files);
+
+  static const std::vector<Target>& All();
+  /// Null when there is none of that name.
+  static const Target* Named(const QString& name);
+
+  /// Puts `input` in place of a file and runs. Answers what is wrong afterwards, empty when nothing is: the
+  /// other file has to be whole, and a conversion has to leave the file as it was or convert it.
+  QString Run(const QByteArray& input) const;
+};
