@@ -10,7 +10,7 @@ namespace {
 
 // The engine asks every so many instructions of its machine whether to go on.
 constexpr int instructionsPerQuestion = 1000;
-constexpr int questionsPerInput = 2000;
+constexpr int questionsPerInput = 300;
 // What keeps one value from taking up all memory.
 constexpr int longestValue = 1 << 20;
 
