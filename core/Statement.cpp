@@ -34,6 +34,10 @@ Statement& Statement::WideKey(long long key, const char* failureText) {
   return Settle(sqlite3_bind_int64(statement_, ++position_, key), failureText, OnFailure::Stop);
 }
 
+bool Statement::BindsInt(int value) {
+  return sqlite3_bind_int(statement_, ++position_, value) == SQLITE_OK;
+}
+
 bool Statement::BindsWideKey(long long key) {
   return sqlite3_bind_int64(statement_, ++position_, key) == SQLITE_OK;
 }
@@ -44,6 +48,15 @@ int Statement::Step() {
 
 bool Statement::Run() {
   return bound_ && Step() == SQLITE_DONE;
+}
+
+bool Statement::StepsWithinBound() {
+  constexpr int bound = 5;
+  for (int count = 0; count < bound; ++count) {
+    if (Step() == SQLITE_DONE) return true;
+  }
+  Step();
+  return false;
 }
 
 bool Statement::Insert(long long* key) {

@@ -29,13 +29,17 @@ class Statement {
   Statement& Key(long long key, const char* failureText, OnFailure onFailure = OnFailure::Stop);
   /// A key in all 64 bits.
   Statement& WideKey(long long key, const char* failureText);
-  /// A key in all 64 bits; a failure is the caller's to log.
+  // A failure of these is the caller's to log.
+  bool BindsInt(int value);
   bool BindsWideKey(long long key);
 
   bool Bound() const { return bound_; }
   int Step();
   /// Whether every value was bound and one step then reported done.
   bool Run();
+  /// Whether one of five steps reports done. When none does, a sixth is made and counts as a failure
+  /// whatever it reports; the bound is meant.
+  bool StepsWithinBound();
   /// Run(), and the new row's key on success.
   bool Insert(long long* key);
 

@@ -8,8 +8,9 @@ PathAlignmentPdfReportData::PathAlignmentPdfReportData(QString name, const QStri
                                                        QVector<IPathAlignmentReportData*>* data)
     : PdfReportData(std::move(name), fileBase, data) {
   if (data == nullptr) {
-    // Without file, line and function the line is the same in every kind of build.
-    QMessageLogger().debug().noquote() << "Null path data passed to PathAlignmentPdfReportData";
+    // Category "default" without file, line and function: the same in every kind of build.
+    QMessageLogger(nullptr, 0, nullptr).debug().noquote()
+        << "Null path data passed to PathAlignmentPdfReportData";
   }
 }
 

@@ -63,17 +63,6 @@ void StepAll(Statement* statement, Row row) {
   StepAll(statement, row, [](int) {});
 }
 
-// A key counts as deleted when one of five steps reports done. The sixth step is made and counts as a
-// failure whatever it reports; the bound is meant.
-bool StepsWithinBound(Statement* statement) {
-  constexpr int bound = 5;
-  for (int count = 0; count < bound; ++count) {
-    if (statement->Step() == SQLITE_DONE) return true;
-  }
-  statement->Step();
-  return false;
-}
-
 // A statement that cannot be prepared counts as success, a failed bind leaves it open, and the steps have
 // no bound: all three are required.
 bool DeleteRowByKey(sqlite3* db, const long long* key, const char* sql, const char* bindFailure) {
@@ -86,10 +75,6 @@ bool DeleteRowByKey(sqlite3* db, const long long* key, const char* sql, const ch
   }
   StepAll(&statement, [] {});
   return true;
-}
-
-void LogIfAny(const char* line) {
-  if (line != nullptr) LogDebug(line);
 }
 
 /// A negative index is out of range like one past the end.
@@ -209,7 +194,7 @@ bool AlignmentDatabaseStore::GenericBatchKeyDelete(sqlite3* db, QVector<int>* ke
       LogDebug("SQL bind ", column, " in table ", table);
       return false;
     }
-    if (!StepsWithinBound(&statement)) return false;
+    if (!statement.StepsWithinBound()) return false;
   }
   return true;
 }

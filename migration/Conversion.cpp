@@ -1,0 +1,263 @@
+#include "migration/Conversion.h"
+
+#include <sqlite3.h>
+
+#include <QFile>
+
+#include "core/Connection.h"
+#include "core/DebugLog.h"
+#include "core/Statement.h"
+#include "migration/DatabaseFileSwap.h"
+#include "migration/UnusedRecords.h"
+
+/// One table's way into the scratch file. Several texts name another table; they are what has always been
+/// logged. A failed copy is named from the conversion to `copyFailureSince` on.
+struct CopiedTable {
+  const char* name;
+  const char* SchemaTexts::*definition;
+  const char* createLabel;
+  const char* copyLabel;
+  const char* createFailure;
+  const char* copyFailure;
+  unsigned int copyFailureSince;
+  const char* stepFailure;
+};
+
+namespace {
+
+constexpr char noNewSites[] = "Unable to create new sites table";
+constexpr char noNewPaths[] = "Unable to create new paths table";
+constexpr char noPathContents[] = "Unable to copy paths table contents";
+
+// Every table stands before those that refer to it, since foreign keys are enforced while rows are copied.
+constexpr CopiedTable copiedTables[] = {
+    {"Sites", &SchemaTexts::sites, "Create Sites Table", "Copy Sites Table", noNewSites, nullptr, 0,
+     "Aborting conversion, UpdateSitesTable failed"},
+    {"Paths", &SchemaTexts::paths, "Create Paths Table", "Copy Paths Table", noNewSites, nullptr, 0,
+     "Aborting conversion, UpdatePathsTable failed"},
+    {"Orientation", &SchemaTexts::orientation, "Create Orientation Table", "Copy Orientation Table",
+     noNewSites, nullptr, 0, "Aborting conversion, UpdateOrientationTable failed"},
+    {"Geolocation", &SchemaTexts::geolocation, "Create Geolocation Table", "Copy Geolocation Table",
+     noNewSites, nullptr, 0, "Aborting conversion, UpdateGeolocationTable failed"},
+    {"Height", &SchemaTexts::height, "Create Height Table", "Copy Height Table", noNewSites,
+     "Unable to copy height data", 6, "Aborting conversion, UpdateHeightTable failed"},
+    {"AntennaAlignment", &SchemaTexts::antennaAlignmentCopy, "Create Antenna Alignment Table",
+     "Copy Antenna Alignment Table", noNewSites, noNewPaths, 3,
+     "Aborting conversion, UpdateAntennaAlignmentTabble failed"},
+    {"PathAlignment", &SchemaTexts::pathAlignmentCopy, "Create Path Alignment Table",
+     "Copy Path Alignment Table", noNewPaths, noPathContents, 3,
+     "Aborting conversion, UpdatePathAlignmentTable failed"},
+    {"Preferences", &SchemaTexts::preferences, "Create Preferences Table", "Copy Preferences Table",
+     noNewSites, noPathContents, 4, "Aborting conversion, UpdatePreferencesTable failed"},
+    {"SiteScreenContents", &SchemaTexts::siteScreenContents, "Create Site Scren Contents Table",
+     "Copy Site Scren Contents Table", noNewSites, nullptr, 0,
+     "Aborting conversion, UpdateSiteScreenContentsTable failed"},
+    {"PathScreenContents", &SchemaTexts::pathScreenContents, "Create Path Screen Contents Table",
+     "Copy Path Screen Contents Table", noNewSites, nullptr, 0,
+     "Aborting conversion, UpdatePathScreenContentsTable failed"},
+};
+
+/// Keeps the scratch file attached for a scope. Detaching is not counted in any result.
+class Attached {
+ public:
+  explicit Attached(sqlite3* db) : db_(db), attached_(Conversion::AttachTemporaryDatabase(db)) {}
+  ~Attached() {
+    if (attached_) Conversion::DetachTemporaryDatabase(db_);
+  }
+  Attached(const Attached&) = delete;
+  Attached& operator=(const Attached&) = delete;
+  explicit operator bool() const { return attached_; }
+  /// Leaves the scratch file attached until the connection closes.
+  void Keep() { attached_ = false; }
+
+ private:
+  sqlite3* db_;
+  bool attached_;
+};
+
+const TableChanges* ChangesOf(const ConversionStep& step, const char* table) {
+  for (const TableChanges& changes : step.tables) {
+    if (changes.table != nullptr && qstrcmp(changes.table, table) == 0) return &changes;
+  }
+  return nullptr;
+}
+
+/// Runs the table's changes, each only if the one before succeeded.
+bool RunChanges(sqlite3* db, const TableChanges& table) {
+  for (const Change& change : table.changes) {
+    if (change.sql == nullptr) return true;
+    if (!Sql::Execute(db, change.sql, change.label)) return false;
+  }
+  return true;
+}
+
+bool ChangeTable(sqlite3* db, const TableChanges& table, bool copied) {
+  if (!RunChanges(db, table)) {
+    LogIfAny(table.changeFailure);
+    if (table.outcome == Outcome::ChangesCount) return false;
+    if (table.outcome == Outcome::CopyOrChangesCount && !copied) return false;
+  }
+  return table.correct == nullptr || table.correct(db);
+}
+
+}  // namespace
+
+bool Conversion::Convert(const QString& path) {
+  if (DatabaseFileSwap::IsSameFile(path, scratchPath)) {
+    LogDebug("The temporary database itself cannot be converted: ", path);
+    return false;
+  }
+  Connection db(Sql::OpenForWriting(path));
+  if (!db) {
+    if (step_.failures == FailureHandling::AllNamed) LogDebug("Failed database open? full path: ", path);
+    return false;
+  }
+  const bool copied = MakeCopy(db);
+  db.Close();
+  if (copied) return DatabaseFileSwap::SwapDatabaseFiles(path, scratchPath);
+  if (step_.failures == FailureHandling::AllNamed) LogDebug("Success false, deleting temp database");
+  if (step_.failures != FailureHandling::ChecksNamed) DeleteTemporaryDatabase();
+  return false;
+}
+
+bool Conversion::FailStep(const char* line) const {
+  if (step_.failures != FailureHandling::ChecksNamed) LogDebug(line);
+  return false;
+}
+
+bool Conversion::MakeCopy(sqlite3* db) const {
+  if (!CreateTemporaryDatabase()) return FailStep("Aborting conversion, CreateTemporaryDatabase failed");
+  if (!UpdateVersion(db)) return FailStep("Aborting conversion, UpdateVersion failed");
+  for (const CopiedTable& table : copiedTables) {
+    if (!UpdateTable(db, table)) return FailStep(table.stepFailure);
+  }
+  if (step_.deletesUnusedRecords && !UnusedRecords::DeleteUnusedRecords(db)) {
+    return FailStep("Aborting conversion, DeleteUnusedRecords failed");
+  }
+  if (!PerformIntegrityCheck(db)) {
+    LogDebug("Integrity check failed");
+    return false;
+  }
+  if (!PerformForeignKeyCheck(db)) {
+    LogDebug("Foreign key check failed");
+    return false;
+  }
+  return true;
+}
+
+// Works on the plain file: SQLite takes an empty one for an empty database, and a journal left beside it by
+// an interrupted run is discarded with it.
+bool Conversion::CreateTemporaryDatabase() {
+  QFile scratch(scratchPath);
+  if (scratch.exists()) scratch.remove();
+  return scratch.open(QIODevice::ReadWrite);
+}
+
+bool Conversion::DeleteTemporaryDatabase() {
+  QFile scratch(scratchPath);
+  scratch.open(QIODevice::ReadWrite);
+  return scratch.remove();
+}
+
+bool Conversion::AttachTemporaryDatabase(sqlite3* db) {
+  return Sql::Execute(db, "ATTACH DATABASE '/opt/tarnbeam/database/TemporaryDB.sqlite' as TemporaryDB",
+                      "Attach temporary db");
+}
+
+bool Conversion::DetachTemporaryDatabase(sqlite3* db) {
+  return Sql::Execute(db, "DETACH DATABASE TemporaryDB", "Detach temporary db");
+}
+
+bool Conversion::UpdateVersion(sqlite3* db) const {
+  Attached scratch(db);
+  if (!scratch) return false;
+  if (!Sql::Execute(db, "CREATE TABLE IF NOT EXISTS TemporaryDB.Version ( VersionNumber INTEGER NOT NULL)",
+                    "Create Copy Version Table")) {
+    LogDebug("Unable to create new version table");
+    return false;
+  }
+  Statement insert(db, "INSERT OR REPLACE INTO TemporaryDB.Version (RowID,VersionNumber) values (1,?)",
+                   "Insert Version");
+  if (!insert) {
+    // Left attached on purpose: the connection is closed next.
+    scratch.Keep();
+    return false;
+  }
+  const bool stored = insert.BindsInt(static_cast<int>(step_.targetVersion)) && insert.Step() == SQLITE_DONE;
+  insert.Finalize();
+  return stored;
+}
+
+bool Conversion::UpdateTable(sqlite3* db, const CopiedTable& table) const {
+  const Attached scratch(db);
+  return scratch && UpdateAttachedTable(db, table);
+}
+
+bool Conversion::UpdateAttachedTable(sqlite3* db, const CopiedTable& table) const {
+  const QByteArray create =
+      QByteArray("CREATE TABLE IF NOT EXISTS TemporaryDB.") + step_.source.*table.definition;
+  if (!Sql::Execute(db, create.constData(), table.createLabel)) {
+    // The first conversion names sites where the later ones name paths.
+    LogDebug(step_.failures == FailureHandling::ChecksNamed ? noNewSites : table.createFailure);
+    return false;
+  }
+  const TableChanges* changes = ChangesOf(step_, table.name);
+  const Outcome outcome = changes != nullptr ? changes->outcome : Outcome::CopyCounts;
+  const QByteArray copy =
+      QByteArray("INSERT INTO TemporaryDB.") + table.name + " SELECT * FROM main." + table.name;
+  const bool copied = Sql::Execute(db, copy.constData(), table.copyLabel);
+  if (!copied && (outcome == Outcome::ChangesCount || outcome == Outcome::CopyCounts)) {
+    if (step_.targetVersion >= table.copyFailureSince) LogIfAny(table.copyFailure);
+    return false;
+  }
+  return changes == nullptr || ChangeTable(db, *changes, copied);
+}
+
+// One row "ok" is enough: another text does not take it back, and no row at all fails.
+bool Conversion::PerformIntegrityCheck(sqlite3* db) {
+  if (db == nullptr) {
+    LogDebug("Null db passed to integrity check");
+    return false;
+  }
+  const Attached scratch(db);
+  if (!scratch) {
+    LogDebug("Failed to attach temporary database");
+    return false;
+  }
+  Statement check(db, "PRAGMA TemporaryDB.integrity_check", "Perform integrity check");
+  if (!check) {
+    LogDebug("Statement returned as null, aborting...");
+    return false;
+  }
+  bool intact = false;
+  while (check.Step() == SQLITE_ROW) {
+    const QString text = check.TextColumn(0);
+    if (text.isNull()) {
+      LogDebug("Null string returned from statement evaluation");
+      break;
+    }
+    if (text == QLatin1String("ok")) intact = true;
+  }
+  return intact;
+}
+
+bool Conversion::PerformForeignKeyCheck(sqlite3* db) {
+  if (db == nullptr) {
+    LogDebug("Null db passed to foreign key check");
+    return false;
+  }
+  const Attached scratch(db);
+  if (!scratch) {
+    LogDebug("Failed to attach temporary database");
+    return false;
+  }
+  Statement check(db, "PRAGMA TemporaryDB.foreign_key_check", "Perform foreign key check");
+  if (!check) {
+    LogDebug("Statement returned as null, aborting...");
+    return false;
+  }
+  if (check.Step() == SQLITE_DONE) return true;
+  while (check.Step() == SQLITE_ROW) {
+  }
+  return false;
+}

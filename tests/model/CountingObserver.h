@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QVector>
+
+#include "model/IModelObserver.h"
+
+/// Remembers the models whose changes it was told of.
+class CountingObserver : public IModelObserver {
+ public:
+  void ModelChanged(ObservableModel* model) override { changed.append(model); }
+
+  QVector<ObservableModel*> changed;
+};
