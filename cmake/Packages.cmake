@@ -2,6 +2,8 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tarnbeamdatabase)
 set(CPACK_PACKAGE_VENDOR Tarnbeam)
+# Empty, or it would stand before the description of each package.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_PACKAGE_CONTACT "Tarnbeam maintainers <maintainers@tarnbeam.invalid>"
   CACHE STRING "Maintainer named in the packages")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)

@@ -28,6 +28,9 @@ for name in libtarnbeamdatabase1 libtarnbeamdatabase-dev tarnbeam-db; do
   [ "$(field $name Description | wc -l)" -ge 2 ] || fail "$name is not described"
   if dpkg-deb -I "$(package $name)" conffiles >/dev/null 2>&1; then fail "$name has configuration files"; fi
 done
+same "synopsis of the tool's package" \
+  "Creates, fills, reads, checks and migrates antenna-alignment databases" \
+  "$(field tarnbeam-db Description | head -n 1)"
 depends libtarnbeamdatabase1 libc6 libqt5core5a libsqlite3-0 libstdc++6 passwd
 depends libtarnbeamdatabase-dev "libtarnbeamdatabase1 (= $version)" qtbase5-dev
 depends tarnbeam-db "libtarnbeamdatabase1 (= $version)" libqt5core5a
@@ -59,5 +62,5 @@ split -l 1 -d -a 3 --additional-suffix=.cpp "$work/all.h" "$work/header-"
 consume "$work/root/usr"
 
 tool() { LD_LIBRARY_PATH=$work/root/usr/lib/$triplet "$work/root/usr/bin/tarnbeam-db" "$@"; }
-tool create "$work/main.sqlite" "$work/thresholds.sqlite"
+tool create "$work/main.sqlite" "$work/thresholds.sqlite" >/dev/null
 tool version "$work/main.sqlite" | grep -qw 7 || fail "the tool does not create files of version 7"
