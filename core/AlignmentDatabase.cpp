@@ -42,9 +42,7 @@ sqlite3* AlignmentDatabase::OpenSecondDatabase(bool readOnly) {
   return Sql::Open(secondDatabasePath_, &db, readOnly) ? db : nullptr;
 }
 
-void AlignmentDatabase::CloseDatabase(sqlite3* db) {
-  Sql::Close(db);
-}
+void AlignmentDatabase::CloseDatabase(sqlite3* db) { Sql::Close(db); }
 
 bool AlignmentDatabase::ExecuteNonQueryCommand(sqlite3* db, const char* sql, const char* description) {
   return Sql::Execute(db, sql, description);
@@ -54,9 +52,7 @@ sqlite3_stmt* AlignmentDatabase::PrepareStatement(sqlite3* db, const char* sql, 
   return Sql::Prepare(db, sql, description);
 }
 
-void AlignmentDatabase::FinalizeStatement(sqlite3_stmt* statement) {
-  Sql::Finalize(statement);
-}
+void AlignmentDatabase::FinalizeStatement(sqlite3_stmt* statement) { Sql::Finalize(statement); }
 
 bool AlignmentDatabase::BeginTransaction(sqlite3* db) {
   return ExecuteNonQueryCommand(db, "BEGIN TRANSACTION;", "Begin Transaction");
@@ -66,17 +62,11 @@ bool AlignmentDatabase::EndTransaction(sqlite3* db) {
   return ExecuteNonQueryCommand(db, "END TRANSACTION;", "End Transaction");
 }
 
-bool AlignmentDatabase::RollBack(sqlite3* db) {
-  return ExecuteNonQueryCommand(db, "ROLLBACK;", "Roll Back");
-}
+bool AlignmentDatabase::RollBack(sqlite3* db) { return ExecuteNonQueryCommand(db, "ROLLBACK;", "Roll Back"); }
 
-unsigned int AlignmentDatabase::QDateToUnixUtc(QDateTime& time) {
-  return Sql::ToUnixUtc(time);
-}
+unsigned int AlignmentDatabase::QDateToUnixUtc(QDateTime& time) { return Sql::ToUnixUtc(time); }
 
-QDateTime AlignmentDatabase::UnixUtcToQDate(unsigned int seconds) {
-  return Sql::FromUnixUtc(seconds);
-}
+QDateTime AlignmentDatabase::UnixUtcToQDate(unsigned int seconds) { return Sql::FromUnixUtc(seconds); }
 
 bool AlignmentDatabase::InitializeVersionTable(sqlite3* db) {
   if (!ExecuteNonQueryCommand(db, "CREATE TABLE IF NOT EXISTS Version ( VersionNumber INTEGER NOT NULL)",

@@ -71,16 +71,10 @@ void Finalize(sqlite3_stmt* statement) {
   sqlite3_finalize(statement);
 }
 
-void LogFailure(const char* text, int code, sqlite3* db) {
-  LogDebug(text, code, ":", sqlite3_errmsg(db));
-}
+void LogFailure(const char* text, int code, sqlite3* db) { LogDebug(text, code, ":", sqlite3_errmsg(db)); }
 
-unsigned int ToUnixUtc(const QDateTime& time) {
-  return time.toTimeSpec(Qt::UTC).toTime_t();
-}
+unsigned int ToUnixUtc(const QDateTime& time) { return time.toTimeSpec(Qt::UTC).toTime_t(); }
 
-QDateTime FromUnixUtc(unsigned int seconds) {
-  return QDateTime::fromTime_t(seconds);
-}
+QDateTime FromUnixUtc(unsigned int seconds) { return QDateTime::fromTime_t(seconds); }
 
 }  // namespace Sql

@@ -34,21 +34,15 @@ Statement& Statement::WideKey(long long key, const char* failureText) {
   return Settle(sqlite3_bind_int64(statement_, ++position_, key), failureText, OnFailure::Stop);
 }
 
-bool Statement::BindsInt(int value) {
-  return sqlite3_bind_int(statement_, ++position_, value) == SQLITE_OK;
-}
+bool Statement::BindsInt(int value) { return sqlite3_bind_int(statement_, ++position_, value) == SQLITE_OK; }
 
 bool Statement::BindsWideKey(long long key) {
   return sqlite3_bind_int64(statement_, ++position_, key) == SQLITE_OK;
 }
 
-int Statement::Step() {
-  return sqlite3_step(statement_);
-}
+int Statement::Step() { return sqlite3_step(statement_); }
 
-bool Statement::Run() {
-  return bound_ && Step() == SQLITE_DONE;
-}
+bool Statement::Run() { return bound_ && Step() == SQLITE_DONE; }
 
 bool Statement::StepsWithinBound() {
   constexpr int bound = 5;
@@ -65,13 +59,9 @@ bool Statement::Insert(long long* key) {
   return true;
 }
 
-int Statement::IntColumn(int column) const {
-  return sqlite3_column_int(statement_, column);
-}
+int Statement::IntColumn(int column) const { return sqlite3_column_int(statement_, column); }
 
-double Statement::DoubleColumn(int column) const {
-  return sqlite3_column_double(statement_, column);
-}
+double Statement::DoubleColumn(int column) const { return sqlite3_column_double(statement_, column); }
 
 QString Statement::TextColumn(int column) const {
   return QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(statement_, column)));

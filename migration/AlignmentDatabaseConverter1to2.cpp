@@ -90,29 +90,25 @@ bool CorrectPreferences(sqlite3* db) {
   return true;
 }
 
-// Preferences: a failed copy fails the step only together with a failed addition, and the other way round.
+// A failed copy fails the step only together with a failed addition, and the other way round.
+constexpr TableChanges preferences{
+    "Preferences",
+    Outcome::CopyOrChangesCount,
+    {{"ALTER TABLE TemporaryDB.Preferences ADD AccelerometerCalibrated INTEGER NOT NULL DEFAULT 0",
+      "Add accel calibration column to preferences table"},
+     {"ALTER TABLE TemporaryDB.Preferences ADD GNSSFileCRC INTEGER NOT NULL DEFAULT 0",
+      "Add GNSS file CRC column to preferences table"},
+     {"ALTER TABLE TemporaryDB.Preferences ADD TiltIndicatorEnabled INTEGER NOT NULL DEFAULT 1",
+      "Add tilt indicator enabled to preferences table"},
+     {"ALTER TABLE TemporaryDB.Preferences ADD RollIndicatorEnabled INTEGER NOT NULL DEFAULT 1",
+      "Add roll indicator enabled to preferences table"}},
+    nullptr,
+    CorrectPreferences};
 constexpr ConversionStep step{
-    2,
-    SchemaVersion1(),
-    FailureHandling::ChecksNamed,
-    false,
-    {{"Preferences",
-      Outcome::CopyOrChangesCount,
-      {{"ALTER TABLE TemporaryDB.Preferences ADD AccelerometerCalibrated INTEGER NOT NULL DEFAULT 0",
-        "Add accel calibration column to preferences table"},
-       {"ALTER TABLE TemporaryDB.Preferences ADD GNSSFileCRC INTEGER NOT NULL DEFAULT 0",
-        "Add GNSS file CRC column to preferences table"},
-       {"ALTER TABLE TemporaryDB.Preferences ADD TiltIndicatorEnabled INTEGER NOT NULL DEFAULT 1",
-        "Add tilt indicator enabled to preferences table"},
-       {"ALTER TABLE TemporaryDB.Preferences ADD RollIndicatorEnabled INTEGER NOT NULL DEFAULT 1",
-        "Add roll indicator enabled to preferences table"}},
-      nullptr,
-      CorrectPreferences}}};
+    2, SchemaVersion1(), FailureHandling::ChecksNamed, UnusedRows::Stay, {preferences}};
 
 }  // namespace
 
-bool AlignmentDatabaseConverter1to2::Convert(QString& path) {
-  return Conversion(step).Convert(path);
-}
+bool AlignmentDatabaseConverter1to2::Convert(QString& path) { return Conversion(step).Convert(path); }
 
 AlignmentDatabaseConverter1to2::~AlignmentDatabaseConverter1to2() = default;

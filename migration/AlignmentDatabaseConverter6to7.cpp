@@ -5,29 +5,19 @@
 
 namespace {
 
-// A note column that cannot be added to path alignments does not fail the step.
+constexpr Change pathNote{"ALTER TABLE TemporaryDB.PathAlignment ADD Note TEXT NOT NULL DEFAULT ''",
+                          "Add notes column to path alignment table"};
+constexpr Change technician{
+    "ALTER TABLE TemporaryDB.Preferences ADD UserTechId TEXT NOT NULL DEFAULT 'tbm001' ",
+    "Add language column to preferences table"};
+// A note column that cannot be added does not fail the step.
+constexpr TableChanges paths{"PathAlignment", Outcome::CopyCounts, {pathNote}};
+constexpr TableChanges preferences{"Preferences", Outcome::ChangesCount, {technician}};
 constexpr ConversionStep step{
-    7,
-    SchemaVersion6(),
-    FailureHandling::AllNamed,
-    true,
-    {{"PathAlignment",
-      Outcome::CopyCounts,
-      {{"ALTER TABLE TemporaryDB.PathAlignment ADD Note TEXT NOT NULL DEFAULT ''",
-        "Add notes column to path alignment table"}},
-      nullptr,
-      nullptr},
-     {"Preferences",
-      Outcome::ChangesCount,
-      {{"ALTER TABLE TemporaryDB.Preferences ADD UserTechId TEXT NOT NULL DEFAULT 'tbm001' ",
-        "Add language column to preferences table"}},
-      nullptr,
-      nullptr}}};
+    7, SchemaVersion6(), FailureHandling::AllNamed, UnusedRows::Go, {paths, preferences}};
 
 }  // namespace
 
-bool AlignmentDatabaseConverter6to7::Convert(QString& path) {
-  return Conversion(step).Convert(path);
-}
+bool AlignmentDatabaseConverter6to7::Convert(QString& path) { return Conversion(step).Convert(path); }
 
 AlignmentDatabaseConverter6to7::~AlignmentDatabaseConverter6to7() = default;

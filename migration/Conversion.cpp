@@ -100,6 +100,32 @@ bool ChangeTable(sqlite3* db, const TableChanges& table, bool copied) {
   return table.correct == nullptr || table.correct(db);
 }
 
+struct CheckTexts {
+  const char* nullFailure;
+  const char* sql;
+  const char* label;
+};
+
+/// Prepares one of the two checks on the attached scratch file and hands it to `passes`.
+template <typename Passes>
+bool PerformCheck(sqlite3* db, const CheckTexts& texts, Passes passes) {
+  if (db == nullptr) {
+    LogDebug(texts.nullFailure);
+    return false;
+  }
+  const Attached scratch(db);
+  if (!scratch) {
+    LogDebug("Failed to attach temporary database");
+    return false;
+  }
+  Statement check(db, texts.sql, texts.label);
+  if (!check) {
+    LogDebug("Statement returned as null, aborting...");
+    return false;
+  }
+  return passes(&check);
+}
+
 }  // namespace
 
 bool Conversion::Convert(const QString& path) {
@@ -131,7 +157,7 @@ bool Conversion::MakeCopy(sqlite3* db) const {
   for (const CopiedTable& table : copiedTables) {
     if (!UpdateTable(db, table)) return FailStep(table.stepFailure);
   }
-  if (step_.deletesUnusedRecords && !UnusedRecords::DeleteUnusedRecords(db)) {
+  if (step_.unusedRows == UnusedRows::Go && !UnusedRecords::DeleteUnusedRecords(db)) {
     return FailStep("Aborting conversion, DeleteUnusedRecords failed");
   }
   if (!PerformIntegrityCheck(db)) {
@@ -215,49 +241,29 @@ bool Conversion::UpdateAttachedTable(sqlite3* db, const CopiedTable& table) cons
 
 // One row "ok" is enough: another text does not take it back, and no row at all fails.
 bool Conversion::PerformIntegrityCheck(sqlite3* db) {
-  if (db == nullptr) {
-    LogDebug("Null db passed to integrity check");
-    return false;
-  }
-  const Attached scratch(db);
-  if (!scratch) {
-    LogDebug("Failed to attach temporary database");
-    return false;
-  }
-  Statement check(db, "PRAGMA TemporaryDB.integrity_check", "Perform integrity check");
-  if (!check) {
-    LogDebug("Statement returned as null, aborting...");
-    return false;
-  }
-  bool intact = false;
-  while (check.Step() == SQLITE_ROW) {
-    const QString text = check.TextColumn(0);
-    if (text.isNull()) {
-      LogDebug("Null string returned from statement evaluation");
-      break;
+  constexpr CheckTexts texts{"Null db passed to integrity check", "PRAGMA TemporaryDB.integrity_check",
+                             "Perform integrity check"};
+  return PerformCheck(db, texts, [](Statement* check) {
+    bool intact = false;
+    while (check->Step() == SQLITE_ROW) {
+      const QString text = check->TextColumn(0);
+      if (text.isNull()) {
+        LogDebug("Null string returned from statement evaluation");
+        break;
+      }
+      if (text == QLatin1String("ok")) intact = true;
     }
-    if (text == QLatin1String("ok")) intact = true;
-  }
-  return intact;
+    return intact;
+  });
 }
 
 bool Conversion::PerformForeignKeyCheck(sqlite3* db) {
-  if (db == nullptr) {
-    LogDebug("Null db passed to foreign key check");
+  constexpr CheckTexts texts{"Null db passed to foreign key check", "PRAGMA TemporaryDB.foreign_key_check",
+                             "Perform foreign key check"};
+  return PerformCheck(db, texts, [](Statement* check) {
+    if (check->Step() == SQLITE_DONE) return true;
+    while (check->Step() == SQLITE_ROW) {
+    }
     return false;
-  }
-  const Attached scratch(db);
-  if (!scratch) {
-    LogDebug("Failed to attach temporary database");
-    return false;
-  }
-  Statement check(db, "PRAGMA TemporaryDB.foreign_key_check", "Perform foreign key check");
-  if (!check) {
-    LogDebug("Statement returned as null, aborting...");
-    return false;
-  }
-  if (check.Step() == SQLITE_DONE) return true;
-  while (check.Step() == SQLITE_ROW) {
-  }
-  return false;
+  });
 }

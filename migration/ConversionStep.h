@@ -28,9 +28,9 @@ struct TableChanges {
   Outcome outcome;
   Change changes[4];
   /// Logged when a change fails; null: nothing.
-  const char* changeFailure;
+  const char* changeFailure = nullptr;
   /// Code that a statement cannot say, run last; null: none.
-  bool (*correct)(sqlite3* db);
+  bool (*correct)(sqlite3* db) = nullptr;
 };
 
 /// How failures are reported and cleared up after. It grew over the versions, and each step keeps its own.
@@ -43,13 +43,15 @@ enum class FailureHandling {
   AllNamed,
 };
 
+/// Whether rows that no alignment refers to are removed from the copy.
+enum class UnusedRows { Stay, Go };
+
 /// All that one conversion is: where it starts, where it ends, and what it changes on the way. A table that
 /// is not named is copied as it is.
 struct ConversionStep {
   unsigned int targetVersion;
   SchemaTexts source;
   FailureHandling failures;
-  /// Whether rows that no alignment refers to are removed from the copy.
-  bool deletesUnusedRecords;
+  UnusedRows unusedRows;
   TableChanges tables[3];
 };

@@ -9,45 +9,25 @@ AlignerModel::AlignerModel() = default;
 
 AlignerModel::~AlignerModel() = default;
 
-void AlignerModel::AddObserver(IModelObserver* observer) {
-  ObservableModel::AddObserver(observer);
-}
+void AlignerModel::AddObserver(IModelObserver* observer) { ObservableModel::AddObserver(observer); }
 
-void AlignerModel::RemoveObserver(IModelObserver* observer) {
-  ObservableModel::RemoveObserver(observer);
-}
+void AlignerModel::RemoveObserver(IModelObserver* observer) { ObservableModel::RemoveObserver(observer); }
 
-IPathInformation* AlignerModel::CurrentPathInformation() {
-  return currentPath_.get();
-}
+IPathInformation* AlignerModel::CurrentPathInformation() { return currentPath_.get(); }
 
-bool AlignerModel::HasCurrentPath() {
-  return currentPath_ != nullptr;
-}
+bool AlignerModel::HasCurrentPath() { return currentPath_ != nullptr; }
 
-ISiteInformation* AlignerModel::CurrentSiteInformation() {
-  return currentSite_.get();
-}
+ISiteInformation* AlignerModel::CurrentSiteInformation() { return currentSite_.get(); }
 
-bool AlignerModel::HasCurrentSite() {
-  return currentSite_ != nullptr;
-}
+bool AlignerModel::HasCurrentSite() { return currentSite_ != nullptr; }
 
-void AlignerModel::SetCurrentSiteInformation(ISiteInformation* site) {
-  Replace(currentSite_, site);
-}
+void AlignerModel::SetCurrentSiteInformation(ISiteInformation* site) { Replace(currentSite_, site); }
 
-void AlignerModel::ClearCurrentSite() {
-  SetCurrentSiteInformation(nullptr);
-}
+void AlignerModel::ClearCurrentSite() { SetCurrentSiteInformation(nullptr); }
 
-void AlignerModel::SetCurrentPathInformation(IPathInformation* path) {
-  Replace(currentPath_, path);
-}
+void AlignerModel::SetCurrentPathInformation(IPathInformation* path) { Replace(currentPath_, path); }
 
-void AlignerModel::ClearCurrentPath() {
-  SetCurrentPathInformation(nullptr);
-}
+void AlignerModel::ClearCurrentPath() { SetCurrentPathInformation(nullptr); }
 
 template <typename Record>
 void AlignerModel::Replace(std::unique_ptr<Record>& current, Record* replacement) {

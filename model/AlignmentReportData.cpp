@@ -18,17 +18,11 @@ const IOrientation* TargetOf(const IAntennaAlignmentReportData& record) {
   return site == nullptr ? nullptr : site->TargetOrientation();
 }
 
-const IOrientation* TargetOf(const IPathAlignmentReportData& record) {
-  return record.GetTargetOrientation();
-}
+const IOrientation* TargetOf(const IPathAlignmentReportData& record) { return record.GetTargetOrientation(); }
 
-bool HasSubject(const IAntennaAlignmentReportData& record) {
-  return record.GetSiteInformation() != nullptr;
-}
+bool HasSubject(const IAntennaAlignmentReportData& record) { return record.GetSiteInformation() != nullptr; }
 
-bool HasSubject(const IPathAlignmentReportData& record) {
-  return record.GetPathInformation() != nullptr;
-}
+bool HasSubject(const IPathAlignmentReportData& record) { return record.GetPathInformation() != nullptr; }
 
 /// Measured minus target of one angle. Not a number fails every comparison with a threshold.
 template <typename Record>

@@ -45,10 +45,6 @@ bool AntennaAlignmentReportData::IsWithinThresholds() const {
          std::fabs(RollErrorDegrees()) <= GetMeasurementOptions()->RollThreshold();
 }
 
-ISiteInformation* AntennaAlignmentReportData::GetSiteInformation() const {
-  return siteInformation_;
-}
+ISiteInformation* AntennaAlignmentReportData::GetSiteInformation() const { return siteInformation_; }
 
-unsigned int AntennaAlignmentReportData::AntennaAlignmentKey() const {
-  return antennaAlignmentKey_;
-}
+unsigned int AntennaAlignmentReportData::AntennaAlignmentKey() const { return antennaAlignmentKey_; }

@@ -15,29 +15,17 @@ Geolocation::Geolocation(double latitudeDegreesNorth, double longitudeDegreesEas
 
 Geolocation::~Geolocation() = default;
 
-GpsDatum Geolocation::Datum() const {
-  return datum_;
-}
+GpsDatum Geolocation::Datum() const { return datum_; }
 
-QDateTime Geolocation::FixTime() const {
-  return fixTime_;
-}
+QDateTime Geolocation::FixTime() const { return fixTime_; }
 
-bool Geolocation::IsValid() const {
-  return valid_;
-}
+bool Geolocation::IsValid() const { return valid_; }
 
-double Geolocation::LatitudeDegreesNorth() const {
-  return latitudeDegreesNorth_;
-}
+double Geolocation::LatitudeDegreesNorth() const { return latitudeDegreesNorth_; }
 
-double Geolocation::LongitudeDegreesEast() const {
-  return longitudeDegreesEast_;
-}
+double Geolocation::LongitudeDegreesEast() const { return longitudeDegreesEast_; }
 
-double Geolocation::ElevationMeters() const {
-  return elevationMeters_;
-}
+double Geolocation::ElevationMeters() const { return elevationMeters_; }
 
 Geolocation* Geolocation::Clone() const {
   return new Geolocation(latitudeDegreesNorth_, longitudeDegreesEast_, elevationMeters_, datum_, fixTime_,

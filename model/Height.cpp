@@ -13,17 +13,11 @@ Height::Height(double heightInMeters, HeightSource heightType)
 
 Height::~Height() = default;
 
-void Height::AddObserver(IModelObserver* observer) {
-  ObservableModel::AddObserver(observer);
-}
+void Height::AddObserver(IModelObserver* observer) { ObservableModel::AddObserver(observer); }
 
-void Height::RemoveObserver(IModelObserver* observer) {
-  ObservableModel::RemoveObserver(observer);
-}
+void Height::RemoveObserver(IModelObserver* observer) { ObservableModel::RemoveObserver(observer); }
 
-void Height::NotifyObserversOfChange() {
-  ObservableModel::NotifyObserversOfChange();
-}
+void Height::NotifyObserversOfChange() { ObservableModel::NotifyObserversOfChange(); }
 
 Height* Height::Clone() const {
   auto* copy = new Height(heightInMeters_, heightType_);
@@ -33,9 +27,7 @@ Height* Height::Clone() const {
   return copy;
 }
 
-bool Height::IsValid() const {
-  return valid_;
-}
+bool Height::IsValid() const { return valid_; }
 
 void Height::Invalidate() {
   valid_ = false;
@@ -49,48 +41,34 @@ void Height::SetHeight(double meters, HeightSource type) {
   NotifyObserversOfChange();
 }
 
-void Height::SetHeightInMeters(double meters) {
-  SetHeight(meters, heightType_);
-}
+void Height::SetHeightInMeters(double meters) { SetHeight(meters, heightType_); }
 
-void Height::SetHeightInFeet(double feet) {
-  SetHeight(feet * metersPerFoot, heightType_);
-}
+void Height::SetHeightInFeet(double feet) { SetHeight(feet * metersPerFoot, heightType_); }
 
 void Height::SetHeightType(HeightSource type) {
   heightType_ = type;
   NotifyObserversOfChange();
 }
 
-double Height::HeightInFeet(bool* valid) const {
-  return HeightInMeters(valid) / metersPerFoot;
-}
+double Height::HeightInFeet(bool* valid) const { return HeightInMeters(valid) / metersPerFoot; }
 
-bool Height::IsFromGps() const {
-  return heightType_ == HeightSource::Gps;
-}
+bool Height::IsFromGps() const { return heightType_ == HeightSource::Gps; }
 
-QDateTime Height::MeasurementTime() const {
-  return measurementTime_;
-}
+QDateTime Height::MeasurementTime() const { return measurementTime_; }
 
 void Height::SetMeasurementTime(const QDateTime& time) {
   measurementTime_ = time;
   NotifyObserversOfChange();
 }
 
-double Height::UncertaintyInMeters() const {
-  return uncertaintyInMeters_;
-}
+double Height::UncertaintyInMeters() const { return uncertaintyInMeters_; }
 
 void Height::SetUncertaintyInMeters(double meters) {
   uncertaintyInMeters_ = meters;
   NotifyObserversOfChange();
 }
 
-HeightSource Height::HeightType() const {
-  return heightType_;
-}
+HeightSource Height::HeightType() const { return heightType_; }
 
 double Height::HeightInMeters(bool* valid) const {
   if (valid != nullptr) {

@@ -18,37 +18,21 @@ MeasurementOptions::MeasurementOptions(float azimuthOffset, bool tiltInversionEn
 
 MeasurementOptions::~MeasurementOptions() = default;
 
-float MeasurementOptions::AzimuthOffset() const {
-  return azimuthOffset_;
-}
+float MeasurementOptions::AzimuthOffset() const { return azimuthOffset_; }
 
-bool MeasurementOptions::TiltInversionEnabled() const {
-  return tiltInversionEnabled_;
-}
+bool MeasurementOptions::TiltInversionEnabled() const { return tiltInversionEnabled_; }
 
-QString MeasurementOptions::Note() const {
-  return note_;
-}
+QString MeasurementOptions::Note() const { return note_; }
 
-int MeasurementOptions::RollPrecision() const {
-  return static_cast<int>(rollPrecision_);
-}
+int MeasurementOptions::RollPrecision() const { return static_cast<int>(rollPrecision_); }
 
-float MeasurementOptions::AzimuthThreshold() const {
-  return azimuthThreshold_;
-}
+float MeasurementOptions::AzimuthThreshold() const { return azimuthThreshold_; }
 
-float MeasurementOptions::TiltThreshold() const {
-  return tiltThreshold_;
-}
+float MeasurementOptions::TiltThreshold() const { return tiltThreshold_; }
 
-float MeasurementOptions::RollThreshold() const {
-  return rollThreshold_;
-}
+float MeasurementOptions::RollThreshold() const { return rollThreshold_; }
 
-float MeasurementOptions::PathLengthThreshold() const {
-  return pathLengthThreshold_;
-}
+float MeasurementOptions::PathLengthThreshold() const { return pathLengthThreshold_; }
 
 MeasurementOptions* MeasurementOptions::Clone() const {
   return new MeasurementOptions(azimuthOffset_, tiltInversionEnabled_, azimuthThreshold_, tiltThreshold_,

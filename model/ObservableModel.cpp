@@ -12,9 +12,7 @@ void ObservableModel::AddObserver(IModelObserver* observer) {
   }
 }
 
-void ObservableModel::RemoveObserver(IModelObserver* observer) {
-  observers_.removeOne(observer);
-}
+void ObservableModel::RemoveObserver(IModelObserver* observer) { observers_.removeOne(observer); }
 
 void ObservableModel::NotifyObserversOfChange() {
   const QVector<IModelObserver*> observersAtStart = observers_;

@@ -7,17 +7,11 @@ Orientation::Orientation(float azimuthDegrees, float tiltDegrees, float rollDegr
 
 Orientation::~Orientation() = default;
 
-float Orientation::AzimuthDegrees() const {
-  return azimuthDegrees_;
-}
+float Orientation::AzimuthDegrees() const { return azimuthDegrees_; }
 
-float Orientation::TiltDegrees() const {
-  return tiltDegrees_;
-}
+float Orientation::TiltDegrees() const { return tiltDegrees_; }
 
-float Orientation::RollDegrees() const {
-  return rollDegrees_;
-}
+float Orientation::RollDegrees() const { return rollDegrees_; }
 
 Orientation* Orientation::Clone() const {
   return new Orientation(azimuthDegrees_, tiltDegrees_, rollDegrees_);

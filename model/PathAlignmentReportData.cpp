@@ -44,14 +44,8 @@ bool PathAlignmentReportData::IsWithinThresholds() const {
   return IsAzimuthWithinThreshold() && IsTiltWithinThreshold();
 }
 
-IPathInformation* PathAlignmentReportData::GetPathInformation() const {
-  return pathInformation_;
-}
+IPathInformation* PathAlignmentReportData::GetPathInformation() const { return pathInformation_; }
 
-IOrientation* PathAlignmentReportData::GetTargetOrientation() const {
-  return targetOrientation_;
-}
+IOrientation* PathAlignmentReportData::GetTargetOrientation() const { return targetOrientation_; }
 
-unsigned int PathAlignmentReportData::PathAlignmentKey() const {
-  return pathAlignmentKey_;
-}
+unsigned int PathAlignmentReportData::PathAlignmentKey() const { return pathAlignmentKey_; }

@@ -26,28 +26,20 @@ PathInformation* PathInformation::Clone() const {
                              pathLocation_->LongitudeDegreesEast(), pathLocation_->ElevationMeters());
 }
 
-bool PathInformation::IsValid() const {
-  return !pathIdentifier_.isEmpty();
-}
+bool PathInformation::IsValid() const { return !pathIdentifier_.isEmpty(); }
 
 void PathInformation::Clear() {
   pathIdentifier_.clear();
   pathLocation_ = FarEnd(0.0, 0.0, 0.0);
 }
 
-void PathInformation::SetPathIdentifier(const QString& pathIdentifier) {
-  pathIdentifier_ = pathIdentifier;
-}
+void PathInformation::SetPathIdentifier(const QString& pathIdentifier) { pathIdentifier_ = pathIdentifier; }
 
 void PathInformation::SetPathLocation(double latitudeDegreesNorth, double longitudeDegreesEast,
                                       double elevationMeters) {
   pathLocation_ = FarEnd(latitudeDegreesNorth, longitudeDegreesEast, elevationMeters);
 }
 
-const QString& PathInformation::PathIdentifier() const {
-  return pathIdentifier_;
-}
+const QString& PathInformation::PathIdentifier() const { return pathIdentifier_; }
 
-IGeolocation* PathInformation::PathLocation() const {
-  return pathLocation_.get();
-}
+IGeolocation* PathInformation::PathLocation() const { return pathLocation_.get(); }

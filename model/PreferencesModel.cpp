@@ -108,9 +108,7 @@ EnumeratedSetting<AzimuthOffsetSetting>* PreferencesModel::AzimuthOffset() {
   return settings_->azimuthOffset.Get();
 }
 
-EnumeratedSetting<DateFormatSetting>* PreferencesModel::DateFormat() {
-  return settings_->dateFormat.Get();
-}
+EnumeratedSetting<DateFormatSetting>* PreferencesModel::DateFormat() { return settings_->dateFormat.Get(); }
 
 EnumeratedSetting<CoordinateFormatSetting>* PreferencesModel::CoordinateFormat() {
   return settings_->coordinateFormat.Get();
@@ -128,118 +126,66 @@ EnumeratedSetting<HeightSourceSetting>* PreferencesModel::HeightSource() {
   return settings_->heightSource.Get();
 }
 
-EnumeratedSetting<TimeZoneSetting>* PreferencesModel::TimeZone() {
-  return settings_->timeZone.Get();
-}
+EnumeratedSetting<TimeZoneSetting>* PreferencesModel::TimeZone() { return settings_->timeZone.Get(); }
 
 EnumeratedSetting<BluetoothModeSetting>* PreferencesModel::BluetoothMode() {
   return settings_->bluetoothMode.Get();
 }
 
-Setting<bool>* PreferencesModel::ShowCrosshairs() {
-  return &settings_->showCrosshairs;
-}
+Setting<bool>* PreferencesModel::ShowCrosshairs() { return &settings_->showCrosshairs; }
 
-Setting<bool>* PreferencesModel::ShowTarget() {
-  return &settings_->showTarget;
-}
+Setting<bool>* PreferencesModel::ShowTarget() { return &settings_->showTarget; }
 
-Setting<bool>* PreferencesModel::CameraEnabled() {
-  return &settings_->cameraEnabled;
-}
+Setting<bool>* PreferencesModel::CameraEnabled() { return &settings_->cameraEnabled; }
 
-Setting<bool>* PreferencesModel::SoundEnabled() {
-  return &settings_->soundEnabled;
-}
+Setting<bool>* PreferencesModel::SoundEnabled() { return &settings_->soundEnabled; }
 
-Setting<bool>* PreferencesModel::SerialNumberValid() {
-  return &settings_->serialNumberValid;
-}
+Setting<bool>* PreferencesModel::SerialNumberValid() { return &settings_->serialNumberValid; }
 
-Setting<double>* PreferencesModel::AzimuthThreshold() {
-  return &settings_->azimuthThreshold;
-}
+Setting<double>* PreferencesModel::AzimuthThreshold() { return &settings_->azimuthThreshold; }
 
-Setting<double>* PreferencesModel::TiltThreshold() {
-  return &settings_->tiltThreshold;
-}
+Setting<double>* PreferencesModel::TiltThreshold() { return &settings_->tiltThreshold; }
 
-Setting<double>* PreferencesModel::RollThreshold() {
-  return &settings_->rollThreshold;
-}
+Setting<double>* PreferencesModel::RollThreshold() { return &settings_->rollThreshold; }
 
-Setting<double>* PreferencesModel::AccelerometerXOffset() {
-  return &settings_->accelerometerXOffset;
-}
+Setting<double>* PreferencesModel::AccelerometerXOffset() { return &settings_->accelerometerXOffset; }
 
-Setting<double>* PreferencesModel::AccelerometerYOffset() {
-  return &settings_->accelerometerYOffset;
-}
+Setting<double>* PreferencesModel::AccelerometerYOffset() { return &settings_->accelerometerYOffset; }
 
-Setting<double>* PreferencesModel::AccelerometerZOffset() {
-  return &settings_->accelerometerZOffset;
-}
+Setting<double>* PreferencesModel::AccelerometerZOffset() { return &settings_->accelerometerZOffset; }
 
-Setting<double>* PreferencesModel::AccelerometerXGain() {
-  return &settings_->accelerometerXGain;
-}
+Setting<double>* PreferencesModel::AccelerometerXGain() { return &settings_->accelerometerXGain; }
 
-Setting<double>* PreferencesModel::AccelerometerZGain() {
-  return &settings_->accelerometerZGain;
-}
+Setting<double>* PreferencesModel::AccelerometerZGain() { return &settings_->accelerometerZGain; }
 
-Setting<QString>* PreferencesModel::CalibrationDate() {
-  return &settings_->calibrationDate;
-}
+Setting<QString>* PreferencesModel::CalibrationDate() { return &settings_->calibrationDate; }
 
-Setting<int>* PreferencesModel::SerialNumber() {
-  return &settings_->serialNumber;
-}
+Setting<int>* PreferencesModel::SerialNumber() { return &settings_->serialNumber; }
 
-Setting<bool>* PreferencesModel::DaylightSavingsEnabled() {
-  return &settings_->daylightSavingsEnabled;
-}
+Setting<bool>* PreferencesModel::DaylightSavingsEnabled() { return &settings_->daylightSavingsEnabled; }
 
-Setting<bool>* PreferencesModel::AccelerometerCalibrated() {
-  return &settings_->accelerometerCalibrated;
-}
+Setting<bool>* PreferencesModel::AccelerometerCalibrated() { return &settings_->accelerometerCalibrated; }
 
-Setting<int>* PreferencesModel::GNSSFileCRC() {
-  return &settings_->gnssFileCrc;
-}
+Setting<int>* PreferencesModel::GNSSFileCRC() { return &settings_->gnssFileCrc; }
 
-Setting<bool>* PreferencesModel::TiltIndicatorEnabled() {
-  return &settings_->tiltIndicatorEnabled;
-}
+Setting<bool>* PreferencesModel::TiltIndicatorEnabled() { return &settings_->tiltIndicatorEnabled; }
 
-Setting<bool>* PreferencesModel::RollIndicatorEnabled() {
-  return &settings_->rollIndicatorEnabled;
-}
+Setting<bool>* PreferencesModel::RollIndicatorEnabled() { return &settings_->rollIndicatorEnabled; }
 
-Setting<bool>* PreferencesModel::TiltInversionEnabled() {
-  return &settings_->tiltInversionEnabled;
-}
+Setting<bool>* PreferencesModel::TiltInversionEnabled() { return &settings_->tiltInversionEnabled; }
 
-Setting<QString>* PreferencesModel::BluetoothDisplayName() {
-  return &settings_->bluetoothDisplayName;
-}
+Setting<QString>* PreferencesModel::BluetoothDisplayName() { return &settings_->bluetoothDisplayName; }
 
-Setting<bool>* PreferencesModel::RollPrecision() {
-  return &settings_->rollPrecision;
-}
+Setting<bool>* PreferencesModel::RollPrecision() { return &settings_->rollPrecision; }
 
 EnumeratedSetting<GeoidFormatSetting>* PreferencesModel::GeoidFormat() {
   return settings_->geoidFormat.Get();
 }
 
-Setting<QString>* PreferencesModel::UserTechId() {
-  return &settings_->userTechId;
-}
+Setting<QString>* PreferencesModel::UserTechId() { return &settings_->userTechId; }
 
 Setting<bool>* PreferencesModel::PathLengthThresholdEnabled() {
   return &settings_->pathLengthThresholdEnabled;
 }
 
-Setting<double>* PreferencesModel::PathLengthThreshold() {
-  return &settings_->pathLengthThreshold;
-}
+Setting<double>* PreferencesModel::PathLengthThreshold() { return &settings_->pathLengthThreshold; }

@@ -2,10 +2,6 @@
 
 SettingValue::SettingValue(unsigned int key, const QString& name) : key_(key), name_(name) {}
 
-unsigned int SettingValue::Key() const {
-  return key_;
-}
+unsigned int SettingValue::Key() const { return key_; }
 
-const QString& SettingValue::Name() const {
-  return name_;
-}
+const QString& SettingValue::Name() const { return name_; }

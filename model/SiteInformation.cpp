@@ -21,37 +21,23 @@ SiteInformation* SiteInformation::Clone() const {
                              targetOrientation_->RollDegrees());
 }
 
-bool SiteInformation::IsValid() const {
-  return !siteIdentifier_.isEmpty();
-}
+bool SiteInformation::IsValid() const { return !siteIdentifier_.isEmpty(); }
 
-void SiteInformation::SetSiteIdentifier(const QString& siteIdentifier) {
-  siteIdentifier_ = siteIdentifier;
-}
+void SiteInformation::SetSiteIdentifier(const QString& siteIdentifier) { siteIdentifier_ = siteIdentifier; }
 
-void SiteInformation::SetSectorName(const QString& sectorName) {
-  sectorName_ = sectorName;
-}
+void SiteInformation::SetSectorName(const QString& sectorName) { sectorName_ = sectorName; }
 
 void SiteInformation::SetAntennaPosition(const QString& antennaPosition) {
   antennaPosition_ = antennaPosition;
 }
 
-const QString& SiteInformation::SiteIdentifier() const {
-  return siteIdentifier_;
-}
+const QString& SiteInformation::SiteIdentifier() const { return siteIdentifier_; }
 
-const QString& SiteInformation::SectorName() const {
-  return sectorName_;
-}
+const QString& SiteInformation::SectorName() const { return sectorName_; }
 
-const QString& SiteInformation::AntennaPosition() const {
-  return antennaPosition_;
-}
+const QString& SiteInformation::AntennaPosition() const { return antennaPosition_; }
 
-IOrientation* SiteInformation::TargetOrientation() const {
-  return targetOrientation_.get();
-}
+IOrientation* SiteInformation::TargetOrientation() const { return targetOrientation_.get(); }
 
 void SiteInformation::SetTargetOrientation(float azimuthDegrees, float tiltDegrees, float rollDegrees) {
   targetOrientation_ = std::make_unique<Orientation>(azimuthDegrees, tiltDegrees, rollDegrees);

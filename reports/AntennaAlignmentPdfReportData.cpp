@@ -13,9 +13,7 @@ AntennaAlignmentPdfReportData::AntennaAlignmentPdfReportData(QString name, const
 
 AntennaAlignmentPdfReportData::~AntennaAlignmentPdfReportData() = default;
 
-int AntennaAlignmentPdfReportData::GetReportType() const {
-  return 0;
-}
+int AntennaAlignmentPdfReportData::GetReportType() const { return 0; }
 
 QVector<IAntennaAlignmentReportData*>* AntennaAlignmentPdfReportData::AlignmentData() const {
   return Records();

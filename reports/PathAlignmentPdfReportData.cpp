@@ -16,10 +16,6 @@ PathAlignmentPdfReportData::PathAlignmentPdfReportData(QString name, const QStri
 
 PathAlignmentPdfReportData::~PathAlignmentPdfReportData() = default;
 
-int PathAlignmentPdfReportData::GetReportType() const {
-  return 1;
-}
+int PathAlignmentPdfReportData::GetReportType() const { return 1; }
 
-QVector<IPathAlignmentReportData*>* PathAlignmentPdfReportData::PathData() const {
-  return Records();
-}
+QVector<IPathAlignmentReportData*>* PathAlignmentPdfReportData::PathData() const { return Records(); }

@@ -38,9 +38,7 @@ bool CreateThresholdTables(sqlite3* db) {
 
 }  // namespace
 
-const StoreDescription& AlignmentDatabaseStore::Description() {
-  return StoreDescription::Of(Version());
-}
+const StoreDescription& AlignmentDatabaseStore::Description() { return StoreDescription::Of(Version()); }
 
 void AlignmentDatabaseStore::CreateTablesOrLog() {
   if (!CreateTables()) LogDebug("Unable to create database tables");

@@ -37,8 +37,12 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseStore : public AlignmentDatabase 
   void Close() override;
 
  protected:
-  /// The second half of Create(): a failure is one more line, and the store is kept all the same.
-  void CreateTablesOrLog();
+  /// Create() of a concrete store: a failure is one more line, and the store is returned all the same.
+  template <typename Store>
+  static Store* WithTables(Store* store) {
+    store->CreateTablesOrLog();
+    return store;
+  }
 
   // Row writers and look-ups. Each works on an open connection and reports success; binds and prepares that
   // fail are logged. A look-up of an unknown identifier succeeds with key 0. A key that is found or made is
@@ -93,6 +97,7 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseStore : public AlignmentDatabase 
   struct SingleDeletion;
 
   const StoreDescription& Description();
+  void CreateTablesOrLog();
   bool CreateMainTables(sqlite3* db);
   QVector<QString> Identifiers(const char* sql);
 

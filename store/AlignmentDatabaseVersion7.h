@@ -10,9 +10,9 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseVersion7 : public AlignmentDataba
  public:
   using AlignmentDatabaseStore::AlignmentDatabaseStore;
   /// A store over existing files, the caller's to delete. Touches neither file.
-  static AlignmentDatabaseVersion7* Open(QString databasePath, QString secondDatabasePath);
+  static AlignmentDatabaseVersion7* Open(QString main, QString thresholds);
   /// A store whose tables are created first. Returned even when that fails, which is logged.
-  static AlignmentDatabaseVersion7* Create(QString databasePath, QString secondDatabasePath);
+  static AlignmentDatabaseVersion7* Create(QString main, QString thresholds);
   /// Always 7.
   unsigned int Version() override;
   virtual ~AlignmentDatabaseVersion7();

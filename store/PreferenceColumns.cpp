@@ -8,18 +8,10 @@ namespace {
 using Row = Statement;
 using Model = IPreferencesModel;
 
-void Bind(Row* row, bool value, const char* failure) {
-  row->Int(value ? 1 : 0, failure);
-}
-void Bind(Row* row, int value, const char* failure) {
-  row->Int(value, failure);
-}
-void Bind(Row* row, double value, const char* failure) {
-  row->Double(value, failure);
-}
-void Bind(Row* row, const QString& value, const char* failure) {
-  row->Text(value, failure);
-}
+void Bind(Row* row, bool value, const char* failure) { row->Int(value ? 1 : 0, failure); }
+void Bind(Row* row, int value, const char* failure) { row->Int(value, failure); }
+void Bind(Row* row, double value, const char* failure) { row->Double(value, failure); }
+void Bind(Row* row, const QString& value, const char* failure) { row->Text(value, failure); }
 
 template <typename T>
 void Save(Row* row, const Setting<T>* setting, const char* failure) {
@@ -35,9 +27,7 @@ void Save(Row* row, const EnumeratedSetting<T>* setting, const char* failure) {
 void Restore(const Row& row, int column, Setting<bool>* setting) {
   setting->SetValue(row.IntColumn(column) != 0);
 }
-void Restore(const Row& row, int column, Setting<int>* setting) {
-  setting->SetValue(row.IntColumn(column));
-}
+void Restore(const Row& row, int column, Setting<int>* setting) { setting->SetValue(row.IntColumn(column)); }
 void Restore(const Row& row, int column, Setting<double>* setting) {
   setting->SetValue(row.DoubleColumn(column));
 }
@@ -130,9 +120,7 @@ PreferenceColumns PreferenceColumns::OfMainRow(unsigned int version) {
   return {mainRow, count};
 }
 
-PreferenceColumns PreferenceColumns::OfPathLengthRow() {
-  return {pathLengthRow, 2};
-}
+PreferenceColumns PreferenceColumns::OfPathLengthRow() { return {pathLengthRow, 2}; }
 
 bool PreferenceColumns::Save(Statement* row, IPreferencesModel* model) const {
   for (int index = 0; index < count && row->Bound(); ++index) {

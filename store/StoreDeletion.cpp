@@ -229,7 +229,7 @@ bool AlignmentDatabaseStore::DeleteAssociatedRecordsByKeys(sqlite3* db, QVector<
 /// for every one that was not. The line says the opposite of what happened, and stays.
 int AlignmentDatabaseStore::StepAlignmentDelete(Statement* statement) {
   int result = statement->Step();
-  if (Description().deletion != Deletion::AlignmentsSteppedUntilDone) return result;
+  if (Description().deletion != Deletion::AlignmentsAloneUntilDone) return result;
   while (result != SQLITE_DONE) {
     LogDebug("SQLITE_DONE!");
     result = statement->Step();
@@ -334,7 +334,7 @@ void AlignmentDatabaseStore::DeletePathRowsInTransaction(sqlite3* db, QString& p
   AssociatedKeys keys;
   const bool associated = Description().DeletesAssociatedRecords();
   if (!GetIDForPathIdentifier(db, pathIdentifier, pathKey)) return;
-  if (Description().deletion == Deletion::AlignmentsSteppedUntilDone) LogDebug("The path key is ", *pathKey);
+  if (Description().deletion == Deletion::AlignmentsAloneUntilDone) LogDebug("The path key is ", *pathKey);
   if (associated) {
     if (!GetAllRelatedPathKeys(db, *pathKey, &keys.orientation, &keys.geolocation, &keys.height)) {
       LogDebug("Failed to retrieve relevant keys for this path");

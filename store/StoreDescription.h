@@ -5,25 +5,25 @@
 /// How a version deletes alignments.
 enum class Deletion {
   /// Leaves orientations, locations and heights behind, and steps a delete until it reports done.
-  AlignmentsSteppedUntilDone,
+  AlignmentsAloneUntilDone,
   /// Leaves orientations, locations and heights behind.
-  Alignments,
+  AlignmentsAlone,
   /// Deletes what the alignments refer to as well.
-  AlignmentsAndAssociatedRecords,
+  WithAssociatedRecords,
 };
 
 /// All that one store is, besides its number: the texts of its schema version, which of the optional
 /// alignment columns it has, how it deletes, and whether there is a thresholds file.
 struct StoreDescription {
   SchemaTexts texts;
-  bool hasTiltInversion;
-  bool hasSiteNote;
-  bool hasRollPrecision;
-  bool hasPathNote;
   Deletion deletion;
-  bool hasThresholdsFile;
+  bool hasTiltInversion = false;
+  bool hasSiteNote = false;
+  bool hasRollPrecision = false;
+  bool hasPathNote = false;
+  bool hasThresholdsFile = false;
 
-  bool DeletesAssociatedRecords() const { return deletion == Deletion::AlignmentsAndAssociatedRecords; }
+  bool DeletesAssociatedRecords() const { return deletion == Deletion::WithAssociatedRecords; }
 
   /// The description of a schema version; of the current one for a number that is none.
   static const StoreDescription& Of(unsigned int version);

@@ -3,23 +3,16 @@
 #include "schema/SchemaVersion1.h"
 #include "store/StoreDescription.h"
 
-// The switches: tilt inversion, site note, roll precision, path note.
-constexpr StoreDescription storeDescriptionVersion1{
-    SchemaVersion1(), false, false, false, false, Deletion::AlignmentsSteppedUntilDone, false};
+constexpr StoreDescription storeDescriptionVersion1{SchemaVersion1(), Deletion::AlignmentsAloneUntilDone};
 
-AlignmentDatabaseVersion1* AlignmentDatabaseVersion1::Open(QString databasePath, QString secondDatabasePath) {
-  return new AlignmentDatabaseVersion1(databasePath, secondDatabasePath);
+AlignmentDatabaseVersion1* AlignmentDatabaseVersion1::Open(QString main, QString thresholds) {
+  return new AlignmentDatabaseVersion1(main, thresholds);
 }
 
-AlignmentDatabaseVersion1* AlignmentDatabaseVersion1::Create(QString databasePath,
-                                                             QString secondDatabasePath) {
-  auto* store = new AlignmentDatabaseVersion1(databasePath, secondDatabasePath);
-  store->CreateTablesOrLog();
-  return store;
+AlignmentDatabaseVersion1* AlignmentDatabaseVersion1::Create(QString main, QString thresholds) {
+  return WithTables(new AlignmentDatabaseVersion1(main, thresholds));
 }
 
-unsigned int AlignmentDatabaseVersion1::Version() {
-  return 1;
-}
+unsigned int AlignmentDatabaseVersion1::Version() { return 1; }
 
 AlignmentDatabaseVersion1::~AlignmentDatabaseVersion1() = default;

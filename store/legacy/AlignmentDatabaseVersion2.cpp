@@ -3,23 +3,16 @@
 #include "schema/SchemaVersion2.h"
 #include "store/StoreDescription.h"
 
-// The switches: tilt inversion, site note, roll precision, path note.
-constexpr StoreDescription storeDescriptionVersion2{SchemaVersion2(),     false, false, false, false,
-                                                    Deletion::Alignments, false};
+constexpr StoreDescription storeDescriptionVersion2{SchemaVersion2(), Deletion::AlignmentsAlone};
 
-AlignmentDatabaseVersion2* AlignmentDatabaseVersion2::Open(QString databasePath, QString secondDatabasePath) {
-  return new AlignmentDatabaseVersion2(databasePath, secondDatabasePath);
+AlignmentDatabaseVersion2* AlignmentDatabaseVersion2::Open(QString main, QString thresholds) {
+  return new AlignmentDatabaseVersion2(main, thresholds);
 }
 
-AlignmentDatabaseVersion2* AlignmentDatabaseVersion2::Create(QString databasePath,
-                                                             QString secondDatabasePath) {
-  auto* store = new AlignmentDatabaseVersion2(databasePath, secondDatabasePath);
-  store->CreateTablesOrLog();
-  return store;
+AlignmentDatabaseVersion2* AlignmentDatabaseVersion2::Create(QString main, QString thresholds) {
+  return WithTables(new AlignmentDatabaseVersion2(main, thresholds));
 }
 
-unsigned int AlignmentDatabaseVersion2::Version() {
-  return 2;
-}
+unsigned int AlignmentDatabaseVersion2::Version() { return 2; }
 
 AlignmentDatabaseVersion2::~AlignmentDatabaseVersion2() = default;

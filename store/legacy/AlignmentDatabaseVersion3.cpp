@@ -3,23 +3,16 @@
 #include "schema/SchemaVersion3.h"
 #include "store/StoreDescription.h"
 
-// The switches: tilt inversion, site note, roll precision, path note.
-constexpr StoreDescription storeDescriptionVersion3{
-    SchemaVersion3(), true, false, false, false, Deletion::AlignmentsAndAssociatedRecords, false};
+constexpr StoreDescription storeDescriptionVersion3{SchemaVersion3(), Deletion::WithAssociatedRecords, true};
 
-AlignmentDatabaseVersion3* AlignmentDatabaseVersion3::Open(QString databasePath, QString secondDatabasePath) {
-  return new AlignmentDatabaseVersion3(databasePath, secondDatabasePath);
+AlignmentDatabaseVersion3* AlignmentDatabaseVersion3::Open(QString main, QString thresholds) {
+  return new AlignmentDatabaseVersion3(main, thresholds);
 }
 
-AlignmentDatabaseVersion3* AlignmentDatabaseVersion3::Create(QString databasePath,
-                                                             QString secondDatabasePath) {
-  auto* store = new AlignmentDatabaseVersion3(databasePath, secondDatabasePath);
-  store->CreateTablesOrLog();
-  return store;
+AlignmentDatabaseVersion3* AlignmentDatabaseVersion3::Create(QString main, QString thresholds) {
+  return WithTables(new AlignmentDatabaseVersion3(main, thresholds));
 }
 
-unsigned int AlignmentDatabaseVersion3::Version() {
-  return 3;
-}
+unsigned int AlignmentDatabaseVersion3::Version() { return 3; }
 
 AlignmentDatabaseVersion3::~AlignmentDatabaseVersion3() = default;

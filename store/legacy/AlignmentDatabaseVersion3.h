@@ -9,9 +9,9 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseVersion3 : public AlignmentDataba
  public:
   using AlignmentDatabaseStore::AlignmentDatabaseStore;
   /// A store over existing files, the caller's to delete. Touches neither file.
-  static AlignmentDatabaseVersion3* Open(QString databasePath, QString secondDatabasePath);
+  static AlignmentDatabaseVersion3* Open(QString main, QString thresholds);
   /// A store whose tables are created first. Returned even when that fails, which is logged.
-  static AlignmentDatabaseVersion3* Create(QString databasePath, QString secondDatabasePath);
+  static AlignmentDatabaseVersion3* Create(QString main, QString thresholds);
   /// Always 3.
   unsigned int Version() override;
   virtual ~AlignmentDatabaseVersion3();

@@ -3,23 +3,17 @@
 #include "schema/SchemaVersion4.h"
 #include "store/StoreDescription.h"
 
-// The switches: tilt inversion, site note, roll precision, path note.
-constexpr StoreDescription storeDescriptionVersion4{
-    SchemaVersion4(), true, true, false, false, Deletion::AlignmentsAndAssociatedRecords, false};
+constexpr StoreDescription storeDescriptionVersion4{SchemaVersion4(), Deletion::WithAssociatedRecords, true,
+                                                    true};
 
-AlignmentDatabaseVersion4* AlignmentDatabaseVersion4::Open(QString databasePath, QString secondDatabasePath) {
-  return new AlignmentDatabaseVersion4(databasePath, secondDatabasePath);
+AlignmentDatabaseVersion4* AlignmentDatabaseVersion4::Open(QString main, QString thresholds) {
+  return new AlignmentDatabaseVersion4(main, thresholds);
 }
 
-AlignmentDatabaseVersion4* AlignmentDatabaseVersion4::Create(QString databasePath,
-                                                             QString secondDatabasePath) {
-  auto* store = new AlignmentDatabaseVersion4(databasePath, secondDatabasePath);
-  store->CreateTablesOrLog();
-  return store;
+AlignmentDatabaseVersion4* AlignmentDatabaseVersion4::Create(QString main, QString thresholds) {
+  return WithTables(new AlignmentDatabaseVersion4(main, thresholds));
 }
 
-unsigned int AlignmentDatabaseVersion4::Version() {
-  return 4;
-}
+unsigned int AlignmentDatabaseVersion4::Version() { return 4; }
 
 AlignmentDatabaseVersion4::~AlignmentDatabaseVersion4() = default;

@@ -8,9 +8,9 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseVersion4 : public AlignmentDataba
  public:
   using AlignmentDatabaseStore::AlignmentDatabaseStore;
   /// A store over existing files, the caller's to delete. Touches neither file.
-  static AlignmentDatabaseVersion4* Open(QString databasePath, QString secondDatabasePath);
+  static AlignmentDatabaseVersion4* Open(QString main, QString thresholds);
   /// A store whose tables are created first. Returned even when that fails, which is logged.
-  static AlignmentDatabaseVersion4* Create(QString databasePath, QString secondDatabasePath);
+  static AlignmentDatabaseVersion4* Create(QString main, QString thresholds);
   /// Always 4.
   unsigned int Version() override;
   virtual ~AlignmentDatabaseVersion4();

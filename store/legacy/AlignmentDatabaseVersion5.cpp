@@ -3,23 +3,17 @@
 #include "schema/SchemaVersion5.h"
 #include "store/StoreDescription.h"
 
-// The switches: tilt inversion, site note, roll precision, path note.
-constexpr StoreDescription storeDescriptionVersion5{
-    SchemaVersion5(), true, true, true, false, Deletion::AlignmentsAndAssociatedRecords, false};
+constexpr StoreDescription storeDescriptionVersion5{SchemaVersion5(), Deletion::WithAssociatedRecords, true,
+                                                    true, true};
 
-AlignmentDatabaseVersion5* AlignmentDatabaseVersion5::Open(QString databasePath, QString secondDatabasePath) {
-  return new AlignmentDatabaseVersion5(databasePath, secondDatabasePath);
+AlignmentDatabaseVersion5* AlignmentDatabaseVersion5::Open(QString main, QString thresholds) {
+  return new AlignmentDatabaseVersion5(main, thresholds);
 }
 
-AlignmentDatabaseVersion5* AlignmentDatabaseVersion5::Create(QString databasePath,
-                                                             QString secondDatabasePath) {
-  auto* store = new AlignmentDatabaseVersion5(databasePath, secondDatabasePath);
-  store->CreateTablesOrLog();
-  return store;
+AlignmentDatabaseVersion5* AlignmentDatabaseVersion5::Create(QString main, QString thresholds) {
+  return WithTables(new AlignmentDatabaseVersion5(main, thresholds));
 }
 
-unsigned int AlignmentDatabaseVersion5::Version() {
-  return 5;
-}
+unsigned int AlignmentDatabaseVersion5::Version() { return 5; }
 
 AlignmentDatabaseVersion5::~AlignmentDatabaseVersion5() = default;

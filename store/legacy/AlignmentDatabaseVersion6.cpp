@@ -3,23 +3,17 @@
 #include "schema/SchemaVersion6.h"
 #include "store/StoreDescription.h"
 
-// The switches: tilt inversion, site note, roll precision, path note.
-constexpr StoreDescription storeDescriptionVersion6{
-    SchemaVersion6(), true, true, true, false, Deletion::AlignmentsAndAssociatedRecords, false};
+constexpr StoreDescription storeDescriptionVersion6{SchemaVersion6(), Deletion::WithAssociatedRecords, true,
+                                                    true, true};
 
-AlignmentDatabaseVersion6* AlignmentDatabaseVersion6::Open(QString databasePath, QString secondDatabasePath) {
-  return new AlignmentDatabaseVersion6(databasePath, secondDatabasePath);
+AlignmentDatabaseVersion6* AlignmentDatabaseVersion6::Open(QString main, QString thresholds) {
+  return new AlignmentDatabaseVersion6(main, thresholds);
 }
 
-AlignmentDatabaseVersion6* AlignmentDatabaseVersion6::Create(QString databasePath,
-                                                             QString secondDatabasePath) {
-  auto* store = new AlignmentDatabaseVersion6(databasePath, secondDatabasePath);
-  store->CreateTablesOrLog();
-  return store;
+AlignmentDatabaseVersion6* AlignmentDatabaseVersion6::Create(QString main, QString thresholds) {
+  return WithTables(new AlignmentDatabaseVersion6(main, thresholds));
 }
 
-unsigned int AlignmentDatabaseVersion6::Version() {
-  return 6;
-}
+unsigned int AlignmentDatabaseVersion6::Version() { return 6; }
 
 AlignmentDatabaseVersion6::~AlignmentDatabaseVersion6() = default;

@@ -8,9 +8,9 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseVersion6 : public AlignmentDataba
  public:
   using AlignmentDatabaseStore::AlignmentDatabaseStore;
   /// A store over existing files, the caller's to delete. Touches neither file.
-  static AlignmentDatabaseVersion6* Open(QString databasePath, QString secondDatabasePath);
+  static AlignmentDatabaseVersion6* Open(QString main, QString thresholds);
   /// A store whose tables are created first. Returned even when that fails, which is logged.
-  static AlignmentDatabaseVersion6* Create(QString databasePath, QString secondDatabasePath);
+  static AlignmentDatabaseVersion6* Create(QString main, QString thresholds);
   /// Always 6.
   unsigned int Version() override;
   virtual ~AlignmentDatabaseVersion6();
