@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <map>
+#include <utility>
 
 #include "tool/AlignmentFields.h"
 #include "tool/Console.h"
@@ -24,7 +26,7 @@ constexpr double Margin = 42;
 constexpr double Right = PageWidth - Margin;
 constexpr double Bottom = PageHeight - Margin - 18;
 constexpr double RowHeight = 14;
-constexpr double PictureSize = 190;
+constexpr double PictureSize = 165;
 
 const QColor Ink(32, 36, 42);
 const QColor Soft(110, 116, 124);
@@ -58,6 +60,18 @@ QString Overall(const std::vector<Alignment>& alignments) {
     }
   }
   return verdict;
+}
+
+/// The last measurement of each antenna: what was put right afterwards no longer counts against it.
+std::vector<Alignment> LatestOfEach(const std::vector<Alignment>& alignments) {
+  std::map<std::pair<QString, QString>, Alignment> latest;
+  for (const Alignment& alignment : alignments) {
+    const auto [place, isNew] = latest.try_emplace({alignment.sector, alignment.position}, alignment);
+    if (!isNew && place->second.time <= alignment.time) place->second = alignment;
+  }
+  std::vector<Alignment> list;
+  for (const auto& item : latest) list.push_back(item.second);
+  return list;
 }
 
 QColor VerdictColor(const QString& verdict) {
@@ -120,7 +134,7 @@ class Page {
                                      : QStringLiteral("Path alignment report"));
     UseFont(22, true, Ink);
     Text(Margin, Margin + 14, Right - Margin - 100, reports_.identifier);
-    Badge(Right, Margin + 20, Overall(reports_.alignments));
+    Badge(Right, Margin + 20, Overall(LatestOfEach(reports_.alignments)));
     Line(Margin + 46, Ink);
     y_ = Margin + 56;
   }
@@ -176,6 +190,7 @@ class Page {
     Fact(QStringLiteral("Measured"), from == to ? from : from + QStringLiteral(" to ") + to);
     const Alignment& latest = *last;
     Fact(QStringLiteral("Position"), PositionText(latest.latitude, latest.longitude, latest.elevation));
+    Fact(QStringLiteral("Result"), QStringLiteral("by the last measurement of each antenna"));
     if (reports_.kind == Kind::Path) {
       Fact(QStringLiteral("Far end"),
            PositionText(latest.farLatitude, latest.farLongitude, latest.farElevation));
@@ -219,7 +234,7 @@ class Page {
   void DrawAlignment(const Alignment& alignment) {
     const std::vector<Judgement> angles = Judge(alignment);
     const double noteHeight = NoteHeight(alignment);
-    const double height = RowHeight * (3.6 + static_cast<double>(angles.size())) + noteHeight + 22;
+    const double height = RowHeight * (2 + static_cast<double>(angles.size())) + noteHeight + 28;
     if (y_ + height > Bottom) StartPage();
     DrawAlignmentHeading(alignment);
     DrawAngles(angles);
@@ -233,7 +248,7 @@ class Page {
       painter_.drawText(QRectF(Margin + 60, y_, Right - Margin - 60, noteHeight), alignment.note, wrapped);
       y_ += noteHeight;
     }
-    y_ += 14;
+    y_ += 9;
   }
 
   void DrawAlignmentHeading(const Alignment& alignment) {
@@ -280,8 +295,8 @@ class Page {
   void DrawCircumstances(const Alignment& alignment) {
     QStringList facts{
         QStringLiteral("height %1 m (%2)").arg(alignment.height, 0, 'f', 2).arg(SourceText(alignment)),
-        QStringLiteral("azimuth offset %1").arg(Degrees(alignment.azimuthOffset)),
-        alignment.tiltInversion ? QStringLiteral("tilt inverted") : QStringLiteral("tilt as read")};
+        QStringLiteral("azimuth offset %1").arg(Degrees(alignment.azimuthOffset))};
+    if (alignment.tiltInversion) facts.append(QStringLiteral("tilt inverted"));
     if (alignment.kind == Kind::Path) {
       facts.append(QStringLiteral("roll %1 of %2")
                        .arg(Degrees(alignment.measuredRoll), Degrees(alignment.targetRoll)));
@@ -291,7 +306,7 @@ class Page {
       }
     }
     UseFont(9, false, Soft);
-    Text(ColumnAt.front(), y_, Right - ColumnAt.front(), facts.join(QStringLiteral("   ·   ")));
+    Text(ColumnAt.front(), y_, Right - ColumnAt.front(), facts.join(QStringLiteral("  ·  ")));
     y_ += RowHeight;
   }
 
