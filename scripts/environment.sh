@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Shared by ./run-tests and ./quickstart: what has to be installed, and where conversions can work.
 # Sourced, not run.
 

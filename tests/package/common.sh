@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Shared by the tests of what gets installed. Sourced with $build and $source set.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
