@@ -42,6 +42,11 @@ install(FILES
   ${PROJECT_BINARY_DIR}/TarnbeamDatabaseConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/TarnbeamDatabase COMPONENT development)
 
+# Paths in the pkg-config file start where that file lies, so an installation can be moved.
+set(folder ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH pkgconfig_to_prefix ${folder} ${CMAKE_INSTALL_PREFIX})
+file(RELATIVE_PATH prefix_to_libdir ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
+file(RELATIVE_PATH prefix_to_includedir ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 configure_file(cmake/TarnbeamDatabase.pc.in ${PROJECT_BINARY_DIR}/TarnbeamDatabase.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/TarnbeamDatabase.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

@@ -39,10 +39,14 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabase : public IAlignmentDatabaseInter
   bool ExecuteNonQueryCommand(sqlite3* db, const char* sql, const char* description);
   /// Null on failure. The caller passes the statement to FinalizeStatement().
   sqlite3_stmt* PrepareStatement(sqlite3* db, const char* sql, const char* description);
+  /// Null is passed over.
   static void FinalizeStatement(sqlite3_stmt* statement);
 
+  /// A failure is logged with the description "Begin Transaction".
   bool BeginTransaction(sqlite3* db);
+  /// Commits. A failure is logged with the description "End Transaction".
   bool EndTransaction(sqlite3* db);
+  /// A failure is logged with the description "Roll Back".
   bool RollBack(sqlite3* db);
 
   /// Whole seconds since 1970-01-01T00:00:00 UTC; 4294967295 for an invalid time and one out of range.
@@ -53,7 +57,9 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabase : public IAlignmentDatabaseInter
   /// Makes the version record and writes Version() into its only row.
   bool InitializeVersionTable(sqlite3* db);
 
+  /// The main file.
   const QString& DatabasePath() const { return databasePath_; }
+  /// The thresholds file.
   const QString& SecondDatabasePath() const { return secondDatabasePath_; }
 
  private:

@@ -19,24 +19,38 @@ class TARNBEAMDATABASE_EXPORT AlignmentReportData : public Interface {
   /// Without this call the record borrows them.
   void TakeOwnership();
 
+  /// @copydoc IAlignmentReportData::IsValid
   bool IsValid() const override;
+  /// @copydoc IAlignmentReportData::Note
   QString Note() const override;
+  /// @copydoc IAlignmentReportData::AzimuthErrorDegrees
   float AzimuthErrorDegrees() const override;
+  /// @copydoc IAlignmentReportData::TiltErrorDegrees
   float TiltErrorDegrees() const override;
+  /// @copydoc IAlignmentReportData::RollErrorDegrees
   float RollErrorDegrees() const override;
+  /// @copydoc IAlignmentReportData::IsAzimuthWithinThreshold
   bool IsAzimuthWithinThreshold() const override;
+  /// @copydoc IAlignmentReportData::IsTiltWithinThreshold
   bool IsTiltWithinThreshold() const override;
+  /// @copydoc IAlignmentReportData::GetGeolocation
   IGeolocation* GetGeolocation() const override;
+  /// @copydoc IAlignmentReportData::GetMeasuredOrientation
   IOrientation* GetMeasuredOrientation() const override;
+  /// @copydoc IAlignmentReportData::GetHeight
   IHeight* GetHeight() const override;
+  /// @copydoc IAlignmentReportData::GetMeasurementTime
   QDateTime GetMeasurementTime() const override;
+  /// What was in force during the measurement.
   IMeasurementOptions* GetMeasurementOptions() const override;
 
  protected:
+  /// Borrows all objects. Any of them may be null.
   AlignmentReportData(IGeolocation* geolocation, IOrientation* measuredOrientation, IHeight* height,
                       QDateTime measurementTime, IMeasurementOptions* measurementOptions);
   ~AlignmentReportData() override;
 
+  /// Whether TakeOwnership() was called.
   bool OwnsObjects() const { return ownsObjects_; }
 
  private:

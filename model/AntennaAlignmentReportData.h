@@ -8,6 +8,7 @@
 class TARNBEAMDATABASE_EXPORT AntennaAlignmentReportData
     : public AlignmentReportData<IAntennaAlignmentReportData> {
  public:
+  /// `antennaAlignmentKey` is the key of the alignment in the main file.
   AntennaAlignmentReportData(unsigned int antennaAlignmentKey, ISiteInformation* siteInformation,
                              IGeolocation* geolocation, IOrientation* measuredOrientation, IHeight* height,
                              QDateTime measurementTime, IMeasurementOptions* measurementOptions);

@@ -6,5 +6,6 @@
 /// A mode of the Bluetooth radio.
 class TARNBEAMDATABASE_EXPORT BluetoothModeSetting : public SettingValue {
  public:
+  /// Constructed from its key and its name.
   using SettingValue::SettingValue;
 };

@@ -6,5 +6,6 @@
 /// A way of writing latitude and longitude.
 class TARNBEAMDATABASE_EXPORT CoordinateFormatSetting : public SettingValue {
  public:
+  /// Constructed from its key and its name.
   using SettingValue::SettingValue;
 };

@@ -6,5 +6,6 @@
 /// A way of writing dates.
 class TARNBEAMDATABASE_EXPORT DateFormatSetting : public SettingValue {
  public:
+  /// Constructed from its key and its name.
   using SettingValue::SettingValue;
 };

@@ -6,5 +6,6 @@
 /// A geodetic datum in which positions are shown.
 class TARNBEAMDATABASE_EXPORT DatumFormatSetting : public SettingValue {
  public:
+  /// Constructed from its key and its name.
   using SettingValue::SettingValue;
 };

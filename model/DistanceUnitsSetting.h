@@ -6,5 +6,6 @@
 /// A unit in which distances and heights are shown.
 class TARNBEAMDATABASE_EXPORT DistanceUnitsSetting : public SettingValue {
  public:
+  /// Constructed from its key and its name.
   using SettingValue::SettingValue;
 };

@@ -11,12 +11,14 @@
 template <typename T>
 class TARNBEAMDATABASE_EXPORT EnumeratedSetting : public ObservableModel {
  public:
+  /// `currentValue` may be null.
   EnumeratedSetting(const QVector<T*>& allowedValues, T* currentValue)
       : allowedValues_(allowedValues), currentValue_(currentValue) {}
 
   /// The value in force; null if the setting was built without one and none was assigned.
   T* CurrentValue() const { return currentValue_; }
 
+  /// In the order in which keys are looked up.
   const QVector<T*>& AllowedValues() const { return allowedValues_; }
 
   /// Makes the first allowed value with this key the current one and notifies, also when it already

@@ -6,5 +6,6 @@
 /// A geoid model to which elevations refer.
 class TARNBEAMDATABASE_EXPORT GeoidFormatSetting : public SettingValue {
  public:
+  /// Constructed from its key and its name.
   using SettingValue::SettingValue;
 };

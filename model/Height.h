@@ -9,6 +9,7 @@
 /// A height that can be changed and observed. A new one is valid.
 class TARNBEAMDATABASE_EXPORT Height : public IHeight, public ObservableModel {
  public:
+  /// Metres.
   Height(double heightInMeters, HeightSource heightType);
 
   void AddObserver(IModelObserver* observer) override;

@@ -6,5 +6,6 @@
 /// A way of obtaining the antenna height.
 class TARNBEAMDATABASE_EXPORT HeightSourceSetting : public SettingValue {
  public:
+  /// Constructed from its key and its name.
   using SettingValue::SettingValue;
 };

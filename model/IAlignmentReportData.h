@@ -29,11 +29,14 @@ class TARNBEAMDATABASE_EXPORT IAlignmentReportData {
   /// Measured minus target, degrees; the azimuth by the shorter way round. Not a number where target
   /// or measurement is missing.
   virtual float AzimuthErrorDegrees() const = 0;
+  /// As for the azimuth.
   virtual float TiltErrorDegrees() const = 0;
+  /// As for the azimuth.
   virtual float RollErrorDegrees() const = 0;
 
   /// Whether the deviation is at most the threshold. False where anything needed is missing.
   virtual bool IsAzimuthWithinThreshold() const = 0;
+  /// As for the azimuth.
   virtual bool IsTiltWithinThreshold() const = 0;
 
   /// Whether every angle that counts for this kind of alignment is within its threshold.
@@ -44,7 +47,10 @@ class TARNBEAMDATABASE_EXPORT IAlignmentReportData {
   /// Where the instrument stood.
   virtual IGeolocation* GetGeolocation() const = 0;
 
+  /// The orientation that the antenna had.
   virtual IOrientation* GetMeasuredOrientation() const = 0;
+  /// The height of the antenna.
   virtual IHeight* GetHeight() const = 0;
+  /// When the alignment was measured, to the second.
   virtual QDateTime GetMeasurementTime() const = 0;
 };

@@ -16,6 +16,7 @@ class TARNBEAMDATABASE_EXPORT IAntennaAlignmentReportData : public IAlignmentRep
   /// Key of the alignment in the main file.
   virtual unsigned int AntennaAlignmentKey() const = 0;
 
+  /// What was in force during the measurement.
   virtual IMeasurementOptions* GetMeasurementOptions() const = 0;
 
   ~IAntennaAlignmentReportData() override;

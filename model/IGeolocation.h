@@ -23,6 +23,7 @@ class TARNBEAMDATABASE_EXPORT IGeolocation {
   /// Degrees, east positive.
   virtual double LongitudeDegreesEast() const = 0;
 
+  /// Metres.
   virtual double ElevationMeters() const = 0;
 
   /// A copy, owned by the caller.

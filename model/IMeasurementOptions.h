@@ -11,6 +11,7 @@ class TARNBEAMDATABASE_EXPORT IMeasurementOptions {
   /// Offset applied to the measured azimuth, degrees.
   virtual float AzimuthOffset() const = 0;
 
+  /// Whether tilt inversion was in force.
   virtual bool TiltInversionEnabled() const = 0;
 
   /// What the user noted down.
@@ -21,6 +22,7 @@ class TARNBEAMDATABASE_EXPORT IMeasurementOptions {
 
   /// Largest accepted deviations from the target, degrees.
   virtual float AzimuthThreshold() const = 0;
+  /// As for the azimuth.
   virtual float TiltThreshold() const = 0;
 
   /// Degrees; site alignments.

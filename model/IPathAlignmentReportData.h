@@ -19,6 +19,7 @@ class TARNBEAMDATABASE_EXPORT IPathAlignmentReportData : public IAlignmentReport
   /// Key of the alignment in the main file.
   virtual unsigned int PathAlignmentKey() const = 0;
 
+  /// What was in force during the measurement.
   virtual IMeasurementOptions* GetMeasurementOptions() const = 0;
 
   ~IPathAlignmentReportData() override;

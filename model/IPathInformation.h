@@ -19,12 +19,14 @@ class TARNBEAMDATABASE_EXPORT IPathInformation {
   /// Empties the identifier and puts the far end at latitude, longitude and elevation 0.
   virtual void Clear() = 0;
 
+  /// The name by which the path is found.
   virtual void SetPathIdentifier(const QString& pathIdentifier) = 0;
 
   /// Degrees north, degrees east, metres.
   virtual void SetPathLocation(double latitudeDegreesNorth, double longitudeDegreesEast,
                                double elevationMeters) = 0;
 
+  /// The name by which the path is found.
   virtual const QString& PathIdentifier() const = 0;
 
   /// The far end of the path. Owned by the path; replaced by `SetPathLocation` and `Clear`.

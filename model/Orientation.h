@@ -6,6 +6,7 @@
 /// Orientation with fixed angles, in degrees.
 class TARNBEAMDATABASE_EXPORT Orientation : public IOrientation {
  public:
+  /// Degrees.
   Orientation(float azimuthDegrees, float tiltDegrees, float rollDegrees);
 
   float AzimuthDegrees() const override;

@@ -7,8 +7,10 @@
 template <typename T>
 class TARNBEAMDATABASE_EXPORT Setting : public ObservableModel {
  public:
+  /// The value at first; nobody is notified of it.
   explicit Setting(const T& value) : value_(value) {}
 
+  /// The value in force.
   T Value() const { return value_; }
 
   /// Takes the value over and notifies, also when it is the one already held.

@@ -15,7 +15,9 @@ class TARNBEAMDATABASE_EXPORT PdfReportData : public IPdfReportData {
   PdfReportData(const PdfReportData&) = delete;
   PdfReportData& operator=(const PdfReportData&) = delete;
 
+  /// @copydoc IReportData::Name
   const QString& Name() const override;
+  /// @copydoc IPdfReportData::FileName
   QString FileName(QString suffix) const override;
 
   /// Deletes every record, from the last to the first, and the vector.
@@ -25,6 +27,7 @@ class TARNBEAMDATABASE_EXPORT PdfReportData : public IPdfReportData {
   /// Takes ownership of `records` and of every record in it.
   PdfReportData(QString name, const QString& fileBase, QVector<Record*>* records);
 
+  /// As given at construction.
   QVector<Record*>* Records() const { return records_; }
 
  private:

@@ -44,9 +44,10 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseStore : public AlignmentDatabase 
     return store;
   }
 
-  // Row writers and look-ups. Each works on an open connection and reports success; binds and prepares that
-  // fail are logged. A look-up of an unknown identifier succeeds with key 0. A key that is found or made is
-  // written through its pointer.
+  /// @{
+  /// Row writers and look-ups. Each works on an open connection and reports success; binds and prepares that
+  /// fail are logged. A look-up of an unknown identifier succeeds with key 0. A key that is found or made is
+  /// written through its pointer.
   bool GetIDForSiteIdentifier(sqlite3* db, QString& identifier, long long* siteKey);
   bool SaveSiteIdentifier(sqlite3* db, QString& identifier, long long* siteKey);
   bool GetIDForPathIdentifier(sqlite3* db, QString& identifier, long long* pathKey);
@@ -69,8 +70,10 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseStore : public AlignmentDatabase 
   bool SavePathAlignmentThresholds(sqlite3* db, long long alignmentKey, long long* thresholdKey,
                                    long long pathKey, float azimuthThreshold, float tiltThreshold,
                                    float pathLengthThreshold);
+  /// @}
 
-  // Deletion helpers, on an open connection.
+  /// @{
+  /// Deletion helpers, on an open connection. Key lists are added to. Failures are logged and give false.
   bool DeleteSiteByKey(sqlite3* db, long long* siteKey);
   bool DeletePathByKey(sqlite3* db, long long* pathKey);
   bool GetSingleSiteMeasurementKeys(sqlite3* db, long long alignmentKey, long long* targetOrientationKey,
@@ -86,12 +89,15 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseStore : public AlignmentDatabase 
   bool GenericBatchKeyDelete(sqlite3* db, QVector<int>* keys, const char* table, const char* column);
   bool DeleteAssociatedRecordsByKeys(sqlite3* db, QVector<int>* orientationKeys,
                                      QVector<int>* geolocationKeys, QVector<int>* heightKeys);
+  /// @}
 
-  // The two input screens, on an open connection.
+  /// @{
+  /// The two input screens, on an open connection. Failures are logged and give false.
   bool SaveCurrentSiteInformation(sqlite3* db, IAlignerModel* model);
   bool SaveCurrentPathInformation(sqlite3* db, IAlignerModel* model);
   bool RestoreCurrentSiteInformation(sqlite3* db, IAlignerModel* model);
   bool RestoreCurrentPathInformation(sqlite3* db, IAlignerModel* model);
+  /// @}
 
  private:
   struct SingleDeletion;

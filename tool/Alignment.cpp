@@ -1,0 +1,111 @@
+#include "tool/Alignment.h"
+
+#include <cmath>
+#include <limits>
+#include <memory>
+
+#include "model/Geolocation.h"
+#include "model/Height.h"
+#include "model/IAntennaAlignmentReportData.h"
+#include "model/IPathAlignmentReportData.h"
+#include "model/MeasurementOptions.h"
+#include "model/Orientation.h"
+#include "model/PathInformation.h"
+#include "model/SiteInformation.h"
+#include "store/AlignmentDatabaseVersion7.h"
+
+QString KindName(Kind kind) {
+  return kind == Kind::Site ? QStringLiteral("site") : QStringLiteral("path");
+}
+
+template <typename Record>
+void Alignment::TakeCommon(const Record& record) {
+  identifier = record.Identifier();
+  time = record.GetMeasurementTime();
+  const IOrientation& measured = *record.GetMeasuredOrientation();
+  measuredAzimuth = measured.AzimuthDegrees();
+  measuredTilt = measured.TiltDegrees();
+  measuredRoll = measured.RollDegrees();
+  const IGeolocation& location = *record.GetGeolocation();
+  latitude = location.LatitudeDegreesNorth();
+  longitude = location.LongitudeDegreesEast();
+  elevation = location.ElevationMeters();
+  height = record.GetHeight()->HeightInMeters(nullptr);
+  heightSource = record.GetHeight()->HeightType();
+  const IMeasurementOptions& options = *record.GetMeasurementOptions();
+  azimuthOffset = options.AzimuthOffset();
+  tiltInversion = options.TiltInversionEnabled();
+  note = options.Note();
+  rollPrecision = options.RollPrecision();
+  azimuthThreshold = options.AzimuthThreshold();
+  tiltThreshold = options.TiltThreshold();
+  rollThreshold = options.RollThreshold();
+  pathLengthThreshold = options.PathLengthThreshold();
+  azimuthDeviation = record.AzimuthErrorDegrees();
+  tiltDeviation = record.TiltErrorDegrees();
+  rollDeviation = record.RollErrorDegrees();
+}
+
+Alignment::Alignment(const IAntennaAlignmentReportData& record) : kind(Kind::Site) {
+  TakeCommon(record);
+  key = record.AntennaAlignmentKey();
+  const ISiteInformation& site = *record.GetSiteInformation();
+  sector = site.SectorName();
+  position = site.AntennaPosition();
+  targetAzimuth = site.TargetOrientation()->AzimuthDegrees();
+  targetTilt = site.TargetOrientation()->TiltDegrees();
+  targetRoll = site.TargetOrientation()->RollDegrees();
+}
+
+Alignment::Alignment(const IPathAlignmentReportData& record) : kind(Kind::Path) {
+  TakeCommon(record);
+  key = record.PathAlignmentKey();
+  const IGeolocation& farEnd = *record.GetPathInformation()->PathLocation();
+  farLatitude = farEnd.LatitudeDegreesNorth();
+  farLongitude = farEnd.LongitudeDegreesEast();
+  farElevation = farEnd.ElevationMeters();
+  targetAzimuth = record.GetTargetOrientation()->AzimuthDegrees();
+  targetTilt = record.GetTargetOrientation()->TiltDegrees();
+  targetRoll = record.GetTargetOrientation()->RollDegrees();
+}
+
+bool Judgement::Passes() const {
+  return std::fabs(deviation) <= threshold;
+}
+
+QString Judgement::Verdict() const {
+  if (!HasThreshold()) return QStringLiteral("no threshold");
+  return Passes() ? QStringLiteral("pass") : QStringLiteral("fail");
+}
+
+std::vector<Judgement> Judge(const Alignment& a) {
+  std::vector<Judgement> angles = {
+      {"azimuth", a.targetAzimuth, a.measuredAzimuth, a.azimuthDeviation, a.azimuthThreshold},
+      {"tilt", a.targetTilt, a.measuredTilt, a.tiltDeviation, a.tiltThreshold}};
+  if (a.kind == Kind::Site) {
+    angles.push_back({"roll", a.targetRoll, a.measuredRoll, a.rollDeviation, a.rollThreshold});
+  }
+  return angles;
+}
+
+bool Save(AlignmentDatabaseVersion7* store, const Alignment& a) {
+  Geolocation location(a.latitude, a.longitude, a.elevation, GpsDatum::Wgs84, a.time, true);
+  Orientation measured(a.measuredAzimuth, a.measuredTilt, a.measuredRoll);
+  Height height(a.height, a.heightSource);
+  MeasurementOptions options(a.azimuthOffset, a.tiltInversion, a.azimuthThreshold, a.tiltThreshold,
+                             a.rollThreshold, a.pathLengthThreshold, a.note,
+                             static_cast<unsigned long>(a.rollPrecision));
+  // A save that failed before the alignment's own row answers a record with this key.
+  constexpr unsigned int NoKey = std::numeric_limits<unsigned int>::max();
+  if (a.kind == Kind::Site) {
+    SiteInformation site(a.identifier, a.sector, a.position, a.targetAzimuth, a.targetTilt, a.targetRoll);
+    const std::unique_ptr<IAntennaAlignmentReportData> saved(
+        store->SaveAlignmentReportData(&site, &location, &measured, &height, a.time, &options));
+    return saved && saved->AntennaAlignmentKey() != NoKey;
+  }
+  PathInformation path(a.identifier, a.farLatitude, a.farLongitude, a.farElevation);
+  Orientation target(a.targetAzimuth, a.targetTilt, a.targetRoll);
+  const std::unique_ptr<IPathAlignmentReportData> saved(
+      store->SavePathReportData(&path, &location, &target, &measured, &height, a.time, &options));
+  return saved && saved->PathAlignmentKey() != NoKey;
+}
