@@ -68,6 +68,12 @@ TEST_P(HostileFilesTest, ATruncatedFileBreaksNothing) {
 INSTANTIATE_TEST_SUITE_P(All, HostileFilesTest, testing::ValuesIn(Target::All()),
                          [](const auto& target) { return std::string(target.param.name); });
 
+TEST(TargetsTest, AreThoseThatTheBuildRuns) {
+  QStringList names;
+  for (const Target& target : Target::All()) names << QLatin1String(target.name);
+  EXPECT_EQ(names, QStringLiteral(TARNBEAM_FUZZ_TARGETS).split(QLatin1Char(',')));
+}
+
 long long Meets(const char* target, const QByteArray& input, long long WatchdogCounts::*count) {
   const long long before = Watchdog::Counts().*count;
   EXPECT_EQ(Target::Named(QLatin1String(target))->Run(input), QString());
