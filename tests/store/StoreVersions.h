@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "model/IAntennaAlignmentReportData.h"
+#include "model/IPathAlignmentReportData.h"
 #include "store/AlignmentDatabaseVersion7.h"
 #include "store/legacy/AlignmentDatabaseVersion1.h"
 #include "store/legacy/AlignmentDatabaseVersion2.h"
@@ -129,6 +131,14 @@ struct Operations : AlignmentDatabaseStore {
   using AlignmentDatabaseStore::SaveCurrentPathInformation;
   using AlignmentDatabaseStore::SaveCurrentSiteInformation;
 };
+
+// Saves a sample alignment, which has to come off, and lets go of its record.
+template <typename Sample>
+void SaveSample(const StorePointer& store, Sample sample) {
+  const auto* record = sample.Save(store.get());
+  EXPECT_NE(record, nullptr);
+  delete record;
+}
 
 // A folder of the test's own with the paths of two files in it that are not there yet, and the log. Lines
 // that a test does not take with Lines() fail it, and so do lines that are not plain debug lines.
