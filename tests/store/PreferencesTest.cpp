@@ -70,7 +70,7 @@ TEST_P(PreferencesTest, StatementsNameTheColumnsOfTheVersionInOrder) {
   // All that the file's table has, in its order, but the language.
   QStringList inTable = Rows(Main(), QStringLiteral("SELECT name FROM pragma_table_info('Preferences')"));
   inTable.replaceInStrings("'", "").removeAll("Language");
-  EXPECT_EQ(QSet<QString>(inTable.begin(), inTable.end()), QSet<QString>(columns.begin(), columns.end()));
+  EXPECT_EQ(inTable, columns);
 }
 
 TEST_P(PreferencesTest, SavedColumnByColumn) {
@@ -78,7 +78,9 @@ TEST_P(PreferencesTest, SavedColumnByColumn) {
   EXPECT_TRUE(store_->SavePreferences(&model_));
   EXPECT_EQ(Rows(Main(), QStringLiteral("SELECT rowid FROM Preferences")), QStringList("1"));
   EXPECT_EQ(MainRow(), QStringList(WrittenBy(Samples())));
-  if (HasThresholds()) EXPECT_EQ(PathLengthRow(), QStringList("1|" + WrittenBy(PathLengthSamples())));
+  if (HasThresholds()) {
+    EXPECT_EQ(PathLengthRow(), QStringList("1|" + WrittenBy(PathLengthSamples())));
+  }
 }
 
 TEST_P(PreferencesTest, EachFlagHasItsOwnColumn) {
@@ -116,7 +118,9 @@ TEST_P(PreferencesTest, RoundTripColumnByColumn) {
   EXPECT_TRUE(store_->SavePreferences(&restored));
   QString expected = WrittenBy(Samples());
   EXPECT_EQ(MainRow(), QStringList(expected.replace("101|102|103", "101|103|103")));
-  if (HasThresholds()) EXPECT_EQ(PathLengthRow(), QStringList("1|" + WrittenBy(PathLengthSamples())));
+  if (HasThresholds()) {
+    EXPECT_EQ(PathLengthRow(), QStringList("1|" + WrittenBy(PathLengthSamples())));
+  }
 }
 
 TEST_P(PreferencesTest, ObserversAreToldInTheOrderOfTheColumns) {
@@ -192,7 +196,9 @@ TEST_P(PreferencesTest, EachSaveResetsTheLanguage) {
   EXPECT_TRUE(store_->RestorePreferences(&model_));
   EXPECT_TRUE(store_->SavePreferences(&model_));
   EXPECT_EQ(SqliteCalls::TakeTrace().filter("Language"), QStringList());
-  if (hasLanguage) EXPECT_EQ(MainRow("Language"), QStringList("0"));
+  if (hasLanguage) {
+    EXPECT_EQ(MainRow("Language"), QStringList("0"));
+  }
 }
 
 // ---- binds
@@ -297,7 +303,9 @@ TEST_P(PreferencesTest, FailuresOfSaving) {
     SqliteCalls::Reset();
     EXPECT_EQ(Lines(), branch.lines);
     EXPECT_EQ(MainRow(), branch.main ? QStringList(WrittenBy(Samples())) : mainBefore);
-    if (HasThresholds()) EXPECT_EQ(PathLengthRow(), pathLengthBefore);
+    if (HasThresholds()) {
+      EXPECT_EQ(PathLengthRow(), pathLengthBefore);
+    }
   }
 }
 
