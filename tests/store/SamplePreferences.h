@@ -20,7 +20,7 @@ class KeyedSetting {
   EnumeratedSetting<T> setting_{{&values_[0], &values_[1], &values_[2]}, &values_[2]};
 };
 
-// Preferences whose enumerated settings have keys of their own: `base` (see each) and the next one; the
+// Preferences whose enumerated settings have two keys of their own each, the one below and the next; the
 // current key is 0 at first.
 class SamplePreferences : public PreferencesModel {
  public:
@@ -86,7 +86,7 @@ constexpr PreferenceSample Number(const char* column, unsigned int first, const 
             (model->*accessor)()->SetValue(value);
           }};
 }
-// Thousandths, all exact in binary.
+// Eighths, so that every value is exact in binary.
 template <auto accessor, int eighths>
 constexpr PreferenceSample Real(const char* column, unsigned int first, const char* failure,
                                 const char* written) {
