@@ -34,6 +34,10 @@ QString FolderOnOtherFileSystem() {
   return QDir::tempPath();
 }
 
+void ExpectDump(const QString& path, const QString& expected) {
+  EXPECT_EQ(DumpDatabase(path).toStdString(), expected.toStdString());
+}
+
 Converted Convert(const Converter& converter, const QString& path) {
   QString argument = path;
   const LogCapture log;

@@ -29,6 +29,9 @@ dev_t FileSystemOf(const QString& path);
 // A folder that lies on another file system than the scratch file. Fails the test where there is none.
 QString FolderOnOtherFileSystem();
 
+// Compares whole dumps; a difference is shown line by line.
+void ExpectDump(const QString& path, const QString& expected);
+
 struct Converted {
   bool result;
   QStringList lines;
