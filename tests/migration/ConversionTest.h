@@ -68,6 +68,7 @@ class ConversionTest : public testing::TestWithParam<Converter> {
   static QStringList PlainLines() { return Tested().cleansUp ? CleanupLines() : QStringList(); }
 
   TemporaryFolder folder_;
+  QByteArray loaded_;  // the main file as Load left it
 
  private:
   void ExpectResult(bool result, const QStringList& lines);
