@@ -61,7 +61,10 @@ ConversionTest::ConversionTest(const QString& parent) : folder_(parent) {
 
 ConversionTest::~ConversionTest() { QFile::remove(scratchPath); }
 
-void ConversionTest::Load() { LoadGolden(Tested().source, Main()); }
+void ConversionTest::Load() {
+  LoadGolden(Tested().source, Main());
+  loaded_ = ContentOf(Main());
+}
 
 Converted ConversionTest::ConvertWithFault() {
   const Converted converted = Convert(Tested(), Main());

@@ -39,7 +39,6 @@ class SwapTest : public ConversionTest {
 
   // Under the armed fault: one line, the old main file, and no copy.
   void ExpectSwapFailure(int error) {
-    const QByteArray before = ContentOf(Main());
     const Converted converted = ConvertWithFault();
     EXPECT_FALSE(converted.result);
     EXPECT_EQ(
