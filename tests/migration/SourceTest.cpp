@@ -210,43 +210,61 @@ TEST_P(SourceTest, LeftOverScratchFileIsReplaced) {
   }
 }
 
-// A journal of a scratch file that is gone must not be played back into the new one. It is a real one, kept
-// aside in the middle of a transaction.
-TEST_P(SourceTest, LeftOverScratchJournalIsDiscarded) {
-  const QString journal = scratchPath + QStringLiteral("-journal");
-  LoadGolden(Tested().source, scratchPath);
+QString JournalOf(const QString& path) { return path + QStringLiteral("-journal"); }
+
+// The file and its journal as a power cut in the middle of a transaction leaves them.
+void InterruptTransaction(const QString& path) {
   sqlite3* db = nullptr;
-  ASSERT_EQ(sqlite3_open_v2(scratchPath.toLocal8Bit().constData(), &db, SQLITE_OPEN_READWRITE, nullptr), 0);
+  ASSERT_EQ(sqlite3_open_v2(path.toLocal8Bit().constData(), &db, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK);
   ASSERT_EQ(sqlite3_exec(db,
                          "PRAGMA cache_size = 1; BEGIN; UPDATE Orientation SET TiltDegrees = 5;"
                          "UPDATE Sites SET SiteIdentifier = SiteIdentifier || 'x'; DELETE FROM Geolocation;"
-                         "UPDATE Preferences SET SerialNumber = 5; PRAGMA cache_spill = 1;"
                          "INSERT INTO Height SELECT NULL, 1.5, 0 FROM Height a, Height b, Height c, Height d",
                          nullptr, nullptr, nullptr),
             SQLITE_OK);
-  ASSERT_TRUE(QFile::copy(journal, journal + ".kept"));
-  ASSERT_TRUE(ContentOf(journal).startsWith("\xd9\xd5\x05\xf9"))
-      << "the journal is not ready to be played back";
+  for (const QString& file : {path, JournalOf(path)}) ASSERT_TRUE(QFile::copy(file, file + ".kept"));
   sqlite3_close(db);
+  for (const QString& file : {path, JournalOf(path)}) {
+    QFile::remove(file);
+    ASSERT_TRUE(QFile::rename(file + ".kept", file));
+  }
+  ASSERT_TRUE(ContentOf(JournalOf(path)).startsWith("\xd9\xd5\x05\xf9")) << "not ready to be played back";
+}
+
+// A journal of a scratch file that is gone must not be played back into the new one.
+TEST_P(SourceTest, LeftOverScratchJournalIsDiscarded) {
   for (const bool fileLeft : {true, false}) {
     SCOPED_TRACE(fileLeft);
     Load();
+    LoadGolden(Tested().source, scratchPath);
+    InterruptTransaction(scratchPath);
     if (!fileLeft) QFile::remove(scratchPath);
-    ASSERT_TRUE(QFile::copy(journal + ".kept", journal));
     const Converted converted = Convert(Tested(), Main());
     EXPECT_TRUE(converted.result);
     EXPECT_EQ(converted.lines, PlainLines());
     ExpectDump(Main(), Expected());
     EXPECT_EQ(IntegrityCheck(Main()), QString("ok"));
-    EXPECT_FALSE(QFile::exists(journal));
+    EXPECT_FALSE(QFile::exists(JournalOf(scratchPath)));
   }
-  QFile::remove(journal + ".kept");
+}
+
+// That of the main file must be, before the file is copied: played back later, it would tear the new one.
+TEST_P(SourceTest, InterruptedTransactionIsUndoneFirst) {
+  InterruptTransaction(Main());
+  const Converted converted = Convert(Tested(), Main());
+  EXPECT_TRUE(converted.result);
+  EXPECT_EQ(converted.lines, PlainLines());
+  EXPECT_FALSE(QFile::exists(JournalOf(Main())));
+  ExpectDump(Main(), Expected());
+  EXPECT_EQ(IntegrityCheck(Main()), QString("ok"));
 }
 
 TEST_P(SourceTest, ScratchFileItselfIsRefused) {
   const QString links[] = {scratchPath, folder_.Path("link.sqlite"),
                            folder_.Path("folder/TemporaryDB.sqlite"),
                            scratchFolder + "/../database/TemporaryDB.sqlite"};
+  EXPECT_FALSE(Convert(Tested(), scratchPath).result);
+  EXPECT_FALSE(QFile::exists(scratchPath));
   ASSERT_TRUE(QFile::link(scratchPath, links[1]));
   ASSERT_TRUE(QFile::link(scratchFolder, folder_.Path("folder")));
   LoadGolden(Tested().source, scratchPath);
