@@ -1,4 +1,4 @@
-// The two checks of the copy, and what the first two converters pass over in their preferences.
+// The two checks of the copy.
 #include "tests/migration/ConversionTest.h"
 
 namespace {
@@ -31,7 +31,6 @@ TEST_P(CheckTest, IntegrityWithoutRows) {
 }
 
 TEST_P(CheckTest, IntegrityWithNullText) {
-  SqliteCalls::Record();
   ExpectFailure(Fault("column_text", 0).OnText(integrityCheck),
                 Failed({"Null string returned from statement evaluation"}, integrityFailed));
 }

@@ -12,7 +12,7 @@
 class TemporaryFolder {
  public:
   TemporaryFolder() : TemporaryFolder(QDir::tempPath()) {}
-  explicit TemporaryFolder(const QString& parent) : folder_(parent + QStringLiteral("/XXXXXX")) {
+  explicit TemporaryFolder(const QString& parent) : folder_(parent + QStringLiteral("/test-")) {
     EXPECT_TRUE(folder_.isValid()) << folder_.errorString().toStdString();
   }
 
