@@ -63,24 +63,12 @@ double ShortestDecimal(float value) {
   return decimal;
 }
 
-QJsonValue ToJson(const QString& value) {
-  return value;
-}
-QJsonValue ToJson(const QDateTime& value) {
-  return value.toUTC().toString(Qt::ISODate);
-}
-QJsonValue ToJson(float value) {
-  return ShortestDecimal(value);
-}
-QJsonValue ToJson(double value) {
-  return value;
-}
-QJsonValue ToJson(bool value) {
-  return value;
-}
-QJsonValue ToJson(int value) {
-  return value;
-}
+QJsonValue ToJson(const QString& value) { return value; }
+QJsonValue ToJson(const QDateTime& value) { return value.toUTC().toString(Qt::ISODate); }
+QJsonValue ToJson(float value) { return ShortestDecimal(value); }
+QJsonValue ToJson(double value) { return value; }
+QJsonValue ToJson(bool value) { return value; }
+QJsonValue ToJson(int value) { return value; }
 QJsonValue ToJson(HeightSource value) {
   const auto number = static_cast<std::size_t>(value);
   if (number < HeightSourceNames.size()) return QLatin1String(HeightSourceNames.at(number));
