@@ -44,7 +44,7 @@ void Alignment::TakeCommon(const Record& record) {
   rollDeviation = record.RollErrorDegrees();
 }
 
-Alignment::Alignment(const IAntennaAlignmentReportData& record) : kind(Kind::Site) {
+Alignment::Alignment(const IAntennaAlignmentReportData& record) {
   TakeCommon(record);
   key = record.AntennaAlignmentKey();
   const ISiteInformation& site = *record.GetSiteInformation();

@@ -293,8 +293,8 @@ int Preferences(const Arguments& arguments) {
 
 QCommandLineOption Value(const char* name, const char* description, const char* valueName,
                          const char* byDefault = "") {
-  return QCommandLineOption(QString::fromUtf8(name), QString::fromUtf8(description),
-                            QString::fromUtf8(valueName), QString::fromUtf8(byDefault));
+  return {QString::fromUtf8(name), QString::fromUtf8(description), QString::fromUtf8(valueName),
+          QString::fromUtf8(byDefault)};
 }
 
 }  // namespace

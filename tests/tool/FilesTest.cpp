@@ -35,7 +35,7 @@ TEST_F(FilesTest, CreateRefuses) {
   ExpectFailure({"create", "f", "f"}, "f: cannot be main and thresholds file at once");
   ExpectFailure({"create", "no/m", "t"}, Path("no") + ": No such file or directory");
   EXPECT_EQ(FilesInFolder(), QStringList());
-  ExpectFailure({"create", "m", "no/t"}, "no/t: No such file or directory");
+  ExpectFailure({"create", "m", "no/t"}, "no/t: Cannot open destination file: No such file or directory");
   EXPECT_EQ(FilesInFolder(), QStringList());
   CreateFiles();
   ExpectFailure({"create", "m", "t"}, "m and t exist already");
