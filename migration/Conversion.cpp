@@ -172,11 +172,12 @@ bool Conversion::MakeCopy(sqlite3* db) const {
 }
 
 // Works on the plain file: SQLite takes an empty one for an empty database, and a journal left beside it by
-// an interrupted run is discarded with it.
+// an interrupted run is discarded with it. Emptied in any case, so that rows of a left-over file that could
+// not be removed never get into the copy.
 bool Conversion::CreateTemporaryDatabase() {
   QFile scratch(scratchPath);
   if (scratch.exists()) scratch.remove();
-  return scratch.open(QIODevice::ReadWrite);
+  return scratch.open(QIODevice::ReadWrite | QIODevice::Truncate);
 }
 
 bool Conversion::DeleteTemporaryDatabase() {

@@ -38,7 +38,7 @@ bool Rename(const QString& from, const QString& to) {
   return std::rename(from.toLocal8Bit().constData(), to.toLocal8Bit().constData()) == 0;
 }
 
-/// Copies the content, syncs it and checks its size.
+/// Copies content and permissions, syncs them and checks the size.
 bool CopyContent(const QString& from, const QString& to) {
   QFile source(from);
   QFile target(to);
@@ -49,6 +49,7 @@ bool CopyContent(const QString& from, const QString& to) {
     const QByteArray block = source.read(blockSize);
     if (block.isEmpty() || target.write(block) != block.size()) return false;
   }
+  target.setPermissions(source.permissions());
   const bool written = target.flush() && fsync(target.handle()) == 0;
   target.close();
   return written && QFileInfo(to).size() == source.size();
@@ -60,7 +61,6 @@ bool Replace(const QString& main, const QString& copy, const QString& beside) {
   if (!SyncFile(copy)) return false;
   if (Rename(copy, main)) return true;
   if (errno != EXDEV || !CopyContent(copy, beside)) return false;
-  QFile::setPermissions(beside, QFile::permissions(main));
   if (!Rename(beside, main)) return false;
   QFile::remove(copy);
   return true;

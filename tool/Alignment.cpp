@@ -14,9 +14,7 @@
 #include "model/SiteInformation.h"
 #include "store/AlignmentDatabaseVersion7.h"
 
-QString KindName(Kind kind) {
-  return kind == Kind::Site ? QStringLiteral("site") : QStringLiteral("path");
-}
+QString KindName(Kind kind) { return kind == Kind::Site ? QStringLiteral("site") : QStringLiteral("path"); }
 
 template <typename Record>
 void Alignment::TakeCommon(const Record& record) {
@@ -46,7 +44,7 @@ void Alignment::TakeCommon(const Record& record) {
   rollDeviation = record.RollErrorDegrees();
 }
 
-Alignment::Alignment(const IAntennaAlignmentReportData& record) : kind(Kind::Site) {
+Alignment::Alignment(const IAntennaAlignmentReportData& record) {
   TakeCommon(record);
   key = record.AntennaAlignmentKey();
   const ISiteInformation& site = *record.GetSiteInformation();
@@ -69,9 +67,7 @@ Alignment::Alignment(const IPathAlignmentReportData& record) : kind(Kind::Path) 
   targetRoll = record.GetTargetOrientation()->RollDegrees();
 }
 
-bool Judgement::Passes() const {
-  return std::fabs(deviation) <= threshold;
-}
+bool Judgement::Passes() const { return std::fabs(deviation) <= threshold; }
 
 QString Judgement::Verdict() const {
   if (!HasThreshold()) return QStringLiteral("no threshold");

@@ -55,32 +55,19 @@ constexpr std::array<const char*, 4> HeightSourceNames = {"unknown", "manual", "
 
 /// The decimal number with the fewest digits that narrows to `value`: 0.1, not 0.10000000149.
 double ShortestDecimal(float value) {
-  double decimal = static_cast<double>(value);
   for (int digits = 1; digits <= std::numeric_limits<float>::max_digits10; ++digits) {
     const double candidate = QString::number(static_cast<double>(value), 'g', digits).toDouble();
     if (static_cast<float>(candidate) == value) return candidate;
   }
-  return decimal;
+  return static_cast<double>(value);
 }
 
-QJsonValue ToJson(const QString& value) {
-  return value;
-}
-QJsonValue ToJson(const QDateTime& value) {
-  return value.toUTC().toString(Qt::ISODate);
-}
-QJsonValue ToJson(float value) {
-  return ShortestDecimal(value);
-}
-QJsonValue ToJson(double value) {
-  return value;
-}
-QJsonValue ToJson(bool value) {
-  return value;
-}
-QJsonValue ToJson(int value) {
-  return value;
-}
+QJsonValue ToJson(const QString& value) { return value; }
+QJsonValue ToJson(const QDateTime& value) { return value.toUTC().toString(Qt::ISODate); }
+QJsonValue ToJson(float value) { return ShortestDecimal(value); }
+QJsonValue ToJson(double value) { return value; }
+QJsonValue ToJson(bool value) { return value; }
+QJsonValue ToJson(int value) { return value; }
 QJsonValue ToJson(HeightSource value) {
   const auto number = static_cast<std::size_t>(value);
   if (number < HeightSourceNames.size()) return QLatin1String(HeightSourceNames.at(number));
@@ -132,7 +119,7 @@ QString FromJson(const QJsonValue& value, const Field& field, double* number) {
 
 QString FromJson(const QJsonValue& value, const Field& field, float* number) {
   double wide = 0;
-  const QString wrong = FromJson(value, field, &wide);
+  QString wrong = FromJson(value, field, &wide);
   *number = static_cast<float>(wide);
   return wrong;
 }

@@ -72,7 +72,7 @@ QStringList AlignmentFiles::Identifiers(Kind kind) const {
   const QVector<QString> identifiers =
       kind == Kind::Site ? store_->GetSiteIdentifiers() : store_->GetPathIdentifiers();
   LibraryLog::FailOnFailures(QStringLiteral("%1: cannot be listed").arg(mainPath_));
-  return QStringList(identifiers.toList());
+  return identifiers.toList();
 }
 
 Reports AlignmentFiles::ReadReports(Kind kind, const QString& identifier) const {

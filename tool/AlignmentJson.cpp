@@ -127,7 +127,7 @@ QByteArray ReadBytes(const QString& path) {
   if (!file.open(QIODevice::ReadOnly)) {
     throw Failure(QStringLiteral("%1: %2").arg(path, file.errorString()));
   }
-  const QByteArray bytes = file.readAll();
+  QByteArray bytes = file.readAll();
   if (file.error() != QFileDevice::NoError) {
     throw Failure(QStringLiteral("%1: %2").arg(path, file.errorString()));
   }

@@ -20,21 +20,39 @@
 
 namespace {
 
-/// Makes the file at `path` if there is none; whether it is the thresholds file's or the main one. The
-/// library removes a file that it cannot complete, also one that was there before, so a pair is made in a
-/// folder of its own and what is missing is moved from there.
-bool CreateMissing(const QString& path, const QString& nameInPair) {
-  if (QFileInfo::exists(path)) return false;
-  const QTemporaryDir folder(QFileInfo(path).absolutePath() + QStringLiteral("/.tarnbeam-db-XXXXXX"));
-  if (!folder.isValid()) throw Failure(QStringLiteral("%1: %2").arg(path, folder.errorString()));
+void Move(const QString& from, const QString& to) {
+  QFile file(from);
+  if (!file.rename(to)) throw Failure(QStringLiteral("%1: %2").arg(to, file.errorString()));
+}
+
+/// Makes those of both files that are missing. The library removes a file that it cannot complete, also one
+/// that was there before, so a pair is made in a folder of its own and what is missing is moved from there.
+void CreateMissing(const QString& mainPath, const QString& thresholdsPath) {
+  const bool mainMissing = !QFileInfo::exists(mainPath);
+  const QString place = QFileInfo(mainMissing ? mainPath : thresholdsPath).absolutePath();
+  const QTemporaryDir folder(place + QStringLiteral("/.tarnbeam-db-XXXXXX"));
+  if (!folder.isValid()) throw Failure(QStringLiteral("%1: %2").arg(place, folder.errorString()));
+  const QString pairMain = folder.filePath(QStringLiteral("main"));
+  const QString pairThresholds = folder.filePath(QStringLiteral("thresholds"));
   LibraryLog::Clear();
-  const std::unique_ptr<AlignmentDatabaseVersion7> store(AlignmentDatabaseVersion7::Create(
-      folder.filePath(QStringLiteral("main")), folder.filePath(QStringLiteral("thresholds"))));
-  LibraryLog::FailOnFailures(QStringLiteral("%1: cannot be created").arg(path));
-  QFile file(folder.filePath(nameInPair));
-  if (!file.rename(path)) throw Failure(QStringLiteral("%1: %2").arg(path, file.errorString()));
-  Console::Print(QStringLiteral("created %1\n").arg(path));
-  return true;
+  const std::unique_ptr<AlignmentDatabaseVersion7> store(
+      AlignmentDatabaseVersion7::Create(pairMain, pairThresholds));
+  LibraryLog::FailOnFailures(QStringLiteral("the files cannot be created"));
+  QString created;
+  if (mainMissing) {
+    Move(pairMain, mainPath);
+    created = QStringLiteral("created %1\n").arg(mainPath);
+  }
+  if (!QFileInfo::exists(thresholdsPath)) {
+    try {
+      Move(pairThresholds, thresholdsPath);
+    } catch (const Failure&) {
+      if (mainMissing) QFile::remove(mainPath);
+      throw;
+    }
+    created += QStringLiteral("created %1\n").arg(thresholdsPath);
+  }
+  Console::Print(created);
 }
 
 int Create(const Arguments& arguments) {
@@ -54,13 +72,7 @@ int Create(const Arguments& arguments) {
     }
   }
   if (QFileInfo::exists(thresholdsPath)) RequireThresholdsFile(thresholdsPath);
-  const bool madeMain = CreateMissing(mainPath, QStringLiteral("main"));
-  try {
-    CreateMissing(thresholdsPath, QStringLiteral("thresholds"));
-  } catch (const Failure&) {
-    if (madeMain) QFile::remove(mainPath);
-    throw;
-  }
+  CreateMissing(mainPath, thresholdsPath);
   return 0;
 }
 
@@ -113,17 +125,18 @@ int Import(const Arguments& arguments) {
 
 int List(const Arguments& arguments) {
   const AlignmentFiles files(arguments.operands.at(0), arguments.operands.at(1));
-  Console::Print(QStringLiteral("kind  reports  identifier\n"));
+  QString lines = QStringLiteral("kind  reports  identifier\n");
   for (const Kind kind : {Kind::Site, Kind::Path}) {
     const QStringList identifiers = files.Identifiers(kind);
     for (const QString& identifier : identifiers) {
       const std::size_t count = files.ReadKnown(kind, identifier).alignments.size();
-      Console::Print(QStringLiteral("%1  %2  %3\n")
-                         .arg(KindName(kind))
-                         .arg(count, 7)
-                         .arg(Console::Printable(identifier)));
+      lines += QStringLiteral("%1  %2  %3\n")
+                   .arg(KindName(kind))
+                   .arg(count, 7)
+                   .arg(Console::Printable(identifier));
     }
   }
+  Console::Print(lines);
   return 0;
 }
 
@@ -280,8 +293,8 @@ int Preferences(const Arguments& arguments) {
 
 QCommandLineOption Value(const char* name, const char* description, const char* valueName,
                          const char* byDefault = "") {
-  return QCommandLineOption(QString::fromUtf8(name), QString::fromUtf8(description),
-                            QString::fromUtf8(valueName), QString::fromUtf8(byDefault));
+  return {QString::fromUtf8(name), QString::fromUtf8(description), QString::fromUtf8(valueName),
+          QString::fromUtf8(byDefault)};
 }
 
 }  // namespace

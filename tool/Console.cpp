@@ -16,9 +16,7 @@ void Write(std::FILE* stream, const QString& text) {
 
 namespace Console {
 
-void Print(const QString& text) {
-  Write(stdout, text);
-}
+void Print(const QString& text) { Write(stdout, text); }
 
 void Message(const QString& text) {
   Write(stderr, QStringLiteral("tarnbeam-db: ") + text + QLatin1Char('\n'));
@@ -31,17 +29,11 @@ bool Confirm(const QString& question) {
   return answer == QLatin1String("y") || answer == QLatin1String("yes");
 }
 
-bool CanAsk() {
-  return isatty(STDIN_FILENO) == 1;
-}
+bool CanAsk() { return isatty(STDIN_FILENO) == 1; }
 
-bool ErrorIsTerminal() {
-  return isatty(STDERR_FILENO) == 1;
-}
+bool ErrorIsTerminal() { return isatty(STDERR_FILENO) == 1; }
 
-void Progress(const QString& text) {
-  Write(stderr, QStringLiteral("\r\x1b[K") + text);
-}
+void Progress(const QString& text) { Write(stderr, QStringLiteral("\r\x1b[K") + text); }
 
 void Flush() {
   if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
@@ -65,9 +57,7 @@ QString Printable(const QString& text) {
   return shown;
 }
 
-QString Padded(const QString& text, int width) {
-  return text.leftJustified(width, QLatin1Char(' '));
-}
+QString Padded(const QString& text, int width) { return text.leftJustified(width, QLatin1Char(' ')); }
 
 QString Counted(qint64 count, const QString& noun) {
   return QStringLiteral("%1 %2%3").arg(QString::number(count), noun,

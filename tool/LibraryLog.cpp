@@ -38,17 +38,11 @@ bool TellsOfFailure(const QString& line) {
 
 namespace LibraryLog {
 
-void Install() {
-  qInstallMessageHandler(Handle);
-}
+void Install() { qInstallMessageHandler(Handle); }
 
-void SetVerbose(bool verbose) {
-  Kept().verbose = verbose;
-}
+void SetVerbose(bool verbose) { Kept().verbose = verbose; }
 
-void Clear() {
-  Kept().lines.clear();
-}
+void Clear() { Kept().lines.clear(); }
 
 QStringList Failures(int refusedCloses) {
   QStringList failures;

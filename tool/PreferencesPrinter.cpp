@@ -7,18 +7,10 @@
 
 namespace {
 
-QString Text(bool value) {
-  return value ? QStringLiteral("on") : QStringLiteral("off");
-}
-QString Text(int value) {
-  return QString::number(value);
-}
-QString Text(double value) {
-  return QString::number(value, 'f', QLocale::FloatingPointShortest);
-}
-QString Text(const QString& value) {
-  return Console::Printable(value);
-}
+QString Text(bool value) { return value ? QStringLiteral("on") : QStringLiteral("off"); }
+QString Text(int value) { return QString::number(value); }
+QString Text(double value) { return QString::number(value, 'f', QLocale::FloatingPointShortest); }
+QString Text(const QString& value) { return Console::Printable(value); }
 
 template <typename T>
 QString ValueOf(Setting<T>* setting) {

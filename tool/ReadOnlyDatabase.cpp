@@ -35,9 +35,7 @@ void RequireDatabaseFile(const QString& path) {
   if (file.read(magic.size()) != magic) throw Failure(QStringLiteral("%1: is no database").arg(path));
 }
 
-void ReadOnlyDatabase::Closer::operator()(sqlite3* db) const {
-  sqlite3_close(db);
-}
+void ReadOnlyDatabase::Closer::operator()(sqlite3* db) const { sqlite3_close(db); }
 
 ReadOnlyDatabase::ReadOnlyDatabase(const QString& path) : path_(path) {
   RequireDatabaseFile(path);

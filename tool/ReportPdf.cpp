@@ -46,9 +46,7 @@ QString Degrees(float value, bool sign = false) {
   return (sign && value >= 0 ? QStringLiteral("+") : QString()) + text + QStringLiteral("°");
 }
 
-QString OneLine(QString text) {
-  return text.replace(QLatin1Char('\n'), QLatin1Char(' '));
-}
+QString OneLine(QString text) { return text.replace(QLatin1Char('\n'), QLatin1Char(' ')); }
 
 /// "pass", "fail", or "no threshold" if no angle of any of the alignments has one.
 QString Overall(const std::vector<Alignment>& alignments) {

@@ -62,9 +62,7 @@ QString CsvCell(QString text) {
   return QLatin1Char('"') + text + QLatin1Char('"');
 }
 
-QString CsvLine(const QStringList& cells) {
-  return cells.join(QLatin1Char(',')) + QLatin1Char('\n');
-}
+QString CsvLine(const QStringList& cells) { return cells.join(QLatin1Char(',')) + QLatin1Char('\n'); }
 
 }  // namespace
 

@@ -43,6 +43,15 @@ Fault& Fault::Results(const std::vector<int>& results) {
   return Times(static_cast<int>(results.size()));
 }
 
+Fault& Fault::Texts(const std::vector<QByteArray>& texts) {
+  texts_ = texts;
+  return Times(static_cast<int>(texts.size()));
+}
+
+const char* Fault::Text() const {
+  return texts_.empty() ? nullptr : texts_[static_cast<std::size_t>(seen_ - at_)].constData();
+}
+
 Fault& Fault::OnText(const QByteArray& text) {
   text_ = text;
   return *this;

@@ -22,17 +22,20 @@ class Fault {
   // Ends the process without any clean-up, exit status `KilledStatus`, where others fail.
   static Fault Kill(const QByteArray& calls);
 
-  Fault& At(int number);                            // first call that fails; 1 unless said otherwise
-  Fault& Times(int number);                         // how many calls in a row; 1 unless said otherwise
-  Fault& Always();                                  // that call and all that follow
-  Fault& Results(const std::vector<int>& results);  // one result per call, then forwarded again
-  Fault& OnText(const QByteArray& text);            // only calls whose SQL text contains this
-  Fault& OnFile(const QByteArray& text);            // only calls whose file's path contains this
-  Fault& Performed();                               // forwarded first, then reported as failed
-  Fault& WithoutOutput();                           // leaves the message or the handle null
+  Fault& At(int number);                               // first call that fails; 1 unless said otherwise
+  Fault& Times(int number);                            // how many calls in a row; 1 unless said otherwise
+  Fault& Always();                                     // that call and all that follow
+  Fault& Results(const std::vector<int>& results);     // one result per call, then forwarded again
+  Fault& Texts(const std::vector<QByteArray>& texts);  // one answer per column_text, then forwarded again
+  Fault& OnText(const QByteArray& text);               // only calls whose SQL text contains this
+  Fault& OnFile(const QByteArray& text);               // only calls whose file's path contains this
+  Fault& Performed();                                  // forwarded first, then reported as failed
+  Fault& WithoutOutput();                              // leaves the message or the handle null
 
   bool IsPerformed() const { return performed_; }
   bool HasOutput() const { return hasOutput_; }
+  // The text that the call met last is to answer; null without Texts().
+  const char* Text() const;
 
   static constexpr int KilledStatus = 42;
 
@@ -43,6 +46,7 @@ class Fault {
 
   QByteArray calls_;
   std::vector<int> results_;
+  std::vector<QByteArray> texts_;
   int at_ = 1;
   int times_ = 1;
   int seen_ = 0;

@@ -28,18 +28,14 @@ State& Calls() {
   return state;
 }
 
-QByteArray PathOf(sqlite3* db) {
-  return Calls().connections.value(db).path;
-}
+QByteArray PathOf(sqlite3* db) { return Calls().connections.value(db).path; }
 
 void SetInjected(sqlite3* db, int code) {
   const auto connection = Calls().connections.find(db);
   if (connection != Calls().connections.end()) connection->injected = code;
 }
 
-QString Argument(const char* text) {
-  return QString::fromUtf8(text ? text : "null");
-}
+QString Argument(const char* text) { return QString::fromUtf8(text ? text : "null"); }
 
 template <typename Number>
 QString Argument(Number number) {
@@ -99,9 +95,7 @@ auto Observed(const char* name, sqlite3_stmt* statement, const QStringList& argu
 
 }  // namespace
 
-void SqliteCalls::Arm(const Fault& fault) {
-  Calls().plan.Arm(fault);
-}
+void SqliteCalls::Arm(const Fault& fault) { Calls().plan.Arm(fault); }
 
 void SqliteCalls::Reset() {
   Calls().plan.Clear();
@@ -109,29 +103,17 @@ void SqliteCalls::Reset() {
   Calls().trace.clear();
 }
 
-int SqliteCalls::FiredCount() {
-  return Calls().plan.Fired();
-}
+int SqliteCalls::FiredCount() { return Calls().plan.Fired(); }
 
-int SqliteCalls::Count(const QByteArray& calls) {
-  return Calls().plan.Count(calls);
-}
+int SqliteCalls::Count(const QByteArray& calls) { return Calls().plan.Count(calls); }
 
-void SqliteCalls::Record() {
-  Calls().recording = true;
-}
+void SqliteCalls::Record() { Calls().recording = true; }
 
-QStringList SqliteCalls::TakeTrace() {
-  return std::exchange(Calls().trace, QStringList());
-}
+QStringList SqliteCalls::TakeTrace() { return std::exchange(Calls().trace, QStringList()); }
 
-int SqliteCalls::OpenConnections() {
-  return Calls().connections.size();
-}
+int SqliteCalls::OpenConnections() { return Calls().connections.size(); }
 
-int SqliteCalls::LiveStatements() {
-  return Calls().statements.size();
-}
+int SqliteCalls::LiveStatements() { return Calls().statements.size(); }
 
 void SqliteCalls::CloseLeaked() {
   for (sqlite3_stmt* statement : std::exchange(Calls().statements, {})) {
@@ -243,9 +225,9 @@ double sqlite3_column_double(sqlite3_stmt* statement, int column) {
 
 const unsigned char* sqlite3_column_text(sqlite3_stmt* statement, int column) {
   const char* const sql = sqlite3_sql(statement);
-  const bool answersNull = Seen("column_text", sqlite3_db_handle(statement), sql) != nullptr;
-  const unsigned char* const text =
-      answersNull ? nullptr : NEXT_DEFINITION(sqlite3_column_text)(statement, column);
+  const Fault* const fault = Seen("column_text", sqlite3_db_handle(statement), sql);
+  const unsigned char* const text = fault ? reinterpret_cast<const unsigned char*>(fault->Text())
+                                          : NEXT_DEFINITION(sqlite3_column_text)(statement, column);
   Trace("column_text", {Argument(column)}, reinterpret_cast<const char*>(text), sql);
   return text;
 }

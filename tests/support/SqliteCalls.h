@@ -10,9 +10,10 @@
 // engine, is counted, recorded on demand, and can be made to fail.
 //
 // Calls are named without "sqlite3_": open_v2, exec, prepare_v2, bind_int, bind_int64, bind_double,
-// bind_text, step, close take part in sweeps (a Fault that names no call). column_text answers null where it
-// meets a fault. The others (free, reset, clear_bindings, finalize, column_int, column_double,
-// last_insert_rowid, errmsg) are only counted and recorded. What the engine calls inside itself is not seen.
+// bind_text, step, close take part in sweeps (a Fault that names no call). column_text answers null, or
+// the text that it is given, where it meets a fault. The others (free, reset, clear_bindings, finalize,
+// column_int, column_double, last_insert_rowid, errmsg) are only counted and recorded. What the engine calls
+// inside itself is not seen.
 //
 // A fault's text is looked for in the SQL text, its file in the path that the connection was opened with.
 // After a call that was made to fail, sqlite3_errmsg answers sqlite3_errstr(code) until the next call of the

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -10,7 +11,10 @@
 // A folder of the test's own, removed with everything in it when it goes out of scope.
 class TemporaryFolder {
  public:
-  TemporaryFolder() { EXPECT_TRUE(folder_.isValid()) << folder_.errorString().toStdString(); }
+  TemporaryFolder() : TemporaryFolder(QDir::tempPath()) {}
+  explicit TemporaryFolder(const QString& parent) : folder_(parent + QStringLiteral("/test-")) {
+    EXPECT_TRUE(folder_.isValid()) << folder_.errorString().toStdString();
+  }
 
   QString Path(const QString& name) const { return folder_.filePath(name); }
   QString Folder() const { return folder_.path(); }

@@ -1,0 +1,98 @@
+// Deletion, and what it says beforehand.
+#include "tests/support/DatabaseDump.h"
+#include "tests/tool/ToolTest.h"
+
+namespace {
+
+class DeleteTest : public ToolTest {
+ protected:
+  void SetUp() override {
+    CreateFilesWith(
+        {SiteEntry("S", "1"), SiteEntry("S", "2"), SiteEntry("T"), PathEntry("P"), PathEntry("P")});
+  }
+
+  // How many rows there are: site alignments, their thresholds, path alignments, their thresholds.
+  QStringList Counts() const {
+    const auto count = [this](const char* file, const char* table) {
+      return Rows(Path(file), QString("SELECT count(*) FROM %1").arg(table)).value(0);
+    };
+    return {count("m", "AntennaAlignment"), count("t", "AntennaAlignmentThresholds"),
+            count("m", "PathAlignment"), count("t", "PathAlignmentThresholds")};
+  }
+
+  void ExpectDeletion(const QStringList& words, const QString& message, const QString& result,
+                      const QStringList& remaining) {
+    const Outcome outcome = Run(QStringList{"delete", "m", "t"} + words + QStringList{"--yes"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "tarnbeam-db: " + message + "\n");
+    EXPECT_EQ(outcome.out, result + "\n");
+    EXPECT_EQ(Counts(), remaining);
+  }
+};
+
+TEST_F(DeleteTest, WholeSite) {
+  ExpectDeletion({"--site", "S"}, "site S and 2 reports in all its sectors will be deleted",
+                 "deleted site S and 2 reports", {"1", "1", "2", "2"});
+  EXPECT_EQ(Rows(Path("m"), "SELECT SiteIdentifier FROM Sites"), QStringList{"'T'"});
+}
+
+TEST_F(DeleteTest, WholePath) {
+  ExpectDeletion({"--path", "P"}, "path P and 2 reports will be deleted", "deleted path P and 2 reports",
+                 {"3", "3", "0", "0"});
+}
+
+TEST_F(DeleteTest, OneReportOfASiteLeavesItsThresholds) {
+  ExpectDeletion({"--site", "S", "--index", "1"},
+                 "1 report of site S will be deleted: 2024-05-14T07:12:33Z, of 2 that there are; its row of "
+                 "thresholds stays in t",
+                 "deleted report 1 of site S", {"2", "3", "2", "2"});
+  EXPECT_EQ(Rows(Path("m"), "SELECT SectorName FROM AntennaAlignment"), (QStringList{"'1'", "'Alpha'"}));
+}
+
+TEST_F(DeleteTest, OneReportOfAPath) {
+  ExpectDeletion({"--path", "P", "--index", "0"},
+                 "1 report of path P will be deleted: 2024-05-14T07:12:33Z, of 2 that there are",
+                 "deleted report 0 of path P", {"3", "3", "1", "1"});
+  EXPECT_EQ(Rows(Path("m"), "SELECT PathAlignmentKey FROM PathAlignment"), QStringList{"2"});
+}
+
+TEST_F(DeleteTest, RefusesWithoutATerminalToAskOn) {
+  const Outcome outcome = Run({"delete", "m", "t", "--site", "S"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err,
+            "tarnbeam-db: site S and 2 reports in all its sectors will be deleted\n"
+            "tarnbeam-db: nothing was deleted: without a terminal to ask on, --yes has to be given\n");
+  EXPECT_EQ(Counts(), (QStringList{"3", "3", "2", "2"}));
+}
+
+TEST_F(DeleteTest, AsksOnATerminal) {
+  const Outcome no = Run({"delete", "m", "t", "--path", "P"}, "n\n");
+  EXPECT_EQ(no.status, 1);
+  EXPECT_EQ(no.err,
+            "tarnbeam-db: path P and 2 reports will be deleted\nDelete? [y/N] "
+            "tarnbeam-db: nothing was deleted\n");
+  EXPECT_EQ(Counts(), (QStringList{"3", "3", "2", "2"}));
+  const Outcome yes = Run({"delete", "m", "t", "--path", "P"}, "y\n");
+  EXPECT_EQ(yes.status, 0);
+  EXPECT_EQ(yes.out, "deleted path P and 2 reports\n");
+  EXPECT_EQ(Counts(), (QStringList{"3", "3", "0", "0"}));
+}
+
+TEST_F(DeleteTest, WhatIsNotThere) {
+  ExpectFailure({"delete", "m", "t", "--site", "P", "--yes"}, "m: there is no site P");
+  ExpectFailure({"delete", "m", "t", "--site", "S", "--index", "2", "--yes"},
+                "site S has 2 reports, numbered from 0: there is none at 2");
+  EXPECT_EQ(Counts(), (QStringList{"3", "3", "2", "2"}));
+}
+
+// The library answers true to this; what its debug lines tell counts.
+TEST_F(DeleteTest, ADeletionThatFailedIsSaid) {
+  RunSql(Path("m"),
+         "CREATE TRIGGER keep BEFORE DELETE ON PathAlignment BEGIN SELECT RAISE(FAIL, 'kept'); END");
+  const Outcome outcome = Run({"delete", "m", "t", "--path", "P", "--yes"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.out, QString());
+  EXPECT_EQ(outcome.err.section('\n', 1, 1), "tarnbeam-db: path P could not be deleted whole");
+}
+
+}  // namespace

@@ -1,0 +1,141 @@
+// Making the two files, telling right from wrong ones, listing, preferences.
+#include "model/PreferencesModel.h"
+#include "store/AlignmentDatabaseVersion7.h"
+#include "tests/support/DatabaseDump.h"
+#include "tests/tool/ToolTest.h"
+
+#include <QFile>
+#include <QProcess>
+#include <memory>
+
+namespace {
+
+using FilesTest = ToolTest;
+
+TEST_F(FilesTest, CreateMakesBothFiles) {
+  CreateFiles();
+  EXPECT_EQ(FilesInFolder(), (QStringList{"m", "t"}));
+  EXPECT_EQ(RunWell({"version", "m"}), "7\n");
+  EXPECT_EQ(Rows(Path("t"), "SELECT count(*) FROM sqlite_master WHERE name LIKE '%Thresholds'"),
+            QStringList{"2"});
+}
+
+TEST_F(FilesTest, CreateMakesTheMissingFileAlone) {
+  CreateFilesWith({SiteEntry()});
+  const QByteArray content = ReadFile("m");
+  QFile::remove(Path("t"));
+  EXPECT_EQ(RunWell({"create", "m", "t"}), "created t\n");
+  EXPECT_EQ(ReadFile("m"), content);
+  QFile::remove(Path("m"));
+  EXPECT_EQ(RunWell({"create", "m", "t"}), "created m\n");
+  EXPECT_EQ(RunWell({"list", "m", "t"}), "kind  reports  identifier\n");
+}
+
+TEST_F(FilesTest, CreateRefuses) {
+  ExpectFailure({"create", "f", "f"}, "f: cannot be main and thresholds file at once");
+  ExpectFailure({"create", "no/m", "t"}, Path("no") + ": No such file or directory");
+  EXPECT_EQ(FilesInFolder(), QStringList());
+  ExpectFailure({"create", "m", "no/t"}, "no/t: Cannot open destination file: No such file or directory");
+  EXPECT_EQ(FilesInFolder(), QStringList());
+  CreateFiles();
+  ExpectFailure({"create", "m", "t"}, "m and t exist already");
+  ExpectFailure({"create", "m", "m"}, "m: cannot be main and thresholds file at once");
+  ExpectFailure({"create", "new", "m"}, "m: is no thresholds file");
+  RunSql(Path("m"), "UPDATE Version SET VersionNumber = 3");
+  ExpectFailure({"create", "m", "new"}, "m: exists and is of version 3, not 7");
+  EXPECT_EQ(FilesInFolder(), (QStringList{"m", "t"}));
+}
+
+TEST_F(FilesTest, FilesThatAreNotWhatTheyHaveToBe) {
+  CreateFiles();
+  WriteFile("text", "SQLite format 4, or so one would think");
+  WriteFile("empty", "");
+  ExpectFailure({"list", "none", "t"}, "none: no such file");
+  ExpectFailure({"list", "m", "none"}, "none: no such file");
+  ExpectFailure({"list", ".", "t"}, ".: is not a file");
+  ExpectFailure({"list", "text", "t"}, "text: is no database");
+  ExpectFailure({"list", "m", "empty"}, "empty: is no database");
+  ExpectFailure({"list", "m", "./m"}, "m: cannot be main and thresholds file at once");
+  ExpectFailure({"list", "t", "m"},
+                "t: carries no version, so it is no main file of alignments\n"
+                "  library: sqlite3_prepare_v2 failed with  1 : no such table: Version");
+  RunSql(Path("m"), "UPDATE Version SET VersionNumber = 8");
+  ExpectFailure({"list", "m", "t"}, "m: is of version 8, newer than this program knows (7)");
+  RunSql(Path("m"), "UPDATE Version SET VersionNumber = 6");
+  ExpectFailure({"list", "m", "t"}, "m: is of version 6; 'tarnbeam-db migrate' brings it to version 7");
+  EXPECT_EQ(FilesInFolder(), (QStringList{"empty", "m", "t", "text"}));
+}
+
+TEST_F(FilesTest, VersionOfFiles) {
+  CreateFiles();
+  EXPECT_EQ(RunWell({"version", "m"}), "7\n");
+  RunSql(Path("m"), "UPDATE Version SET VersionNumber = 4");
+  EXPECT_EQ(RunWell({"version", "m"}), "4\n");
+  ExpectFailure({"version", "none"}, "none: no such file");
+  EXPECT_EQ(FilesInFolder(), (QStringList{"m", "t"}));
+}
+
+TEST_F(FilesTest, ListCountsReports) {
+  CreateFilesWith({SiteEntry("B"), PathEntry(), SiteEntry("A", "1"), SiteEntry("A", "2"), PathEntry("P\tQ")});
+  EXPECT_EQ(RunWell({"list", "m", "t"}), QString("kind  reports  identifier\n"
+                                                 "site        1  B\n"
+                                                 "site        2  A\n"
+                                                 "path        1  Żuławy\n"
+                                                 "path        1  P\\tQ\n"));
+}
+
+TEST_F(FilesTest, ReadingThatFailsIsNoEmptyAnswer) {
+  CreateFilesWith({SiteEntry("A")});
+  RunSql(Path("m"), "ALTER TABLE Height RENAME TO Gone");
+  ExpectFailure(
+      {"list", "m", "t"},
+      "m: the reports of site A cannot be read\n  library: SQL prepare  Fetch Report Data for Site  "
+      "failed with  1 : no such table: Height");
+}
+
+// Each path leaves two connections open; the program lifts the limit that it is started under.
+TEST_F(FilesTest, ManyPathsNeedManyOpenFiles) {
+  QJsonArray entries;
+  constexpr int Count = 20;
+  for (int number = 0; number < Count; ++number) entries.append(PathEntry(QString::number(number)));
+  CreateFilesWith(entries);
+  QProcess process;
+  process.setWorkingDirectory(Path("."));
+  process.start("sh", {"-c", "ulimit -S -n 24 && exec \"$0\" list m t", TARNBEAM_TOOL});
+  ASSERT_TRUE(process.waitForFinished());
+  EXPECT_EQ(process.exitCode(), 0);
+  EXPECT_EQ(process.readAllStandardError(), "");
+  EXPECT_EQ(process.readAllStandardOutput().count("path        1  "), Count);
+}
+
+TEST_F(FilesTest, Preferences) {
+  CreateFiles();
+  EXPECT_EQ(RunWell({"preferences", "m", "t"}), "no preferences are stored\n");
+  PreferencesModel model;
+  model.DistanceUnits()->AssignValueWithKey(1);
+  model.TimeZone()->AssignValueWithKey(21);
+  model.AzimuthThreshold()->SetValue(0.1);
+  model.PathLengthThreshold()->SetValue(1250.5);
+  model.CalibrationDate()->SetValue(QString("2024-05-14 Zürich"));
+  model.SerialNumber()->SetValue(-17);
+  model.ShowTarget()->SetValue(false);
+  const std::unique_ptr<AlignmentDatabaseVersion7> store(
+      AlignmentDatabaseVersion7::Open(Path("m"), Path("t")));
+  ASSERT_TRUE(store->SavePreferences(&model));
+  const QStringList lines = RunWell({"preferences", "m", "t"}).split('\n');
+  // 35 stored columns but the language, which no model has, and two of the path length.
+  EXPECT_EQ(lines.size(), 35 - 1 + 2 + 1);
+  for (const char* line :
+       {"DistanceUnits               Feet (1)", "TimeZone                    UTC+9 (21)",
+        "AzimuthThreshold            0.1 °", "PathLengthThreshold         1250.5",
+        "CalibrationDate             2024-05-14 Zürich", "SerialNumber                -17",
+        "ShowTarget                  off", "AzimuthOffset               (stored, but not read back)"}) {
+    EXPECT_TRUE(lines.contains(line)) << line;
+  }
+  RunSql(Path("m"), "DROP TABLE Preferences");
+  const Outcome broken = Run({"preferences", "m", "t"});
+  EXPECT_EQ(broken.status, 1);
+  EXPECT_EQ(broken.err.section('\n', 0, 0), "tarnbeam-db: the preferences cannot be read");
+}
+
+}  // namespace

@@ -1,0 +1,213 @@
+// Import and export.
+#include <sqlite3.h>
+
+#include <QJsonDocument>
+
+#include "tests/support/DatabaseDump.h"
+#include "tests/tool/ToolTest.h"
+
+namespace {
+
+using ImportTest = ToolTest;
+
+TEST_F(ImportTest, Example) {
+  CreateFiles();
+  EXPECT_EQ(RunWell({"import", "m", "t", TARNBEAM_EXAMPLE}),
+            "16 alignments saved, 12 of sites and 4 of paths\n");
+  EXPECT_EQ(Rows(Path("m"), "SELECT count(*) FROM AntennaAlignment"), QStringList{"12"});
+  EXPECT_EQ(Rows(Path("m"), "SELECT count(*) FROM PathAlignment"), QStringList{"4"});
+  EXPECT_TRUE(Rows(Path("m"), "SELECT SiteIdentifier FROM Sites").contains("'東京タワー'"));
+}
+
+TEST_F(ImportTest, EveryValueOfASiteReachesItsColumn) {
+  CreateFilesWith({SiteEntry()});
+  EXPECT_EQ(
+      Rows(Path("m"),
+           "SELECT SiteIdentifier, SectorName, AntennaPosition, AzimuthOffsetDegrees, LinuxTimeUTC, "
+           "TiltInversionEnabled, Note, RollPrecision FROM AntennaAlignment JOIN Sites USING (SiteKey)"),
+      QStringList{"'Åsgård'|'Alpha'|'Høyt'|90.0|1715670753|1|'Grüße, \"Ole\"\\nline 2'|2"});
+  EXPECT_EQ(Rows(Path("m"), "SELECT * FROM Orientation"),
+            (QStringList{"1|0.5|-2.25|0.125", "2|359.75|-2.5|0.375"}));
+  EXPECT_EQ(Rows(Path("m"), "SELECT TargetOrientationKey, MeasuredOrientationKey FROM AntennaAlignment"),
+            QStringList{"1|2"});
+  EXPECT_EQ(Rows(Path("m"), "SELECT * FROM Geolocation"), QStringList{"1|59.318742|10.477905|38.5"});
+  EXPECT_EQ(Rows(Path("m"), "SELECT * FROM Height"), QStringList{"1|31.5|3"});
+  EXPECT_EQ(Rows(Path("t"), "SELECT * FROM AntennaAlignmentThresholds"), QStringList{"1|1|1|1.5|0.125|0.0"});
+}
+
+TEST_F(ImportTest, EveryValueOfAPathReachesItsColumn) {
+  CreateFilesWith({PathEntry()});
+  EXPECT_EQ(Rows(Path("m"),
+                 "SELECT PathIdentifier, AzimuthOffset, LinuxTimeUTC, TiltInversionEnabled, c.*, g.* FROM "
+                 "PathAlignment a JOIN Paths USING (PathKey) JOIN Geolocation c ON c.GeolocationKey = "
+                 "a.PathLocationKey JOIN Geolocation g ON g.GeolocationKey = a.LocationKey"),
+            QStringList{"'Żuławy'|90.0|1715670753|1|1|54.152287|19.408831|27.75|2|59.318742|10.477905|38.5"});
+  EXPECT_EQ(Rows(Path("t"), "SELECT * FROM PathAlignmentThresholds"), QStringList{"1|1|1|1.5|0.25|1000.5"});
+}
+
+struct Fault {
+  QJsonObject entry;
+  const char* message;
+};
+
+const QJsonValue Nothing = QJsonValue::Undefined;
+const char* const NotThatTime = "time must be a time such as 2024-05-14T09:12:33+02:00";
+const char* const OutsideTime = "time must lie from 1970-01-01T00:00:00Z to 2106-02-07T06:28:14Z";
+
+std::vector<Fault> Faults() {
+  return {
+      {With(SiteEntry(), "kind", Nothing), "kind is missing"},
+      {With(SiteEntry(), "kind", "mast"), "kind must be site or path"},
+      {With(SiteEntry(), "identifier", Nothing), "identifier is missing"},
+      {With(PathEntry(), "identifier", ""), "identifier must not be empty"},
+      {With(SiteEntry(), "sector", 1), "sector must be a text"},
+      {With(SiteEntry(), "sector", QJsonObject()), "sector must be a text"},
+      {With(SiteEntry(), "sector", QString::fromLatin1("A\0B", 3)),
+       "sector must not hold NUL or half a surrogate pair: the files cannot keep them"},
+      {With(SiteEntry(), "options.note", Nothing), "options.note is missing"},
+      {With(SiteEntry(), "height.unit", "m"), "height.unit is not a field of a site alignment"},
+      {With(SiteEntry(), "farEnd.latitude", 1), "farEnd.latitude is not a field of a site alignment"},
+      {With(PathEntry(), "sector", "A"), "sector is not a field of a path alignment"},
+      {With(PathEntry(), "options.thresholds.roll", 1),
+       "options.thresholds.roll is not a field of a path alignment"},
+      {With(PathEntry(), "farEnd.elevation", Nothing), "farEnd.elevation is missing"},
+      {With(SiteEntry(), "target", 12), "target must be an object"},
+      {With(SiteEntry(), "target.azimuth", "12"), "target.azimuth must be a number from -360 to 360"},
+      {With(SiteEntry(), "measured.azimuth", 360.5), "measured.azimuth must be a number from -360 to 360"},
+      {With(SiteEntry(), "measured.azimuth", QJsonValue::Null),
+       "measured.azimuth must be a number from -360 to 360"},
+      {With(PathEntry(), "target.tilt", 90.01), "target.tilt must be a number from -90 to 90"},
+      {With(PathEntry(), "measured.roll", -180.5), "measured.roll must be a number from -180 to 180"},
+      {With(SiteEntry(), "location.latitude", 90.0001), "location.latitude must be a number from -90 to 90"},
+      {With(PathEntry(), "farEnd.longitude", -180.0001),
+       "farEnd.longitude must be a number from -180 to 180"},
+      {With(PathEntry(), "farEnd.elevation", 20000.1),
+       "farEnd.elevation must be a number from -1000 to 20000"},
+      {With(PathEntry(), "height.value", -1000.1), "height.value must be a number from -1000 to 20000"},
+      {With(SiteEntry(), "height.source", "laser"),
+       "height.source must be unknown, manual, barometric, gps or a whole number"},
+      {With(SiteEntry(), "height.source", 1.5),
+       "height.source must be unknown, manual, barometric, gps or a whole number"},
+      {With(SiteEntry(), "options.tiltInversion", 1), "options.tiltInversion must be true or false"},
+      {With(SiteEntry(), "options.rollPrecision", 0.5),
+       "options.rollPrecision must be a whole number from -2147483648 to 2147483647"},
+      {With(SiteEntry(), "options.rollPrecision", 2147483648.0),
+       "options.rollPrecision must be a whole number from -2147483648 to 2147483647"},
+      {With(SiteEntry(), "options.thresholds.roll", -0.5),
+       "options.thresholds.roll must be a number from 0 to 180"},
+      {With(SiteEntry(), "time", 1715670753), NotThatTime},
+      {With(SiteEntry(), "time", "yesterday"), NotThatTime},
+      {With(SiteEntry(), "time", "2024-02-30T00:00:00Z"), NotThatTime},
+      {With(SiteEntry(), "time", "2024-05-14T09:12:33"), "time must end with an offset from UTC or Z"},
+      {With(SiteEntry(), "time", "2024-05-14T09:12:33.250Z"), "time must be a whole second"},
+      {With(SiteEntry(), "time", "1970-01-01T00:59:59+01:00"), OutsideTime},
+      {With(SiteEntry(), "time", "2106-02-07T06:28:15Z"), OutsideTime}};
+}
+
+TEST_F(ImportTest, AFaultIsNamedAndNothingIsSaved) {
+  CreateFiles();
+  const QByteArray before = ReadFile("m");
+  for (const Fault& fault : Faults()) {
+    WriteJson("in.json", {SiteEntry(), fault.entry, PathEntry()});
+    ExpectFailure({"import", "m", "t", "in.json"},
+                  QString("in.json: entry 2: %1\nnothing was saved").arg(fault.message));
+  }
+  EXPECT_EQ(ReadFile("m"), before);
+}
+
+TEST_F(ImportTest, EveryFaultIsNamed) {
+  CreateFiles();
+  WriteFile("in.json", R"([{"kind": "site"}, 7, {"identifier": "P"}])");
+  const Outcome outcome = Run({"import", "m", "t", "in.json"});
+  EXPECT_EQ(outcome.status, 1);
+  const QStringList lines = outcome.err.split('\n');
+  EXPECT_EQ(lines.first(), "tarnbeam-db: in.json: entry 1: identifier is missing");
+  EXPECT_EQ(lines.at(1), "tarnbeam-db: in.json: entry 1: sector is missing");
+  EXPECT_EQ(lines.mid(lines.size() - 4),
+            (QStringList{"tarnbeam-db: in.json: entry 1: options.thresholds.azimuth is missing", "and 4 more",
+                         "nothing was saved", ""}))
+      << outcome.err.toStdString();
+}
+
+TEST_F(ImportTest, FilesThatHoldNoAlignments) {
+  CreateFiles();
+  WriteFile("broken.json", "[\n{\"kind\": \"site\",\n]");
+  WriteFile("object.json", "{}");
+  WriteFile("none.json", "[]");
+  ExpectFailure({"import", "m", "t", "broken.json"}, "broken.json: line 3: unterminated object");
+  ExpectFailure({"import", "m", "t", "object.json"}, "object.json: must be an array of alignments");
+  ExpectFailure({"import", "m", "t", "gone.json"}, "gone.json: No such file or directory");
+  EXPECT_EQ(RunWell({"import", "m", "t", "none.json"}), "0 alignments saved, 0 of sites and 0 of paths\n");
+}
+
+TEST_F(ImportTest, LimitsOfTheRangesAreWithin) {
+  CreateFilesWith({With(With(SiteEntry("first"), "time", "1970-01-01T00:00:00Z"), "target.azimuth", -360),
+                   With(With(SiteEntry("last"), "time", "2106-02-07T06:28:14Z"), "target.azimuth", 360),
+                   With(SiteEntry("number"), "height.source", -2147483648.0),
+                   With(PathEntry("none"), "options.thresholds.pathLength", -1)});
+  EXPECT_EQ(Rows(Path("m"), "SELECT LinuxTimeUTC & 4294967295 FROM AntennaAlignment LIMIT 2"),
+            (QStringList{"0", "4294967294"}));
+  const QJsonArray exported = QJsonDocument::fromJson(RunWell({"export", "m", "t"}).toUtf8()).array();
+  EXPECT_EQ(exported.at(0)["time"].toString(), "1970-01-01T00:00:00Z");
+  EXPECT_EQ(exported.at(1)["time"].toString(), "2106-02-07T06:28:14Z");
+  EXPECT_EQ(exported.at(2)["height"]["source"].toDouble(), -2147483648.0);
+}
+
+TEST_F(ImportTest, ExportIntoNewFilesGivesEqualReports) {
+  CreateFiles();
+  RunWell({"import", "m", "t", TARNBEAM_EXAMPLE});
+  // A float has its own shortest form; these need the most digits that there are.
+  WriteJson("digits.json",
+            {With(With(SiteEntry("digits"), "measured.tilt", 0.1), "measured.azimuth", 299.999969482421875),
+             With(With(PathEntry("digits"), "location.latitude", 0.1 + 0.2), "location.longitude",
+                  -179.99999999999997)});
+  RunWell({"import", "m", "t", "digits.json"});
+  const QString exported = RunWell({"export", "m", "t"});
+  WriteFile("out.json", exported.toUtf8());
+  RunWell({"create", "m2", "t2"});
+  RunWell({"import", "m2", "t2", "out.json"});
+  EXPECT_EQ(RunWell({"export", "m2", "t2"}), exported);
+  for (const char* file : {"m", "m2"}) {
+    EXPECT_EQ(Rows(Path(file),
+                   "SELECT count(*) FROM Orientation WHERE AzimuthDegrees = 299.999969482421875 AND "
+                   "TiltDegrees = 0.100000001490116119384765625"),
+              QStringList{"1"});
+    EXPECT_EQ(Rows(Path(file),
+                   "SELECT count(*) FROM Geolocation WHERE LatitudeDegreesNorth = 0.1 + 0.2 AND "
+                   "LongitudeDegreesEast = -179.99999999999997"),
+              QStringList{"1"});
+  }
+}
+
+TEST_F(ImportTest, AnInfiniteNumberIsNotExported) {
+  CreateFilesWith({SiteEntry("S")});
+  RunSql(Path("m"), "UPDATE Height SET HeightInMeters = 9e999");
+  ExpectFailure({"export", "m", "t"}, "site S: height.value is no number that JSON can hold");
+}
+
+TEST_F(ImportTest, ASaveThatFailsIsSaid) {
+  CreateFiles();
+  WriteJson("in.json", {SiteEntry("S"), PathEntry("P"), SiteEntry("T")});
+  RunSql(Path("m"), "CREATE TRIGGER full BEFORE INSERT ON Paths BEGIN SELECT RAISE(FAIL, 'full'); END");
+  const Outcome outcome = Run({"import", "m", "t", "in.json"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err.section('\n', 0, 0),
+            "tarnbeam-db: in.json: entry 2: could not be saved; the entries before it were");
+  EXPECT_EQ(Rows(Path("m"), "SELECT SiteIdentifier FROM Sites"), QStringList{"'S'"});
+}
+
+TEST_F(ImportTest, AFileLockedByAnotherIsSaidWithTheLibrarysLines) {
+  CreateFiles();
+  WriteJson("in.json", {SiteEntry("S")});
+  sqlite3* other = nullptr;
+  ASSERT_EQ(sqlite3_open(Path("t").toUtf8().constData(), &other), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  const Outcome outcome = Run({"import", "m", "t", "in.json"});
+  sqlite3_close(other);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.out, QString());
+  EXPECT_EQ(outcome.err.section('\n', 0, 0),
+            "tarnbeam-db: in.json: entry 1: could not be saved; the entries before it were");
+}
+
+}  // namespace

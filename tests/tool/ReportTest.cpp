@@ -1,0 +1,151 @@
+// Reports in all forms.
+#include <QJsonDocument>
+#include <QProcess>
+
+#include "tests/tool/ToolTest.h"
+
+namespace {
+
+class ReportTest : public ToolTest {
+ protected:
+  void SetUp() override { CreateFilesWith({SiteEntry(), SiteEntry(QStringLiteral("B")), PathEntry()}); }
+
+  QString Report(const QString& option, const QString& identifier, const QString& format) {
+    return RunWell({"report", "m", "t", option, identifier, "--format", format});
+  }
+};
+
+TEST_F(ReportTest, TableOfASite) {
+  EXPECT_EQ(
+      RunWell({"report", "m", "t", "--site", "Åsgård"}),
+      QString("Site Åsgård: 1 report\n"
+              "\n"
+              "Report 0 (alignment key 1)\n"
+              "  identifier           Åsgård\n"
+              "  sector               Alpha\n"
+              "  position             Høyt\n"
+              "  time                 2024-05-14T07:12:33Z\n"
+              "  target               azimuth 0.5 °             tilt -2.25 °              roll 0.125 °\n"
+              "  measured             azimuth 359.75 °          tilt -2.5 °               roll 0.375 °\n"
+              "  location             latitude 59.318742 °N     longitude 10.477905 °E    elevation 38.5 m\n"
+              "  height               value 31.5 m              source gps\n"
+              "  options              azimuthOffset 90 °        tiltInversion true        "
+              "rollPrecision 2           note Grüße, \"Ole\"\\nline 2\n"
+              "  options.thresholds   azimuth 1.5 °             tilt 0.125 °              roll 0 °\n"
+              "  deviation            azimuth -0.75 °: pass     tilt -0.25 °: fail        "
+              "roll +0.25 °: no threshold\n"));
+}
+
+TEST_F(ReportTest, TableOfAPath) {
+  EXPECT_EQ(
+      RunWell({"report", "m", "t", "--path", "Żuławy"}),
+      QString("Path Żuławy: 1 report\n"
+              "\n"
+              "Report 0 (alignment key 1)\n"
+              "  identifier           Żuławy\n"
+              "  time                 2024-05-14T07:12:33Z\n"
+              "  target               azimuth 0.5 °             tilt -2.25 °              roll 0.125 °\n"
+              "  measured             azimuth 359.75 °          tilt -2.5 °               roll 0.375 °\n"
+              "  location             latitude 59.318742 °N     longitude 10.477905 °E    elevation 38.5 m\n"
+              "  farEnd               latitude 54.152287 °N     longitude 19.408831 °E    elevation 27.75 m\n"
+              "  height               value 31.5 m              source gps\n"
+              "  options              azimuthOffset 90 °        tiltInversion true        "
+              "note Grüße, \"Ole\"\\nline 2\n"
+              "  options.thresholds   azimuth 1.5 °             tilt 0.25 °               pathLength 1000.5\n"
+              "  deviation            azimuth -0.75 °: pass     tilt -0.25 °: pass\n"));
+}
+
+TEST_F(ReportTest, CsvOfASite) {
+  EXPECT_EQ(
+      Report("--site", "Åsgård", "csv"),
+      QString("index,key,kind,identifier,sector,position,time,target.azimuth [°],target.tilt [°],"
+              "target.roll [°],measured.azimuth [°],measured.tilt [°],measured.roll [°],"
+              "location.latitude [°N],location.longitude [°E],location.elevation [m],height.value [m],"
+              "height.source,options.azimuthOffset [°],options.tiltInversion,options.rollPrecision,"
+              "options.note,options.thresholds.azimuth [°],options.thresholds.tilt [°],"
+              "options.thresholds.roll [°]\n"
+              "0,1,site,Åsgård,Alpha,Høyt,2024-05-14T07:12:33Z,0.5,-2.25,0.125,359.75,-2.5,0.375,"
+              "59.318742,10.477905,38.5,31.5,gps,90,true,2,\"Grüße, \"\"Ole\"\"\nline 2\",1.5,0.125,0\n"));
+}
+
+TEST_F(ReportTest, JsonIsWhatWasImported) {
+  const auto asJson = [](const QString& text) { return QJsonDocument::fromJson(text.toUtf8()).array(); };
+  EXPECT_EQ(asJson(Report("--site", "Åsgård", "json")),
+            QJsonArray{With(SiteEntry(), "time", "2024-05-14T07:12:33Z")});
+  EXPECT_EQ(asJson(Report("--path", "Żuławy", "json")),
+            QJsonArray{With(PathEntry(), "time", "2024-05-14T07:12:33Z")});
+}
+
+TEST_F(ReportTest, JsonCanBeImportedAgain) {
+  const QString json = Report("--path", "Żuławy", "json");
+  WriteFile("again.json", json.toUtf8());
+  RunWell({"create", "m2", "t2"});
+  EXPECT_EQ(RunWell({"import", "m2", "t2", "again.json"}), "1 alignment saved, 0 of sites and 1 of paths\n");
+  EXPECT_EQ(RunWell({"report", "m2", "t2", "--path", "Żuławy", "--format", "json"}), json);
+}
+
+TEST_F(ReportTest, UnknownIdentifier) {
+  ExpectFailure({"report", "m", "t", "--site", "Żuławy"}, "m: there is no site Żuławy");
+  ExpectFailure({"report", "m", "t", "--path", "nowhere"}, "m: there is no path nowhere");
+}
+
+TEST_F(ReportTest, OutputThatCannotBeWrittenIsAFailure) {
+  QProcess process;
+  process.setWorkingDirectory(Path("."));
+  process.setStandardOutputFile("/dev/full");
+  process.start(TARNBEAM_TOOL, {"list", "m", "t"});
+  ASSERT_TRUE(process.waitForFinished());
+  EXPECT_EQ(process.exitCode(), 1);
+  EXPECT_EQ(process.readAllStandardError(), "tarnbeam-db: standard output cannot be written\n");
+}
+
+TEST_F(ReportTest, DebugLinesAreShownWhereAskedFor) {
+  EXPECT_EQ(Run({"report", "m", "t", "--path", "Żuławy", "--verbose"}).err.count("sqlite3_close failed with"),
+            2);
+}
+
+#ifdef TARNBEAM_TOOL_DRAWS
+
+TEST_F(ReportTest, PageIsNamedByTheContainer) {
+  EXPECT_EQ(RunWell({"report", "m", "t", "--site", "Åsgård", "--pdf", "."}), "./Åsgård-A-Report.pdf\n");
+  EXPECT_EQ(RunWell({"report", "m", "t", "--path", "Żuławy", "--pdf", "."}), "./Żuławy-M-Report.pdf\n");
+  const QByteArray page = ReadFile("Åsgård-A-Report.pdf");
+  EXPECT_TRUE(page.startsWith("%PDF-"));
+  EXPECT_TRUE(page.trimmed().endsWith("%%EOF"));
+  EXPECT_EQ(page.count("/Type /Page\n"), 1);
+}
+
+TEST_F(ReportTest, ManyReportsTakeSeveralPages) {
+  QJsonArray entries;
+  for (int number = 0; number < 20; ++number) entries.append(SiteEntry("B", QString::number(number)));
+  WriteJson("more.json", entries);
+  RunWell({"import", "m", "t", "more.json"});
+  RunWell({"report", "m", "t", "--site", "B", "--pdf", "."});
+  // 21 blocks of which between three and seven fit.
+  const int pages = ReadFile("B-A-Report.pdf").count("/Type /Page\n");
+  EXPECT_GE(pages, 3);
+  EXPECT_LE(pages, 7);
+}
+
+TEST_F(ReportTest, AFolderInTheIdentifierIsNone) {
+  WriteJson("slash.json", {SiteEntry("../a/b")});
+  RunWell({"import", "m", "t", "slash.json"});
+  EXPECT_EQ(RunWell({"report", "m", "t", "--site", "../a/b", "--pdf", "."}), "./.._a_b-A-Report.pdf\n");
+}
+
+TEST_F(ReportTest, PageThatCannotBeWritten) {
+  ExpectFailure({"report", "m", "t", "--site", "B", "--pdf", "none"}, "none: no such folder");
+  ExpectFailure({"report", "m", "t", "--site", "B", "--pdf", "/proc"},
+                "/proc/B-A-Report.pdf: cannot be written");
+}
+
+#else
+
+TEST_F(ReportTest, ThereAreNoPagesWithoutQtGui) {
+  ExpectFailure({"report", "m", "t", "--site", "B", "--pdf", "."},
+                "this program was built without Qt GUI, so it cannot write PDF");
+}
+
+#endif
+
+}  // namespace

@@ -1,0 +1,131 @@
+#include "tests/tool/ToolTest.h"
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QProcess>
+
+namespace {
+
+QString Text(const char* utf8) { return QString::fromUtf8(utf8); }
+
+QJsonObject Angles(double azimuth, double tilt, double roll) {
+  return {{"azimuth", azimuth}, {"tilt", tilt}, {"roll", roll}};
+}
+
+QJsonObject Position(double latitude, double longitude, double elevation) {
+  return {{"latitude", latitude}, {"longitude", longitude}, {"elevation", elevation}};
+}
+
+// What both kinds have.
+QJsonObject Entry(const char* kind, const QString& identifier, const QJsonObject& thresholds) {
+  return {{"kind", kind},
+          {"identifier", identifier},
+          {"time", "2024-05-14T09:12:33+02:00"},
+          {"target", Angles(0.5, -2.25, 0.125)},
+          {"measured", Angles(359.75, -2.5, 0.375)},
+          {"location", Position(59.318742, 10.477905, 38.5)},
+          {"height", QJsonObject{{"value", 31.5}, {"source", "gps"}}},
+          {"options", QJsonObject{{"azimuthOffset", 90},
+                                  {"tiltInversion", true},
+                                  {"note", Text("Grüße, \"Ole\"\nline 2")},
+                                  {"thresholds", thresholds}}}};
+}
+
+}  // namespace
+
+Outcome ToolTest::Run(const QStringList& words, const QString& terminalInput) {
+  QProcess process;
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.insert("LC_ALL", "C");
+  process.setProcessEnvironment(environment);
+  process.setWorkingDirectory(folder_.Folder());
+  int terminal = -1;
+  if (terminalInput.isEmpty()) {
+    process.setStandardInputFile(QProcess::nullDevice());
+  } else {
+    terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    EXPECT_TRUE(grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    process.setStandardInputFile(QString::fromLatin1(ptsname(terminal)));
+    const QByteArray typed = terminalInput.toUtf8();
+    EXPECT_EQ(write(terminal, typed.constData(), static_cast<size_t>(typed.size())), typed.size());
+  }
+  process.start(TARNBEAM_TOOL, words);
+  constexpr int Patience = 60'000;
+  EXPECT_TRUE(process.waitForFinished(Patience)) << process.errorString().toStdString();
+  if (terminal >= 0) close(terminal);
+  EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+  return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+          QString::fromUtf8(process.readAllStandardError())};
+}
+
+QString ToolTest::RunWell(const QStringList& words) {
+  const Outcome outcome = Run(words);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, QString());
+  return outcome.out;
+}
+
+void ToolTest::ExpectFailure(const QStringList& words, const QString& message, int status) {
+  const Outcome outcome = Run(words);
+  EXPECT_EQ(outcome.status, status);
+  EXPECT_EQ(outcome.out, QString());
+  EXPECT_EQ(outcome.err, "tarnbeam-db: " + message + "\n");
+}
+
+void ToolTest::CreateFiles() { EXPECT_EQ(RunWell({"create", "m", "t"}), "created m\ncreated t\n"); }
+
+void ToolTest::CreateFilesWith(const QJsonArray& entries) {
+  CreateFiles();
+  WriteJson("in.json", entries);
+  RunWell({"import", "m", "t", "in.json"});
+}
+
+void ToolTest::WriteFile(const QString& name, const QByteArray& content) {
+  QFile file(Path(name));
+  EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+  EXPECT_EQ(file.write(content), content.size());
+}
+
+void ToolTest::WriteJson(const QString& name, const QJsonArray& entries) {
+  WriteFile(name, QJsonDocument(entries).toJson());
+}
+
+QByteArray ToolTest::ReadFile(const QString& name) {
+  QFile file(Path(name));
+  EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
+  return file.readAll();
+}
+
+QStringList ToolTest::FilesInFolder() const {
+  return QDir(folder_.Folder()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+QJsonObject SiteEntry(const QString& identifier, const QString& sector) {
+  QJsonObject entry = Entry("site", identifier, {{"azimuth", 1.5}, {"tilt", 0.125}, {"roll", 0}});
+  entry["sector"] = sector;
+  entry["position"] = Text("Høyt");
+  return With(entry, "options.rollPrecision", 2);
+}
+
+QJsonObject PathEntry(const QString& identifier) {
+  QJsonObject entry = Entry("path", identifier, {{"azimuth", 1.5}, {"tilt", 0.25}, {"pathLength", 1000.5}});
+  entry["farEnd"] = Position(54.152287, 19.408831, 27.75);
+  return entry;
+}
+
+QJsonObject With(QJsonObject entry, const QString& name, const QJsonValue& value) {
+  const int dot = name.indexOf('.');
+  if (dot >= 0) {
+    entry[name.left(dot)] = With(entry[name.left(dot)].toObject(), name.mid(dot + 1), value);
+  } else if (value.isUndefined()) {
+    entry.remove(name);
+  } else {
+    entry[name] = value;
+  }
+  return entry;
+}

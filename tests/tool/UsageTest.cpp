@@ -1,0 +1,75 @@
+// Arguments, help, exit status.
+#include "tests/tool/ToolTest.h"
+
+namespace {
+
+const QString Hint = QStringLiteral("\nTry 'tarnbeam-db --help' or 'tarnbeam-db COMMAND --help'.");
+
+struct Misuse {
+  QStringList words;
+  const char* message;
+};
+
+class WrongUsageTest : public ToolTest, public testing::WithParamInterface<Misuse> {};
+
+TEST_P(WrongUsageTest, IsSaidAndTouchesNothing) {
+  ExpectFailure(GetParam().words, GetParam().message + Hint, 2);
+  EXPECT_EQ(FilesInFolder(), QStringList());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Usage, WrongUsageTest,
+    testing::Values(
+        Misuse{{}, "a command has to be given"}, Misuse{{"crate"}, "there is no command crate"},
+        Misuse{{"create"}, "MAIN is missing"}, Misuse{{"create", "m"}, "THRESHOLDS is missing"},
+        Misuse{{"create", "m", "t", "x"}, "x is one too many"},
+        Misuse{{"import", "m", "t"}, "FILE.json is missing"}, Misuse{{"list", "m"}, "THRESHOLDS is missing"},
+        Misuse{{"check"}, "MAIN is missing"}, Misuse{{"check", "m", "t", "x"}, "x is one too many"},
+        Misuse{{"version"}, "MAIN is missing"}, Misuse{{"migrate", "m", "b"}, "b is one too many"},
+        Misuse{{"migrate", "m", "--backup"}, "Missing value after '--backup'."},
+        Misuse{{"export", "m"}, "THRESHOLDS is missing"}, Misuse{{"preferences"}, "MAIN is missing"},
+        Misuse{{"list", "m", "t", "--site", "S"}, "Unknown option 'site'."},
+        Misuse{{"report", "m", "t"}, "either --site or --path has to be given"},
+        Misuse{{"report", "m", "t", "--site", "S", "--path", "P"}, "either --site or --path has to be given"},
+        Misuse{{"report", "m", "t", "--site", "S", "--format", "xml"}, "--format must be table, json or csv"},
+        Misuse{{"report", "m", "t", "--site", "S", "--format", "csv", "--pdf", "."},
+               "--format and --pdf exclude each other"},
+        Misuse{{"delete", "m", "t"}, "either --site or --path has to be given"},
+        Misuse{{"delete", "m", "t", "--site", "S", "--index", "one"}, "--index must be a number from 0"},
+        Misuse{{"delete", "m", "t", "--site", "S", "--index=-1"}, "--index must be a number from 0"}));
+
+struct Help {
+  const char* command;
+  const char* usage;
+};
+
+class HelpTest : public ToolTest, public testing::WithParamInterface<Help> {};
+
+TEST_P(HelpTest, NamesOperandsAndOptions) {
+  const QString command = GetParam().command;
+  const QString text = RunWell({command, "--help"});
+  EXPECT_EQ(text.section('\n', 0, 0), QString("Usage: tarnbeam-db %1").arg(GetParam().usage));
+  EXPECT_TRUE(text.contains("\n  --verbose ")) << text.toStdString();
+  EXPECT_EQ(text.contains("  --site <ID> "), command == "report" || command == "delete");
+  EXPECT_TRUE(RunWell({"--help"}).contains("\n  " + command + " "));
+}
+
+INSTANTIATE_TEST_SUITE_P(Usage, HelpTest,
+                         testing::Values(Help{"create", "create MAIN THRESHOLDS [options]"},
+                                         Help{"import", "import MAIN THRESHOLDS FILE.json [options]"},
+                                         Help{"list", "list MAIN THRESHOLDS [options]"},
+                                         Help{"report", "report MAIN THRESHOLDS [options]"},
+                                         Help{"delete", "delete MAIN THRESHOLDS [options]"},
+                                         Help{"version", "version MAIN [options]"},
+                                         Help{"migrate", "migrate MAIN [options]"},
+                                         Help{"check", "check MAIN [THRESHOLDS] [options]"},
+                                         Help{"export", "export MAIN THRESHOLDS [options]"},
+                                         Help{"preferences", "preferences MAIN THRESHOLDS [options]"}));
+
+using UsageTest = ToolTest;
+
+TEST_F(UsageTest, VersionOfTheProgram) {
+  EXPECT_EQ(RunWell({"--version"}), "tarnbeam-db " TARNBEAM_VERSION "\n");
+}
+
+}  // namespace
