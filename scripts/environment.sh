@@ -55,13 +55,14 @@ configure() {
 
 scratch_folder=/opt/tarnbeam/database
 
-# with_scratch_folder COMMAND...: runs it where conversions find the folder that they work through. Where
-# this user can neither write nor make it, the command gets a user and mount namespace of its own.
+# with_scratch_folder COMMAND...: runs it where conversions find the folder that they work through. A user and
+# mount namespace of its own is preferred: the folder is in memory there, and never the one that the files of
+# an instrument go through. Where that is not allowed, the folder itself is made.
 with_scratch_folder() {
-  if mkdir -p "$scratch_folder" 2>/dev/null && [ -w "$scratch_folder" ]; then
-    "$@"
-  elif unshare --user --map-root-user --mount true 2>/dev/null; then
+  if unshare --user --map-root-user --mount true 2>/dev/null; then
     unshare --user --map-root-user --mount bash -euc "$own_scratch_folder" - "$scratch_folder" "$@"
+  elif mkdir -p "$scratch_folder" 2>/dev/null && [ -w "$scratch_folder" ]; then
+    "$@"
   else
     fail "Conversions work in $scratch_folder, which this user cannot write to, and user namespaces are" \
       "not allowed here. Make the folder once: sudo install -d -o $(id -un) $scratch_folder"
