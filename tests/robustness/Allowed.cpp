@@ -227,11 +227,12 @@ QString Allowed::ScreensRestore(const Outcome& outcome, const Outcome& clean, Fa
   return Unless(results.contains(outcome.result), "false, yet restored");
 }
 
-QString Allowed::Interrupted(const Change& main, const Change& thresholds, const Outcome& clean, bool rowByRow) {
+// Only the two screens are committed one after the other; of the rest the site's screen has no row.
+QString Allowed::Interrupted(const Change& main, const Change& thresholds, const Outcome& clean) {
   if (main == clean.main) return Unless(IsNoneOr(thresholds, clean.thresholds), "half the thresholds");
   if (!thresholds.IsNone()) return QStringLiteral("thresholds before the main file");
   if (main.IsNone()) return {};
   const QStringList site = {QStringLiteral("SiteScreenContents")};
   const Change siteAlone = {OfTables(clean.main.made, site), OfTables(clean.main.gone, site)};
-  return Unless(rowByRow && main == siteAlone, "half an operation");
+  return Unless(main == siteAlone, "half an operation");
 }

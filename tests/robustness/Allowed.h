@@ -24,6 +24,6 @@ QString ScreensRestore(const Outcome& outcome, const Outcome& clean, FaultLevel 
 
 // What a writing operation may have left when its process ended on the way: nothing, or what it commits
 // first, or all of it.
-QString Interrupted(const Change& main, const Change& thresholds, const Outcome& clean, bool rowByRow);
+QString Interrupted(const Change& main, const Change& thresholds, const Outcome& clean);
 
 }  // namespace Allowed

@@ -1,27 +1,20 @@
 // Every call that an operation of a store makes to SQLite fails in turn, once, with every code it may answer.
 #include <sqlite3.h>
 
-#include "tests/robustness/StoreOperations.h"
-#include "tests/robustness/Sweep.h"
+#include "tests/robustness/SweptOperation.h"
 #include "tests/support/ChildProcess.h"
-#include "tests/support/LogCapture.h"
 
 namespace {
 
-class FaultSweep : public testing::TestWithParam<VersionAndOperation> {
- protected:
-  static void SetUpTestSuite() { tally_ = new Tally("fault sweep of the stores"); }
-  static void TearDownTestSuite() {
-    delete tally_;
-    tally_ = nullptr;
-  }
+class FaultSweep : public SweptOperation<FaultSweep> {
+ public:
+  static constexpr char title[] = "fault sweep of the stores";
 
+ protected:
   void SetUp() override {
     SqliteCalls::Record();
-    clean_ = RunOn(scene_, operation_, version_);
+    RunClean();
     calls_ = SweptCalls(SqliteCalls::TakeTrace());
-    cleanLines_ = log_.TakeLines();
-    ASSERT_TRUE(IsFullResult(clean_.result)) << clean_.result.toStdString();
     ASSERT_FALSE(calls_.isEmpty());
   }
 
@@ -36,7 +29,7 @@ class FaultSweep : public testing::TestWithParam<VersionAndOperation> {
     ExpectConnections(calls_[number - 1]);
     SqliteCalls::CloseLeaked();
     SqliteCalls::Reset();
-    ++tally_->failed;
+    ++GetTally().failed;
     return {result, scene_.MainChange(), scene_.ThresholdsChange()};
   }
 
@@ -57,13 +50,6 @@ class FaultSweep : public testing::TestWithParam<VersionAndOperation> {
     const bool logged = !lines.isEmpty() || failed.startsWith(QLatin1String("step"));
     EXPECT_TRUE(logged) << "nothing is logged";
     EXPECT_EQ(log_.Misfits(), QStringList());
-  }
-
-  void ExpectNextCallWorks() {
-    if (operation_.alters && version_.AltersTables() && !ReadFile(scene_.Main()).isEmpty()) return;
-    const Outcome next = RunOn(scene_, operation_, version_);
-    EXPECT_TRUE(IsFullResult(next.result)) << next.result.toStdString();
-    EXPECT_EQ(log_.TakeLines().filter(QStringLiteral(" failed")).filter(QStringLiteral("SQL")), QStringList());
   }
 
   void FailCall(int number, int code) {
@@ -89,8 +75,8 @@ class FaultSweep : public testing::TestWithParam<VersionAndOperation> {
       operation_.run(version_, scene_.Main(), scene_.Thresholds());
     });
     EXPECT_EQ(status, Fault::KilledStatus);
-    ++tally_->failed;
-    ++tally_->spun;
+    ++GetTally().failed;
+    ++GetTally().spun;
     scene_.ExpectSound();
     EXPECT_TRUE(scene_.MainChange().IsNone());
     EXPECT_TRUE(scene_.ThresholdsChange().IsNone());
@@ -102,17 +88,8 @@ class FaultSweep : public testing::TestWithParam<VersionAndOperation> {
            call == QLatin1String("prepare_v2 ") + QLatin1String(operation_.spinsWithout) + QLatin1String(" = 0");
   }
 
-  static Tally* tally_;
-  const StoreVersion& version_ = std::get<StoreVersion>(GetParam());
-  const StoreOperation& operation_ = std::get<StoreOperation>(GetParam());
-  LogCapture log_;
-  Scene scene_{StartOf(operation_, version_)};
-  Outcome clean_;
   QStringList calls_;
-  QStringList cleanLines_;
 };
-
-Tally* FaultSweep::tally_ = nullptr;
 
 TEST_P(FaultSweep, EveryCallFailsOnce) {
   for (const int number : Swept(calls_.size(), 7)) {
@@ -124,6 +101,6 @@ TEST_P(FaultSweep, EveryCallFailsOnce) {
   }
 }
 
-INSTANTIATE_FOR_ALL_OPERATIONS(FaultSweep);
+INSTANTIATE_FOR_OPERATIONS(FaultSweep, StoreOperation::All());
 
 }  // namespace

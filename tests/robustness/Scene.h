@@ -61,3 +61,10 @@ class Scene {
   QStringList mainLines_;
   QStringList thresholdsLines_;
 };
+
+inline void PrintTo(const Change& change, std::ostream* out) {
+  *out << "made ";
+  PrintTo(change.made, out);
+  *out << "; gone ";
+  PrintTo(change.gone, out);
+}

@@ -191,31 +191,39 @@ const std::vector<StoreOperation>& StoreOperation::All() {
   static constexpr char siteRows[] = "DELETE FROM AntennaAlignment WHERE SiteKey = ?";
   static constexpr char pathRows[] = "DELETE FROM PathAlignment WHERE PathKey = ?";
   static const std::vector<StoreOperation> operations = {
-      {"CreateTables", false, &Run<CreateTables>, &Allowed::Creation, 0, false, false, nullptr, true},
-      {"ProbeVersion", true, &ProbeVersion, &Allowed::Reading},
-      {"SaveNewSite", true, &Run<SaveNewSite>, &Allowed::Save},
-      {"SaveKnownSite", true, &Run<SaveKnownSite>, &Allowed::Save},
-      {"SaveNewPath", true, &Run<SaveNewPath>, &Allowed::Save},
-      {"SaveKnownPath", true, &Run<SaveKnownPath>, &Allowed::Save},
-      {"SiteIdentifiers", true, &Run<SiteIdentifiers>, &Allowed::Listing},
-      {"PathIdentifiers", true, &Run<PathIdentifiers>, &Allowed::Listing},
-      {"SiteReports", true, &Run<SiteReports>, &Allowed::SiteReports},
-      {"PathReports", true, &Run<PathReports>, &Allowed::PathReports, 2},
-      {"DeleteSite", true, &Run<DeleteSite>, &Allowed::SiteDeletion, 0, true, true, siteRows},
-      {"DeletePath", true, &Run<DeletePath>, &Allowed::PathDeletion, 0, true, true, pathRows},
-      {"DeleteSiteReport", true, &Run<DeleteSiteReport>, &Allowed::ReportDeletion, 0, true},
-      {"DeletePathReport", true, &Run<DeletePathReport>, &Allowed::ReportDeletion, 2, true},
-      {"SavePreferences", true, &Run<SaveOtherPreferences>, &Allowed::PreferencesSave},
-      {"RestorePreferences", true, &Run<RestorePreferences>, &Allowed::PreferencesRestore},
-      {"StoreScreens", true, &Run<StoreOtherScreens>, &Allowed::ScreensStore},
-      {"ClearScreens", true, &Run<ClearScreens>, &Allowed::ScreensClear, 0, false, true},
-      {"RestoreScreens", true, &Run<RestoreScreens>, &Allowed::ScreensRestore},
+      {"CreateTables", Kind::Creates, &Run<CreateTables>, &Allowed::Creation},
+      {"ProbeVersion", Kind::Reads, &ProbeVersion, &Allowed::Reading},
+      {"SaveNewSite", Kind::Writes, &Run<SaveNewSite>, &Allowed::Save},
+      {"SaveKnownSite", Kind::Writes, &Run<SaveKnownSite>, &Allowed::Save},
+      {"SaveNewPath", Kind::Writes, &Run<SaveNewPath>, &Allowed::Save},
+      {"SaveKnownPath", Kind::Writes, &Run<SaveKnownPath>, &Allowed::Save},
+      {"SiteIdentifiers", Kind::Reads, &Run<SiteIdentifiers>, &Allowed::Listing},
+      {"PathIdentifiers", Kind::Reads, &Run<PathIdentifiers>, &Allowed::Listing},
+      {"SiteReports", Kind::Reads, &Run<SiteReports>, &Allowed::SiteReports},
+      {"PathReports", Kind::Reads, &Run<PathReports>, &Allowed::PathReports, 2},
+      {"DeleteSite", Kind::Writes, &Run<DeleteSite>, &Allowed::SiteDeletion, 0, true, true, siteRows},
+      {"DeletePath", Kind::Writes, &Run<DeletePath>, &Allowed::PathDeletion, 0, true, true, pathRows},
+      {"DeleteSiteReport", Kind::Writes, &Run<DeleteSiteReport>, &Allowed::ReportDeletion, 0, true, true},
+      {"DeletePathReport", Kind::Writes, &Run<DeletePathReport>, &Allowed::ReportDeletion, 2, true, true},
+      {"SavePreferences", Kind::Writes, &Run<SaveOtherPreferences>, &Allowed::PreferencesSave},
+      {"RestorePreferences", Kind::Reads, &Run<RestorePreferences>, &Allowed::PreferencesRestore},
+      {"StoreScreens", Kind::Writes, &Run<StoreOtherScreens>, &Allowed::ScreensStore},
+      {"ClearScreens", Kind::Writes, &Run<ClearScreens>, &Allowed::ScreensClear, 0, false, true},
+      {"RestoreScreens", Kind::Reads, &Run<RestoreScreens>, &Allowed::ScreensRestore},
   };
   return operations;
 }
 
+std::vector<StoreOperation> StoreOperation::Writing() {
+  std::vector<StoreOperation> writing;
+  for (const StoreOperation& operation : All()) {
+    if (operation.kind == Kind::Writes) writing.push_back(operation);
+  }
+  return writing;
+}
+
 Contents StartOf(const StoreOperation& operation, const StoreVersion& version) {
-  return operation.onFilledFiles ? FilledFiles(version) : Contents();
+  return operation.kind == Kind::Creates ? Contents() : FilledFiles(version);
 }
 
 Outcome RunOn(const Scene& scene, const StoreOperation& operation, const StoreVersion& version) {

@@ -19,12 +19,14 @@ struct Outcome {
 // transaction back by itself, and what is stepped again after that commits row by row.
 enum class FaultLevel { Calls, Files };
 
+// Creating starts from no files at all, reading and writing from files with alignments of two sites and two
+// paths, preferences and screens.
+enum class Kind { Creates, Reads, Writes };
+
 // One operation of the stores, with the outcomes that it may have when something fails on the way.
 struct StoreOperation {
   const char* name;
-  // Whether it starts from files with alignments of two sites and two paths, preferences and screens, or
-  // from no files at all.
-  bool onFilledFiles;
+  Kind kind;
   QString (*run)(const StoreVersion& version, const QString& main, const QString& thresholds);
   // Empty when `outcome` is one of those that the operation may have, else what is wrong with it. `clean`
   // is the outcome without any fault.
@@ -36,10 +38,9 @@ struct StoreOperation {
   bool maySpin = false;
   // A prepare that, failed, makes it spin for certain; null: none.
   const char* spinsWithout = nullptr;
-  // Whether it can be called again on files that have been created already.
-  bool alters = false;
 
   static const std::vector<StoreOperation>& All();
+  static std::vector<StoreOperation> Writing();
 };
 
 // Files for the operation to start from, as the version's own store leaves them.
@@ -57,8 +58,9 @@ inline void PrintTo(const StoreOperation& operation, std::ostream* out) { *out <
 
 std::string VersionAndOperationName(const testing::TestParamInfo<VersionAndOperation>& info);
 
-#define INSTANTIATE_FOR_ALL_OPERATIONS(fixture)                                                  \
-  INSTANTIATE_TEST_SUITE_P(All, fixture,                                                         \
-                           testing::Combine(testing::ValuesIn(StoreVersion::All()),              \
-                                            testing::ValuesIn(StoreOperation::All())),           \
-                           VersionAndOperationName)
+// Runs the tests of a fixture over every version and these operations.
+#define INSTANTIATE_FOR_OPERATIONS(fixture, operations)                                             \
+  INSTANTIATE_TEST_SUITE_P(                                                                         \
+      All, fixture,                                                                                 \
+      testing::Combine(testing::ValuesIn(StoreVersion::All()), testing::ValuesIn(operations)),      \
+      VersionAndOperationName)
