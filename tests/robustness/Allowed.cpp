@@ -40,8 +40,8 @@ QStringList AsInserted(const QStringList& rows, bool path) {
   const QString orientation = QStringLiteral("Orientation");
   const QString location = QStringLiteral("Geolocation");
   const QString height = QStringLiteral("Height");
-  return InOrder(rows, path ? QStringList{QStringLiteral("Paths"), location, orientation, orientation, location,
-                                          height, QStringLiteral("PathAlignment")}
+  return InOrder(rows, path ? QStringList{QStringLiteral("Paths"), location, orientation, orientation,
+                                          location, height, QStringLiteral("PathAlignment")}
                             : QStringList{QStringLiteral("Sites"), orientation, orientation, location, height,
                                           QStringLiteral("AntennaAlignment")});
 }
@@ -82,7 +82,8 @@ QString Reports(const Outcome& outcome, const Outcome& clean, FaultLevel level, 
   if (outcome.result == QLatin1String("records;")) return Unless(maybeEmpty, "no records");
   QStringList plain;
   for (const QString& record : clean.result.split(QLatin1Char(';'))) {
-    plain.append(record.section(QLatin1Char('/'), 0, 0) + (record.contains(QLatin1Char('/')) ? absent : QString()));
+    plain.append(record.section(QLatin1Char('/'), 0, 0) +
+                 (record.contains(QLatin1Char('/')) ? absent : QString()));
   }
   if (outcome.result == plain.join(QLatin1Char(';'))) return {};
   if (level == FaultLevel::Calls) return QStringLiteral("other records: ") + outcome.result;
@@ -90,8 +91,8 @@ QString Reports(const Outcome& outcome, const Outcome& clean, FaultLevel level, 
   const QStringList records = outcome.result.split(QLatin1Char(';'));
   const QStringList whole = clean.result.split(QLatin1Char(';'));
   const bool complete = IsPartOf(whole, records);
-  const bool known =
-      std::all_of(records.begin(), records.end(), [&](const QString& record) { return whole.contains(record); });
+  const bool known = std::all_of(records.begin(), records.end(),
+                                 [&](const QString& record) { return whole.contains(record); });
   return Unless(complete && known, "records that were not saved, or some are missing");
 }
 
@@ -104,7 +105,8 @@ QString Allowed::Creation(const Outcome& outcome, const Outcome& clean, FaultLev
     return QStringLiteral("a thresholds file with some of its tables");
   }
   const bool complete = outcome.main == clean.main && outcome.thresholds == clean.thresholds;
-  return Unless(complete == (outcome.result == yes), "the result does not tell whether the files are complete");
+  return Unless(complete == (outcome.result == yes),
+                "the result does not tell whether the files are complete");
 }
 
 QString Allowed::Reading(const Outcome& outcome, const Outcome& clean, FaultLevel) {
@@ -135,7 +137,8 @@ QString Allowed::Save(const Outcome& outcome, const Outcome& clean, FaultLevel) 
   const QStringList whole = AsInserted(clean.main.made, path);
   const QStringList made = AsInserted(outcome.main.made, path);
   const QStringList& thresholds = outcome.thresholds.made;
-  if (!outcome.main.gone.isEmpty() || !outcome.thresholds.gone.isEmpty()) return QStringLiteral("rows are gone");
+  if (!outcome.main.gone.isEmpty() || !outcome.thresholds.gone.isEmpty())
+    return QStringLiteral("rows are gone");
   if (made != whole.mid(0, made.size())) return QStringLiteral("rows that are no beginning of the save");
   if (outcome.result == null) return Unless(thresholds.isEmpty(), "thresholds of a save that failed");
   if (outcome.result == withoutAlignment) {
@@ -167,7 +170,8 @@ QString Allowed::PathDeletion(const Outcome& outcome, const Outcome& clean, Faul
   if (level == FaultLevel::Files) return {};
   const QStringList& gone = outcome.main.gone;
   if (!NoneOrAllOf(gone, clean.main.gone, alignments)) return QStringLiteral("some alignments are gone");
-  if (!gone.isEmpty() && OfTables(gone, alignments).isEmpty()) return QStringLiteral("alignments without path");
+  if (!gone.isEmpty() && OfTables(gone, alignments).isEmpty())
+    return QStringLiteral("alignments without path");
   const QStringList associated = {QStringLiteral("Orientation"), QStringLiteral("Geolocation"),
                                   QStringLiteral("Height")};
   QStringList whole;

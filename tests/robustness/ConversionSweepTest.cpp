@@ -53,13 +53,14 @@ void PrintTo(const Conversion& conversion, std::ostream* out) {
 
 class ConversionSweep : public testing::TestWithParam<Conversion> {
  protected:
-  static void SetUpTestSuite() { tally_ = std::make_unique<Tally>("fault and I/O sweeps of the conversions"); }
+  static void SetUpTestSuite() {
+    tally_ = std::make_unique<Tally>("fault and I/O sweeps of the conversions");
+  }
   static void TearDownTestSuite() { tally_.reset(); }
 
   static Contents Golden() {
     const Scene scene{Contents()};
-    LoadSqlFile(scene.Main(),
-                QStringLiteral(TARNBEAM_GOLDEN_FOLDER "/version_%1.sql").arg(GetParam().from));
+    LoadSqlFile(scene.Main(), QStringLiteral(TARNBEAM_GOLDEN_FOLDER "/version_%1.sql").arg(GetParam().from));
     return {ReadFile(scene.Main()), {}};
   }
 

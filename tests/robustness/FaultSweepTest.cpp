@@ -38,7 +38,8 @@ class FaultSweep : public SweptOperation<FaultSweep> {
   void ExpectConnections(const QString& failed) {
     int most = operation_.connectionsLeft;
     if (failed.startsWith(QLatin1String("close"))) ++most;
-    const bool inStatement = failed.startsWith(QLatin1String("bind")) || failed.startsWith(QLatin1String("step"));
+    const bool inStatement =
+        failed.startsWith(QLatin1String("bind")) || failed.startsWith(QLatin1String("step"));
     if (inStatement && operation_.leavesStatements) ++most;
     EXPECT_LE(SqliteCalls::OpenConnections(), most);
   }
@@ -84,8 +85,9 @@ class FaultSweep : public SweptOperation<FaultSweep> {
   }
 
   bool Spins(const QString& call) const {
-    return operation_.spinsWithout != nullptr &&
-           call == QLatin1String("prepare_v2 ") + QLatin1String(operation_.spinsWithout) + QLatin1String(" = 0");
+    return operation_.spinsWithout != nullptr && call == QLatin1String("prepare_v2 ") +
+                                                             QLatin1String(operation_.spinsWithout) +
+                                                             QLatin1String(" = 0");
   }
 
   QStringList calls_;

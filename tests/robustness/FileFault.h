@@ -10,8 +10,7 @@ struct FileFault {
 };
 
 constexpr FileFault fileFaults[] = {
-    {"read", SQLITE_IOERR_READ, 4},         {"write", SQLITE_IOERR_WRITE, 6},
-    {"write", SQLITE_FULL, 7},              {"sync", SQLITE_IOERR_FSYNC, 3},
-    {"truncate", SQLITE_IOERR_TRUNCATE, 3}, {"open", SQLITE_CANTOPEN, 3},
+    {"read", SQLITE_IOERR_READ, 4},     {"write", SQLITE_IOERR_WRITE, 6},       {"write", SQLITE_FULL, 7},
+    {"sync", SQLITE_IOERR_FSYNC, 3},    {"truncate", SQLITE_IOERR_TRUNCATE, 3}, {"open", SQLITE_CANTOPEN, 3},
     {"delete", SQLITE_IOERR_DELETE, 3},
 };

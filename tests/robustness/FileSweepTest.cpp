@@ -63,7 +63,8 @@ class IoSweep : public FileSweep<IoSweep> {
     arm();
     *result = operation_.run(version_, scene_.Main(), scene_.Thresholds());
     EXPECT_TRUE(ShimVfs::Fired());
-    EXPECT_LE(SqliteCalls::OpenConnections(), operation_.connectionsLeft + (operation_.leavesStatements ? 1 : 0));
+    EXPECT_LE(SqliteCalls::OpenConnections(),
+              operation_.connectionsLeft + (operation_.leavesStatements ? 1 : 0));
     SqliteCalls::CloseLeaked();
     ShimVfs::Reset();
     SqliteCalls::Reset();

@@ -1,6 +1,7 @@
 #include "tests/robustness/StoreOperations.h"
 
 #include <memory>
+#include <set>
 
 #include "model/AlignerModel.h"
 #include "model/IAntennaAlignmentReportData.h"
@@ -37,12 +38,15 @@ QString SavePath(Sample sample, AlignmentDatabaseStore* store) {
 template <typename Record>
 QString Written(const Record& record, unsigned int key, float thirdThreshold) {
   const IMeasurementOptions& options = *record.GetMeasurementOptions();
-  const QStringList values = {QString::number(key), record.Identifier(), record.Note(),
-                              QString::number(static_cast<double>(options.AzimuthOffset())),
-                              QString::number(static_cast<double>(record.GetMeasuredOrientation()->RollDegrees())),
-                              QString::number(record.GetGeolocation()->LatitudeDegreesNorth()),
-                              QString::number(record.GetHeight()->HeightInMeters(nullptr)),
-                              QString::number(record.GetMeasurementTime().toTime_t())};
+  const QStringList values = {
+      QString::number(key),
+      record.Identifier(),
+      record.Note(),
+      QString::number(static_cast<double>(options.AzimuthOffset())),
+      QString::number(static_cast<double>(record.GetMeasuredOrientation()->RollDegrees())),
+      QString::number(record.GetGeolocation()->LatitudeDegreesNorth()),
+      QString::number(record.GetHeight()->HeightInMeters(nullptr)),
+      QString::number(record.GetMeasurementTime().toTime_t())};
   return QStringLiteral("%1/%2,%3,%4")
       .arg(values.join(QLatin1Char('|')))
       .arg(static_cast<double>(options.AzimuthThreshold()))
@@ -75,7 +79,9 @@ QString PathReports(AlignmentDatabaseStore* store) {
   return QStringLiteral("records;") + records.join(QLatin1Char(';'));
 }
 
-QString Listed(const QVector<QString>& identifiers) { return QStringList(identifiers.toList()).join(QLatin1Char(';')); }
+QString Listed(const QVector<QString>& identifiers) {
+  return QStringList(identifiers.toList()).join(QLatin1Char(';'));
+}
 
 void ChangePreferences(PreferencesModel* model, int number) {
   model->SerialNumber()->SetValue(number);
@@ -96,7 +102,8 @@ QString RestorePreferences(AlignmentDatabaseStore* store) {
   const double pathLength = model.PathLengthThreshold()->Value();
   QString result = Word(store->RestorePreferences(&model)) + QLatin1Char('/');
   if (model.SerialNumber()->Value() != serialNumber) result += QLatin1String("main");
-  if (model.PathLengthThreshold()->Value() > pathLength || model.PathLengthThreshold()->Value() < pathLength) {
+  if (model.PathLengthThreshold()->Value() > pathLength ||
+      model.PathLengthThreshold()->Value() < pathLength) {
     result += QLatin1String("+thresholds");
   }
   return result;
@@ -185,6 +192,14 @@ Contents FilledFiles(const StoreVersion& version) {
   return {ReadFile(folder.Main()), ReadFile(folder.Thresholds())};
 }
 
+std::vector<StoreOperation> Without(const std::set<Kind>& kinds) {
+  std::vector<StoreOperation> operations;
+  for (const StoreOperation& operation : StoreOperation::All()) {
+    if (kinds.count(operation.kind) == 0) operations.push_back(operation);
+  }
+  return operations;
+}
+
 }  // namespace
 
 const std::vector<StoreOperation>& StoreOperation::All() {
@@ -214,13 +229,9 @@ const std::vector<StoreOperation>& StoreOperation::All() {
   return operations;
 }
 
-std::vector<StoreOperation> StoreOperation::Writing() {
-  std::vector<StoreOperation> writing;
-  for (const StoreOperation& operation : All()) {
-    if (operation.kind == Kind::Writes) writing.push_back(operation);
-  }
-  return writing;
-}
+std::vector<StoreOperation> StoreOperation::Writing() { return Without({Kind::Creates, Kind::Reads}); }
+
+std::vector<StoreOperation> StoreOperation::OnFiles() { return Without({Kind::Creates}); }
 
 Contents StartOf(const StoreOperation& operation, const StoreVersion& version) {
   return operation.kind == Kind::Creates ? Contents() : FilledFiles(version);

@@ -41,6 +41,8 @@ struct StoreOperation {
 
   static const std::vector<StoreOperation>& All();
   static std::vector<StoreOperation> Writing();
+  // Those that start from files: all but creating.
+  static std::vector<StoreOperation> OnFiles();
 };
 
 // Files for the operation to start from, as the version's own store leaves them.
@@ -59,8 +61,7 @@ inline void PrintTo(const StoreOperation& operation, std::ostream* out) { *out <
 std::string VersionAndOperationName(const testing::TestParamInfo<VersionAndOperation>& info);
 
 // Runs the tests of a fixture over every version and these operations.
-#define INSTANTIATE_FOR_OPERATIONS(fixture, operations)                                             \
-  INSTANTIATE_TEST_SUITE_P(                                                                         \
-      All, fixture,                                                                                 \
-      testing::Combine(testing::ValuesIn(StoreVersion::All()), testing::ValuesIn(operations)),      \
+#define INSTANTIATE_FOR_OPERATIONS(fixture, operations)                                                      \
+  INSTANTIATE_TEST_SUITE_P(                                                                                  \
+      All, fixture, testing::Combine(testing::ValuesIn(StoreVersion::All()), testing::ValuesIn(operations)), \
       VersionAndOperationName)

@@ -40,7 +40,7 @@ struct Tally {
 };
 
 // More steps than any operation of the tests makes.
-constexpr int guardedSteps = 3000;
+constexpr int guardedSteps = 1500;
 
 // An endless loop ends the test program with a message instead of hanging it.
 inline void GuardAgainstSpinning() {
