@@ -140,13 +140,16 @@ QString Allowed::Save(const Outcome& outcome, const Outcome& clean, FaultLevel) 
   if (!outcome.main.gone.isEmpty() || !outcome.thresholds.gone.isEmpty())
     return QStringLiteral("rows are gone");
   if (made != whole.mid(0, made.size())) return QStringLiteral("rows that are no beginning of the save");
-  if (outcome.result == null) return Unless(thresholds.isEmpty(), "thresholds of a save that failed");
+  const bool noneOrAll = made.isEmpty() || made == whole;
+  if (outcome.result == null) {
+    return Unless(noneOrAll && thresholds.isEmpty(), "a save that failed left rows behind");
+  }
   if (outcome.result == withoutAlignment) {
     return Unless(made.size() < whole.size() && (thresholds.isEmpty() || IsRowWithoutAlignment(thresholds)),
                   "an alignment under no key");
   }
   if (outcome.result != clean.result) return QStringLiteral("another key");
-  return Unless((made.isEmpty() || made == whole) && IsNoneOr(outcome.thresholds, clean.thresholds),
+  return Unless(noneOrAll && IsNoneOr(outcome.thresholds, clean.thresholds),
                 "a key without its rows");
 }
 
