@@ -149,8 +149,7 @@ QString Allowed::Save(const Outcome& outcome, const Outcome& clean, FaultLevel) 
                   "an alignment under no key");
   }
   if (outcome.result != clean.result) return QStringLiteral("another key");
-  return Unless(noneOrAll && IsNoneOr(outcome.thresholds, clean.thresholds),
-                "a key without its rows");
+  return Unless(noneOrAll && IsNoneOr(outcome.thresholds, clean.thresholds), "a key without its rows");
 }
 
 // The main file's part is done in full or undone. Only a site row whose delete could not be prepared stays.
