@@ -84,15 +84,16 @@ QDateTime ReadTime(const Statement& row, int column) {
   return Sql::FromUnixUtc(static_cast<unsigned int>(row.IntColumn(column)));
 }
 
-IAntennaAlignmentReportData* ReadSiteRecord(const Statement& row, const StoreDescription& store,
-                                            const ThresholdTable& table, Clock* clock) {
+IAntennaAlignmentReportData* ReadSiteRecord(const Statement& row, const QString& siteIdentifier,
+                                            const StoreDescription& store, const ThresholdTable& table,
+                                            Clock* clock) {
   const int key = row.IntColumn(0);
   const Thresholds thresholds = table.value(key, {0.0F, 0.0F, 0.0F});
   const bool tiltInversion = store.hasTiltInversion && row.IntColumn(17) > 0;
   const QString note = store.hasSiteNote ? row.TextColumn(18) : QString();
   const int rollPrecision = store.hasRollPrecision ? row.IntColumn(19) : 0;
-  auto* site = new SiteInformation(row.TextColumn(1), row.TextColumn(2), row.TextColumn(3),
-                                   row.FloatColumn(5), row.FloatColumn(6), row.FloatColumn(7));
+  auto* site = new SiteInformation(siteIdentifier, row.TextColumn(2), row.TextColumn(3), row.FloatColumn(5),
+                                   row.FloatColumn(6), row.FloatColumn(7));
   auto* options =
       new MeasurementOptions(row.FloatColumn(4), tiltInversion, thresholds.azimuth, thresholds.tilt,
                              thresholds.third, -1.0F, note, static_cast<unsigned long>(rollPrecision));
@@ -154,7 +155,12 @@ AntennaAlignmentPdfReportData* AlignmentDatabaseStore::GetAlignmentReportDataFor
   if (!rows || !rows.Text(siteIdentifier, "SQL bind failed with ").Bound()) return nullptr;
   auto records = std::make_unique<SiteRecords>();
   Clock clock;
-  ForEachRow(&rows, [&] { records->append(ReadSiteRecord(rows, store, table, &clock)); });
+  QString storedIdentifier;
+  ForEachRow(&rows, [&] {
+    // Identifiers are unique, so all rows are of one site: its records share one text.
+    if (records->isEmpty()) storedIdentifier = rows.TextColumn(1);
+    records->append(ReadSiteRecord(rows, storedIdentifier, store, table, &clock));
+  });
   rows.Finalize();
   db.Close();
   QString fileBase = siteIdentifier + QLatin1String("-A-Report");
