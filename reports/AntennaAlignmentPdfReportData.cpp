@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "model/ISiteInformation.h"
 
@@ -19,20 +20,37 @@ QVector<IAntennaAlignmentReportData*>* AntennaAlignmentPdfReportData::AlignmentD
   return Records();
 }
 
+namespace {
+
+/// What records are ordered by: their sector's name, then their antenna's position, in lower case.
+struct SortKey {
+  explicit SortKey(const IAntennaAlignmentReportData* record)
+      : sector(record->GetSiteInformation()->SectorName().toLower()),
+        position(record->GetSiteInformation()->AntennaPosition().toLower()) {}
+
+  bool operator<(const SortKey& other) const {
+    const int bySector = sector.compare(other.sector);
+    return bySector != 0 ? bySector < 0 : position < other.position;
+  }
+
+  QString sector;
+  QString position;
+};
+
+}  // namespace
+
+// Orders by ReportDataLessThan(), with each record's key made once instead of at every comparison.
+// std::sort promises what qSort promised before it was deprecated: equal records in any order.
 void AntennaAlignmentPdfReportData::SortReportData() {
-  // std::sort promises what qSort promised before it was deprecated: equal records in any order.
   QVector<IAntennaAlignmentReportData*>& records = *Records();
-  std::sort(records.begin(), records.end(), ReportDataLessThan);
+  std::vector<std::pair<SortKey, IAntennaAlignmentReportData*>> keyed;
+  keyed.reserve(static_cast<size_t>(records.size()));
+  for (IAntennaAlignmentReportData* record : qAsConst(records)) keyed.emplace_back(SortKey(record), record);
+  std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::transform(keyed.cbegin(), keyed.cend(), records.begin(),
+                 [](const auto& entry) { return entry.second; });
 }
 
 bool ReportDataLessThan(const IAntennaAlignmentReportData* a, const IAntennaAlignmentReportData* b) {
-  const ISiteInformation* siteOfA = a->GetSiteInformation();
-  const ISiteInformation* siteOfB = b->GetSiteInformation();
-  const QString sectorOfA = siteOfA->SectorName().toLower();
-  const QString sectorOfB = siteOfB->SectorName().toLower();
-  if (sectorOfA < sectorOfB) {
-    return true;
-  }
-  return sectorOfA == sectorOfB &&
-         siteOfA->AntennaPosition().toLower() < siteOfB->AntennaPosition().toLower();
+  return SortKey(a) < SortKey(b);
 }

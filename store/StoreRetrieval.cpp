@@ -48,9 +48,28 @@ void ReadThresholds(Statement* statement, ThresholdTable* table) {
   });
 }
 
-Geolocation* ReadLocation(const Statement& row, int column) {
+/// The current time as QDateTime::currentDateTime() tells it, asked for every record. Making it local asks
+/// the system for its time zone anew, which takes longer than reading a row, so that is done once a
+/// millisecond: within one the answer is the same.
+class Clock {
+ public:
+  QDateTime Now() {
+    const qint64 milliseconds = QDateTime::currentMSecsSinceEpoch();
+    if (milliseconds != milliseconds_) {
+      now_ = QDateTime::fromMSecsSinceEpoch(milliseconds);
+      milliseconds_ = milliseconds;
+    }
+    return now_;
+  }
+
+ private:
+  qint64 milliseconds_ = -1;
+  QDateTime now_;
+};
+
+Geolocation* ReadLocation(const Statement& row, int column, Clock* clock) {
   return new Geolocation(row.DoubleColumn(column), row.DoubleColumn(column + 1), row.DoubleColumn(column + 2),
-                         static_cast<GpsDatum>(0), QDateTime::currentDateTime(), true);
+                         static_cast<GpsDatum>(0), clock->Now(), true);
 }
 
 Orientation* ReadOrientation(const Statement& row, int column) {
@@ -65,28 +84,29 @@ QDateTime ReadTime(const Statement& row, int column) {
   return Sql::FromUnixUtc(static_cast<unsigned int>(row.IntColumn(column)));
 }
 
-IAntennaAlignmentReportData* ReadSiteRecord(const Statement& row, const StoreDescription& store,
-                                            const ThresholdTable& table) {
+IAntennaAlignmentReportData* ReadSiteRecord(const Statement& row, const QString& siteIdentifier,
+                                            const StoreDescription& store, const ThresholdTable& table,
+                                            Clock* clock) {
   const int key = row.IntColumn(0);
   const Thresholds thresholds = table.value(key, {0.0F, 0.0F, 0.0F});
   const bool tiltInversion = store.hasTiltInversion && row.IntColumn(17) > 0;
   const QString note = store.hasSiteNote ? row.TextColumn(18) : QString();
   const int rollPrecision = store.hasRollPrecision ? row.IntColumn(19) : 0;
-  auto* site = new SiteInformation(row.TextColumn(1), row.TextColumn(2), row.TextColumn(3),
-                                   row.FloatColumn(5), row.FloatColumn(6), row.FloatColumn(7));
+  auto* site = new SiteInformation(siteIdentifier, row.TextColumn(2), row.TextColumn(3), row.FloatColumn(5),
+                                   row.FloatColumn(6), row.FloatColumn(7));
   auto* options =
       new MeasurementOptions(row.FloatColumn(4), tiltInversion, thresholds.azimuth, thresholds.tilt,
                              thresholds.third, -1.0F, note, static_cast<unsigned long>(rollPrecision));
-  auto* record = new AntennaAlignmentReportData(static_cast<unsigned int>(key), site, ReadLocation(row, 8),
-                                                ReadOrientation(row, 12), ReadHeight(row, 15),
-                                                ReadTime(row, 11), options);
+  auto* record = new AntennaAlignmentReportData(static_cast<unsigned int>(key), site,
+                                                ReadLocation(row, 8, clock), ReadOrientation(row, 12),
+                                                ReadHeight(row, 15), ReadTime(row, 11), options);
   record->TakeOwnership();
   return record;
 }
 
 // Columns 2 and 3, sector and antenna position, are not read: a path has neither.
 IPathAlignmentReportData* ReadPathRecord(const Statement& row, const StoreDescription& store,
-                                         const ThresholdTable& table) {
+                                         const ThresholdTable& table, Clock* clock) {
   const int key = row.IntColumn(0);
   const Thresholds thresholds = table.value(key, {0.0F, 0.0F, -1.0F});
   const bool tiltInversion = store.hasTiltInversion && row.IntColumn(20) > 0;
@@ -95,9 +115,9 @@ IPathAlignmentReportData* ReadPathRecord(const Statement& row, const StoreDescri
                                    row.DoubleColumn(13));
   auto* options = new MeasurementOptions(row.FloatColumn(4), tiltInversion, thresholds.azimuth,
                                          thresholds.tilt, 0.0F, thresholds.third, note, 0);
-  auto* record = new PathAlignmentReportData(static_cast<unsigned int>(key), path, ReadLocation(row, 8),
-                                             ReadOrientation(row, 15), ReadHeight(row, 18),
-                                             ReadOrientation(row, 5), ReadTime(row, 14), options);
+  auto* record = new PathAlignmentReportData(
+      static_cast<unsigned int>(key), path, ReadLocation(row, 8, clock), ReadOrientation(row, 15),
+      ReadHeight(row, 18), ReadOrientation(row, 5), ReadTime(row, 14), options);
   record->TakeOwnership();
   return record;
 }
@@ -134,7 +154,13 @@ AntennaAlignmentPdfReportData* AlignmentDatabaseStore::GetAlignmentReportDataFor
   Statement rows(db, store.texts.selectSiteReports, "Fetch Report Data for Site");
   if (!rows || !rows.Text(siteIdentifier, "SQL bind failed with ").Bound()) return nullptr;
   auto records = std::make_unique<SiteRecords>();
-  ForEachRow(&rows, [&] { records->append(ReadSiteRecord(rows, store, table)); });
+  Clock clock;
+  QString storedIdentifier;
+  ForEachRow(&rows, [&] {
+    // Identifiers are unique, so all rows are of one site: its records share one text.
+    if (records->isEmpty()) storedIdentifier = rows.TextColumn(1);
+    records->append(ReadSiteRecord(rows, storedIdentifier, store, table, &clock));
+  });
   rows.Finalize();
   db.Close();
   QString fileBase = siteIdentifier + QLatin1String("-A-Report");
@@ -173,7 +199,8 @@ PathAlignmentPdfReportData* AlignmentDatabaseStore::GetPathAlignmentReportDataFo
     LogDebug("SQL Statement failed");
   } else if (rows.Text(pathIdentifier, "SQL bind failed with ").Bound()) {
     if (records == nullptr) records = new PathRecords;
-    ForEachRow(&rows, [&] { records->append(ReadPathRecord(rows, store, table)); });
+    Clock clock;
+    ForEachRow(&rows, [&] { records->append(ReadPathRecord(rows, store, table, &clock)); });
   }
   rows.LeaveOpen();
   return PathContainer(pathIdentifier, records);
