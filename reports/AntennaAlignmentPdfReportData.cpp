@@ -6,20 +6,6 @@
 
 #include "model/ISiteInformation.h"
 
-AntennaAlignmentPdfReportData::AntennaAlignmentPdfReportData(QString name, const QString& fileBase,
-                                                             QVector<IAntennaAlignmentReportData*>* data)
-    : PdfReportData(std::move(name), fileBase, data) {
-  SortReportData();
-}
-
-AntennaAlignmentPdfReportData::~AntennaAlignmentPdfReportData() = default;
-
-int AntennaAlignmentPdfReportData::GetReportType() const { return 0; }
-
-QVector<IAntennaAlignmentReportData*>* AntennaAlignmentPdfReportData::AlignmentData() const {
-  return Records();
-}
-
 namespace {
 
 /// What records are ordered by: their sector's name, then their antenna's position, in lower case.
@@ -38,6 +24,20 @@ struct SortKey {
 };
 
 }  // namespace
+
+AntennaAlignmentPdfReportData::AntennaAlignmentPdfReportData(QString name, const QString& fileBase,
+                                                             QVector<IAntennaAlignmentReportData*>* data)
+    : PdfReportData(std::move(name), fileBase, data) {
+  SortReportData();
+}
+
+AntennaAlignmentPdfReportData::~AntennaAlignmentPdfReportData() = default;
+
+int AntennaAlignmentPdfReportData::GetReportType() const { return 0; }
+
+QVector<IAntennaAlignmentReportData*>* AntennaAlignmentPdfReportData::AlignmentData() const {
+  return Records();
+}
 
 // Orders by ReportDataLessThan(), with each record's key made once instead of at every comparison.
 // std::sort promises what qSort promised before it was deprecated: equal records in any order.

@@ -33,6 +33,9 @@ install_missing() {
     apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2 || fail "Could not install. $advice"
 }
 
+# Likewise, for what can be done without.
+install_if_possible() { (install_missing "$@") || say "Going on without it."; }
+
 # What the library and the tool need to be built. pkg-config stands before the probes that use it.
 build_requirements() {
   install_missing \
