@@ -24,6 +24,12 @@ Fault Fault::Kill(const QByteArray& calls) {
   return fault;
 }
 
+Fault Fault::Before(const QByteArray& calls, const std::function<void()>& action) {
+  Fault fault(calls, 0);
+  fault.action_ = action;
+  return fault;
+}
+
 Fault& Fault::At(int number) {
   at_ = number;
   return *this;
@@ -101,6 +107,10 @@ const Fault* FaultPlan::Meet(const InterposedCall& call, int* code) {
     int own = 0;
     if (!fault.Matches(call) || !fault.Meets(&own) || met) continue;
     if (fault.kills_) LeaveProcess(Fault::KilledStatus);
+    if (fault.action_) {
+      fault.action_();
+      continue;
+    }
     met = &fault;
     *code = own;
     ++fired_;

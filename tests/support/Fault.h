@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QMap>
+#include <functional>
 #include <vector>
 
 // A call that an interposer has met.
@@ -21,6 +22,8 @@ class Fault {
   Fault(const QByteArray& calls, int code);
   // Ends the process without any clean-up, exit status `KilledStatus`, where others fail.
   static Fault Kill(const QByteArray& calls);
+  // Runs `action` before the call, which is forwarded then. The action must not make interposed calls.
+  static Fault Before(const QByteArray& calls, const std::function<void()>& action);
 
   Fault& At(int number);                               // first call that fails; 1 unless said otherwise
   Fault& Times(int number);                            // how many calls in a row; 1 unless said otherwise
@@ -51,6 +54,7 @@ class Fault {
   int times_ = 1;
   int seen_ = 0;
   bool kills_ = false;
+  std::function<void()> action_;
   bool performed_ = false;
   bool hasOutput_ = true;
   QByteArray text_;

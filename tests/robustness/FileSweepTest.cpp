@@ -1,0 +1,155 @@
+// What happens below SQLite: reads, writes, syncs, truncations, openings and deletions of files that fail in
+// turn, storage that is full, and a process that ends before any of them.
+#include "tests/robustness/Allowed.h"
+#include "tests/robustness/FileFault.h"
+#include "tests/robustness/SweptOperation.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/ShimVfs.h"
+
+namespace {
+
+template <typename Sweep>
+class FileSweep : public SweptOperation<Sweep> {
+ protected:
+  // The operation on fresh files in a process of its own, after `arm`. Its exit status; the result that it
+  // came to, if it came to one.
+  template <typename Arm>
+  int RunApart(Arm arm, QString* result) {
+    const QString answer = this->scene_.Path(QStringLiteral("result"));
+    WriteFile(answer, QByteArray());
+    this->scene_.Restore();
+    const int status = RunInChild([&] {
+      arm();
+      const QString answered =
+          this->operation_.run(this->version_, this->scene_.Main(), this->scene_.Thresholds());
+      WriteFile(answer, answered.toUtf8());
+    });
+    *result = QString::fromUtf8(ReadFile(answer));
+    return status;
+  }
+
+  ShimVfs shim_;
+};
+
+class IoSweep : public FileSweep<IoSweep> {
+ public:
+  static constexpr char title[] = "I/O sweep of the stores";
+
+ protected:
+  void SetUp() override {
+    ShimVfs::Reset();
+    RunClean();
+    for (const FileFault& fault : fileFaults) counts_.push_back(ShimVfs::Count(fault.call));
+    bytes_ = ShimVfs::BytesWritten();
+  }
+
+  // False when the operation met one of its endless loops and had to be ended.
+  template <typename Arm>
+  bool Run(Arm arm, QString* result) {
+    if (operation_.maySpin) {
+      const int status = RunApart(
+          [&] {
+            EndWhenSpinning();
+            arm();
+          },
+          result);
+      EXPECT_TRUE(status == 0 || status == Fault::KilledStatus) << status;
+      return status == 0;
+    }
+    scene_.Restore();
+    SqliteCalls::Reset();
+    ShimVfs::Reset();
+    GuardAgainstSpinning();
+    arm();
+    *result = operation_.run(version_, scene_.Main(), scene_.Thresholds());
+    EXPECT_TRUE(ShimVfs::Fired());
+    EXPECT_LE(SqliteCalls::OpenConnections(),
+              operation_.connectionsLeft + (operation_.leavesStatements ? 1 : 0));
+    SqliteCalls::CloseLeaked();
+    ShimVfs::Reset();
+    SqliteCalls::Reset();
+    return true;
+  }
+
+  template <typename Arm>
+  void Fail(Arm arm) {
+    QString result;
+    ++GetTally().failed;
+    const bool returned = Run(arm, &result);
+    if (!returned) ++GetTally().spun;
+    scene_.ExpectSound();
+    // A loop that was ended counts as one that has been left: all that it may have done is looked at.
+    const Outcome outcome = {returned ? result : QStringLiteral("true"), scene_.MainChange(),
+                             scene_.ThresholdsChange()};
+    EXPECT_EQ(operation_.complaint(outcome, clean_, FaultLevel::Files), QString()) << result.toStdString();
+    ExpectNextCallWorks();
+  }
+
+  std::vector<int> counts_;
+  long long bytes_ = 0;
+};
+
+TEST_P(IoSweep, EveryFileCallFailsOnce) {
+  std::size_t counted = 0;
+  for (const FileFault& fault : fileFaults) {
+    for (const int number : Swept(counts_[counted++], fault.stride)) {
+      SCOPED_TRACE(fault.call + (" " + std::to_string(number)) + " fails with " + std::to_string(fault.code));
+      Fail([&] { ShimVfs::Arm(Fault(fault.call, fault.code).At(number)); });
+    }
+  }
+}
+
+// The storage stays full until the call returns or is found to repeat itself without end.
+TEST_P(IoSweep, StorageIsFull) {
+  constexpr int step = 512;
+  const int capacities = static_cast<int>((bytes_ + step - 1) / step);
+  for (const int number : Swept(capacities, 16)) {
+    const long long capacity = static_cast<long long>(number - 1) * step;
+    SCOPED_TRACE("full after " + std::to_string(capacity) + " bytes");
+    Fail([&] { ShimVfs::FullAfter(capacity); });
+  }
+}
+
+INSTANTIATE_FOR_OPERATIONS(IoSweep, StoreOperation::All());
+
+class CrashSweep : public FileSweep<CrashSweep> {
+ public:
+  static constexpr char title[] = "crash sweep of the stores";
+
+ protected:
+  static constexpr char calls_[] = "write|sync|truncate|delete";
+
+  void SetUp() override {
+    ShimVfs::Reset();
+    RunClean();
+    count_ = ShimVfs::Count(calls_);
+    ASSERT_GT(count_, 0);
+  }
+
+  int count_ = 0;
+};
+
+TEST_P(CrashSweep, EndsBeforeEveryFileCall) {
+  for (const int number : Swept(count_, 4)) {
+    SCOPED_TRACE("ended at file call " + std::to_string(number));
+    QString result;
+    ASSERT_EQ(RunApart([&] { ShimVfs::Arm(Fault::Kill(calls_).At(number)); }, &result), Fault::KilledStatus);
+    ++GetTally().killed;
+    scene_.ExpectSound();
+    EXPECT_EQ(Allowed::Interrupted(scene_.MainChange(), scene_.ThresholdsChange(), clean_), QString());
+    ExpectNextCallWorks();
+  }
+}
+
+// One call more than there are: nothing is left to end it.
+TEST_P(CrashSweep, ComesThroughPastTheLastCall) {
+  QString result;
+  ASSERT_EQ(RunApart([&] { ShimVfs::Arm(Fault::Kill(calls_).At(count_ + 1)); }, &result), 0);
+  EXPECT_EQ(result, clean_.result);
+  EXPECT_EQ(scene_.MainChange(), clean_.main);
+  EXPECT_EQ(scene_.ThresholdsChange(), clean_.thresholds);
+}
+
+INSTANTIATE_FOR_OPERATIONS(CrashSweep, StoreOperation::Writing());
+
+}  // namespace
