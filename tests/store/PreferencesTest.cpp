@@ -180,6 +180,21 @@ TEST_P(PreferencesTest, RollPrecisionIsOnOrOff) {
   }
 }
 
+// Another application's model may have a setting that was never given a value.
+class PreferencesWithoutUnits : public SamplePreferences {
+ public:
+  EnumeratedSetting<DistanceUnitsSetting>* DistanceUnits() override { return &units_; }
+
+ private:
+  EnumeratedSetting<DistanceUnitsSetting> units_{{}, nullptr};
+};
+
+TEST_P(PreferencesTest, ASettingWithoutValueIsStoredAsZero) {
+  PreferencesWithoutUnits model;
+  EXPECT_TRUE(store_->SavePreferences(&model));
+  EXPECT_EQ(MainRow("DistanceUnits"), QStringList("0"));
+}
+
 TEST_P(PreferencesTest, ANullTextIsEmpty) {
   EXPECT_TRUE(store_->SavePreferences(&model_));
   model_.CalibrationDate()->SetValue("before");
