@@ -10,51 +10,53 @@
 #include "migration/DatabaseFileSwap.h"
 #include "migration/UnusedRecords.h"
 
-/// One table's way into the scratch file. Several texts name another table; they are what has always been
-/// logged. A failed copy is named from the conversion to `copyFailureSince` on.
-struct CopiedTable {
-  const char* name;
-  const char* SchemaTexts::*definition;
-  const char* createLabel;
-  const char* copyLabel;
-  const char* createFailure;
-  const char* copyFailure;
-  unsigned int copyFailureSince;
-  const char* stepFailure;
-};
-
 namespace {
 
 constexpr char noNewSites[] = "Unable to create new sites table";
 constexpr char noNewPaths[] = "Unable to create new paths table";
 constexpr char noPathContents[] = "Unable to copy paths table contents";
 
+}  // namespace
+
+/// One table's way into the scratch file. Several texts name another table; they are what has always been
+/// logged. A failed copy is named by some only, and from the conversion to `copyFailureSince` on.
+struct CopiedTable {
+  const char* name;
+  const char* SchemaTexts::*definition;
+  const char* createLabel;
+  const char* copyLabel;
+  const char* stepFailure;
+  const char* createFailure = noNewSites;
+  const char* copyFailure = nullptr;
+  unsigned int copyFailureSince = 0;
+};
+
+namespace {
+
 // Every table stands before those that refer to it, since foreign keys are enforced while rows are copied.
 constexpr CopiedTable copiedTables[] = {
-    {"Sites", &SchemaTexts::sites, "Create Sites Table", "Copy Sites Table", noNewSites, nullptr, 0,
+    {"Sites", &SchemaTexts::sites, "Create Sites Table", "Copy Sites Table",
      "Aborting conversion, UpdateSitesTable failed"},
-    {"Paths", &SchemaTexts::paths, "Create Paths Table", "Copy Paths Table", noNewSites, nullptr, 0,
+    {"Paths", &SchemaTexts::paths, "Create Paths Table", "Copy Paths Table",
      "Aborting conversion, UpdatePathsTable failed"},
     {"Orientation", &SchemaTexts::orientation, "Create Orientation Table", "Copy Orientation Table",
-     noNewSites, nullptr, 0, "Aborting conversion, UpdateOrientationTable failed"},
+     "Aborting conversion, UpdateOrientationTable failed"},
     {"Geolocation", &SchemaTexts::geolocation, "Create Geolocation Table", "Copy Geolocation Table",
-     noNewSites, nullptr, 0, "Aborting conversion, UpdateGeolocationTable failed"},
-    {"Height", &SchemaTexts::height, "Create Height Table", "Copy Height Table", noNewSites,
-     "Unable to copy height data", 6, "Aborting conversion, UpdateHeightTable failed"},
+     "Aborting conversion, UpdateGeolocationTable failed"},
+    {"Height", &SchemaTexts::height, "Create Height Table", "Copy Height Table",
+     "Aborting conversion, UpdateHeightTable failed", noNewSites, "Unable to copy height data", 6},
     {"AntennaAlignment", &SchemaTexts::antennaAlignmentCopy, "Create Antenna Alignment Table",
-     "Copy Antenna Alignment Table", noNewSites, noNewPaths, 3,
-     "Aborting conversion, UpdateAntennaAlignmentTabble failed"},
+     "Copy Antenna Alignment Table", "Aborting conversion, UpdateAntennaAlignmentTabble failed", noNewSites,
+     noNewPaths, 3},
     {"PathAlignment", &SchemaTexts::pathAlignmentCopy, "Create Path Alignment Table",
-     "Copy Path Alignment Table", noNewPaths, noPathContents, 3,
-     "Aborting conversion, UpdatePathAlignmentTable failed"},
+     "Copy Path Alignment Table", "Aborting conversion, UpdatePathAlignmentTable failed", noNewPaths,
+     noPathContents, 3},
     {"Preferences", &SchemaTexts::preferences, "Create Preferences Table", "Copy Preferences Table",
-     noNewSites, noPathContents, 4, "Aborting conversion, UpdatePreferencesTable failed"},
+     "Aborting conversion, UpdatePreferencesTable failed", noNewSites, noPathContents, 4},
     {"SiteScreenContents", &SchemaTexts::siteScreenContents, "Create Site Scren Contents Table",
-     "Copy Site Scren Contents Table", noNewSites, nullptr, 0,
-     "Aborting conversion, UpdateSiteScreenContentsTable failed"},
+     "Copy Site Scren Contents Table", "Aborting conversion, UpdateSiteScreenContentsTable failed"},
     {"PathScreenContents", &SchemaTexts::pathScreenContents, "Create Path Screen Contents Table",
-     "Copy Path Screen Contents Table", noNewSites, nullptr, 0,
-     "Aborting conversion, UpdatePathScreenContentsTable failed"},
+     "Copy Path Screen Contents Table", "Aborting conversion, UpdatePathScreenContentsTable failed"},
 };
 
 /// Keeps the scratch file attached for a scope. Detaching is not counted in any result.
