@@ -89,9 +89,9 @@ struct PreferencesModel::Settings {
   Setting<QString> bluetoothDisplayName{QStringLiteral("Tarnbeam")};
   Setting<bool> rollPrecision{false};
   OwnedSetting<GeoidFormatSetting> geoidFormat{{{0, "EGM96"}, {1, "EGM2008"}}};
-  Setting<QString> userTechId{QString()};
+  Setting<QString> userTechId{QStringLiteral("tbm001")};
   Setting<bool> pathLengthThresholdEnabled{false};
-  Setting<double> pathLengthThreshold{10.0};
+  Setting<double> pathLengthThreshold{1000.0};
 };
 
 IPreferencesModel::~IPreferencesModel() = default;
