@@ -74,7 +74,9 @@ constexpr CleanupTexts pathTexts{
 };
 
 /// Appends each column of every row to the list given for it. False after six steps in a row that report
-/// neither a row nor done: a file that cannot be read must not keep the instrument from starting.
+/// neither a row nor done: a file that cannot be read must not keep the instrument from starting. A row
+/// starts the count anew, so an error behind the first row, after which the engine begins again, is not
+/// bounded.
 bool ReadKeys(Statement* statement, std::initializer_list<QVector<int>*> lists) {
   constexpr int bound = 6;
   int failed = 0;

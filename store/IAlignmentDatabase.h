@@ -22,6 +22,11 @@ class PathAlignmentPdfReportData;
 /// The order of the operations is binary interface. Objects passed in stay the caller's; objects returned
 /// are the caller's to delete. Failures are results and debug lines, never exceptions. There is no
 /// destructor here: a store is destroyed through its own class.
+///
+/// A transaction that cannot be committed, as while another process reads the file, is logged and changes no
+/// result. A delete of alignments or thresholds that is refused, as while another process writes, leaves its
+/// connection open until the process ends; where it was to be committed all the same, that connection holds a
+/// lock on the file.
 class IAlignmentDatabase {
  public:
   /// The schema version that the store writes.
@@ -72,8 +77,9 @@ class IAlignmentDatabase {
   virtual QVector<QString> GetPathIdentifiers() = 0;
 
   /// Deletes every alignment of the site, whatever its sector (`sectorName` is not read), what they refer
-  /// to, the site, and their thresholds. True when the thresholds were deleted or could not be asked for,
-  /// else whether the main file was changed.
+  /// to, the site, and their thresholds. Deleting the site's row is repeated without end while it keeps
+  /// failing, as it does while an alignment names it; so is a path's. True when the thresholds were deleted
+  /// or could not be asked for, else whether the main file was changed.
   virtual bool DeleteReportsBySiteAndSector(QString& siteIdentifier, QString& sectorName) = 0;
 
   /// Deletes every alignment of the path, what they refer to, the path, and their thresholds. Never rolls
@@ -89,8 +95,9 @@ class IAlignmentDatabase {
   /// refers to, and its thresholds. The path stays. False for an index out of range.
   virtual bool DeleteReportsByPathAndIndex(QString& pathIdentifier, int index) = 0;
 
-  /// Keeps what is entered on the two input screens; an empty screen deletes what was kept of it. False
-  /// when the main file cannot be opened or the site could not be written; then the path is not written.
+  /// Keeps what is entered on the two input screens; an empty screen deletes what was kept of it, and a
+  /// delete that keeps failing is repeated without end. False when the main file cannot be opened or the site
+  /// could not be written; then the path is not written.
   virtual bool StoreInputContents(IAlignerModel* model) = 0;
 
   /// Gives `model` new records of what was kept of the two screens; it takes ownership. Nothing kept leaves

@@ -76,6 +76,7 @@ constexpr std::array<void (*)(const QString&, const QString&), CurrentVersion> C
     CreateFiles<AlignmentDatabaseVersion3>, CreateFiles<AlignmentDatabaseVersion4>,
     CreateFiles<AlignmentDatabaseVersion5>, CreateFiles<AlignmentDatabaseVersion6>,
     CreateFiles<AlignmentDatabaseVersion7>};
+static_assert(Creators.back() != nullptr, "a version without its store");
 
 /// Rows of a pragma on a table, each as one text.
 QStringList TableFacts(const ReadOnlyDatabase& db, const QString& columns, const QString& pragma,

@@ -35,6 +35,7 @@ constexpr std::array<bool (*)(QString*), CurrentVersion - 1> Steps = {
     Convert<AlignmentDatabaseConverter1to2>, Convert<AlignmentDatabaseConverter2to3>,
     Convert<AlignmentDatabaseConverter3to4>, Convert<AlignmentDatabaseConverter4to5>,
     Convert<AlignmentDatabaseConverter5to6>, Convert<AlignmentDatabaseConverter6to7>};
+static_assert(Steps.back() != nullptr, "a version without its converter");
 
 [[noreturn]] void FailWithErrno(const QString& path) {
   throw Failure(QStringLiteral("%1: %2").arg(path, QString::fromLocal8Bit(std::strerror(errno))));

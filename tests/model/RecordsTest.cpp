@@ -3,6 +3,8 @@
 #include <cmath>
 #include <initializer_list>
 #include <memory>
+#include <ostream>
+#include <string>
 #include <vector>
 
 #include "model/AntennaAlignmentReportData.h"
@@ -351,6 +353,7 @@ TEST(ReportRecordTest, RecordsWithoutObjectsAreInvalidAndHarmless) {
 
 /// A measurement against the target 10, 2, 3 with the thresholds 1, 0.5 and 0.25.
 struct Deviation {
+  const char* name;
   Orientation measured;
   float azimuthError;
   float tiltError;
@@ -360,6 +363,10 @@ struct Deviation {
   bool siteWithin;
   bool pathWithin;
 };
+
+void PrintTo(const Deviation& deviation, std::ostream* out) { *out << deviation.name; }
+
+std::string DeviationName(const testing::TestParamInfo<Deviation>& info) { return info.param.name; }
 
 class DeviationTest : public testing::TestWithParam<Deviation> {};
 
@@ -380,18 +387,18 @@ TEST_P(DeviationTest, IsComparedWithTheThresholds) {
   EXPECT_EQ(path->IsWithinThresholds(), expected.pathWithin);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, DeviationTest,
-    testing::Values(
-        // At the thresholds, and at their negatives.
-        Deviation{Orientation(11.0F, 2.5F, 3.25F), 1.0F, 0.5F, 0.25F, true, true, true, true},
-        Deviation{Orientation(9.0F, 1.5F, 2.75F), -1.0F, -0.5F, -0.25F, true, true, true, true},
-        // One angle at a time beyond its threshold; roll does not count for paths.
-        Deviation{Orientation(11.5F, 2.0F, 3.0F), 1.5F, 0.0F, 0.0F, false, true, false, false},
-        Deviation{Orientation(10.0F, 2.75F, 3.0F), 0.0F, 0.75F, 0.0F, true, false, false, false},
-        Deviation{Orientation(10.0F, 2.0F, 2.5F), 0.0F, 0.0F, -0.5F, true, true, false, true},
-        // The azimuth by the shorter way round.
-        Deviation{Orientation(355.0F, 2.0F, 3.0F), -15.0F, 0.0F, 0.0F, false, true, false, false},
-        Deviation{Orientation(370.5F, 2.0F, 3.0F), 0.5F, 0.0F, 0.0F, true, true, true, true}));
+const Deviation deviations[] = {
+    {"AtThresholds", Orientation(11.0F, 2.5F, 3.25F), 1.0F, 0.5F, 0.25F, true, true, true, true},
+    {"AtNegativeThresholds", Orientation(9.0F, 1.5F, 2.75F), -1.0F, -0.5F, -0.25F, true, true, true, true},
+    {"AzimuthBeyond", Orientation(11.5F, 2.0F, 3.0F), 1.5F, 0.0F, 0.0F, false, true, false, false},
+    {"TiltBeyond", Orientation(10.0F, 2.75F, 3.0F), 0.0F, 0.75F, 0.0F, true, false, false, false},
+    // Roll does not count for paths.
+    {"RollBeyond", Orientation(10.0F, 2.0F, 2.5F), 0.0F, 0.0F, -0.5F, true, true, false, true},
+    {"AzimuthTheShorterWayRound", Orientation(355.0F, 2.0F, 3.0F), -15.0F, 0.0F, 0.0F, false, true, false,
+     false},
+    {"AzimuthBeyondFullTurn", Orientation(370.5F, 2.0F, 3.0F), 0.5F, 0.0F, 0.0F, true, true, true, true},
+};
+
+INSTANTIATE_TEST_SUITE_P(Table, DeviationTest, testing::ValuesIn(deviations), DeviationName);
 
 }  // namespace

@@ -3,6 +3,8 @@
 
 #include <QStringList>
 #include <memory>
+#include <ostream>
+#include <string>
 
 #include "model/AntennaAlignmentReportData.h"
 #include "model/PathAlignmentReportData.h"
@@ -87,10 +89,15 @@ TEST(AntennaAlignmentPdfReportDataTest, LeavesAVectorAloneThatSharesItsStorage) 
 }
 
 struct Comparison {
+  const char* name;
   Label a;
   Label b;
   bool less;
 };
+
+void PrintTo(const Comparison& comparison, std::ostream* out) { *out << comparison.name; }
+
+std::string ComparisonName(const testing::TestParamInfo<Comparison>& info) { return info.param.name; }
 
 class ReportDataLessThanTest : public testing::TestWithParam<Comparison> {};
 
@@ -104,20 +111,21 @@ TEST_P(ReportDataLessThanTest, Compares) {
 
 INSTANTIATE_TEST_SUITE_P(
     Table, ReportDataLessThanTest,
-    testing::Values(Comparison{{"a", "2"}, {"b", "1"}, true},         // sector decides over position
-                    Comparison{{"b", "1"}, {"a", "2"}, false},        // a lower position does not outweigh it
-                    Comparison{{"a", "1"}, {"a", "2"}, true},         // position decides among equal sectors
-                    Comparison{{"a", "2"}, {"a", "1"}, false},        //
-                    Comparison{{"a", "1"}, {"a", "1"}, false},        // equal is not less
-                    Comparison{{"A", "L"}, {"a", "l"}, false},        // nor where only the case differs,
-                    Comparison{{"a", "l"}, {"A", "L"}, false},        // in either direction
-                    Comparison{{"a", "1"}, {"B", "1"}, true},         // lower case would follow "B" otherwise
-                    Comparison{{"B", "1"}, {"a", "1"}, false},        //
-                    Comparison{{"a", "left"}, {"A", "Right"}, true},  //
-                    Comparison{{"a", "10"}, {"a", "9"}, true},        // texts, not numbers
-                    Comparison{{"", ""}, {"a", ""}, true},            //
-                    Comparison{{"z", "1"}, {u8"\u00e4", "1"}, true},  // by code unit, not by locale
-                    Comparison{{u8"\u00c4", "1"}, {u8"\u00e4", "2"}, true}));
+    testing::Values(Comparison{"LowerSectorOfHigherPosition", {"a", "2"}, {"b", "1"}, true},
+                    Comparison{"HigherSectorOfLowerPosition", {"b", "1"}, {"a", "2"}, false},
+                    Comparison{"LowerPositionOfSameSector", {"a", "1"}, {"a", "2"}, true},
+                    Comparison{"HigherPositionOfSameSector", {"a", "2"}, {"a", "1"}, false},
+                    Comparison{"Equal", {"a", "1"}, {"a", "1"}, false},
+                    Comparison{"EqualButUpperCase", {"A", "L"}, {"a", "l"}, false},
+                    Comparison{"EqualButLowerCase", {"a", "l"}, {"A", "L"}, false},
+                    Comparison{"LowerCaseBeforeUpperCase", {"a", "1"}, {"B", "1"}, true},
+                    Comparison{"UpperCaseAfterLowerCase", {"B", "1"}, {"a", "1"}, false},
+                    Comparison{"PositionOfSectorInOtherCase", {"a", "left"}, {"A", "Right"}, true},
+                    Comparison{"TextsNotNumbers", {"a", "10"}, {"a", "9"}, true},
+                    Comparison{"EmptySector", {"", ""}, {"a", ""}, true},
+                    Comparison{"ByCodeUnitNotByLocale", {"z", "1"}, {u8"\u00e4", "1"}, true},
+                    Comparison{"UmlautInOtherCase", {u8"\u00c4", "1"}, {u8"\u00e4", "2"}, true}),
+    ComparisonName);
 
 TEST(PdfReportDataTest, SiteReportAnswersNameTypeAndFileName) {
   QString fileBase = "S1-A-Report";
