@@ -68,6 +68,7 @@ std::vector<Alignment> LatestOfEach(const std::vector<Alignment>& alignments) {
     if (!isNew && place->second.time <= alignment.time) place->second = alignment;
   }
   std::vector<Alignment> list;
+  list.reserve(latest.size());
   for (const auto& item : latest) list.push_back(item.second);
   return list;
 }
@@ -358,7 +359,7 @@ QString Write(const Reports& reports, const QString& folder) {
   // An identifier may hold what separates folders.
   QString name = reports.pdfName;
   name.replace(QLatin1Char('/'), QLatin1Char('_'));
-  const QString path = folder + QLatin1Char('/') + name;
+  QString path = folder + QLatin1Char('/') + name;
   if (!QFileInfo(folder).isDir()) throw Failure(QStringLiteral("%1: no such folder").arg(folder));
   QPdfWriter writer(path);
   writer.setPageSize(QPageSize(QPageSize::A4));

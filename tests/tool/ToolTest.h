@@ -21,6 +21,7 @@ struct Outcome {
 // that folder are given without it.
 class ToolTest : public testing::Test {
  protected:
+  ToolTest();
   // `terminalInput`, if not empty, is typed on a terminal that is then the standard input.
   Outcome Run(const QStringList& words, const QString& terminalInput = QString());
   // Expects success and silence on standard error, and answers standard output.
