@@ -4,6 +4,7 @@
 #include <QTemporaryDir>
 #include <array>
 #include <functional>
+#include <iterator>
 #include <memory>
 
 #include "store/AlignmentDatabaseVersion7.h"
@@ -71,12 +72,12 @@ void CreateFiles(const QString& mainPath, const QString& thresholdsPath) {
   const std::unique_ptr<Store> store(Store::Create(mainPath, thresholdsPath));
 }
 
-constexpr std::array<void (*)(const QString&, const QString&), CurrentVersion> Creators = {
+constexpr void (*Creators[])(const QString&, const QString&) = {
     CreateFiles<AlignmentDatabaseVersion1>, CreateFiles<AlignmentDatabaseVersion2>,
     CreateFiles<AlignmentDatabaseVersion3>, CreateFiles<AlignmentDatabaseVersion4>,
     CreateFiles<AlignmentDatabaseVersion5>, CreateFiles<AlignmentDatabaseVersion6>,
     CreateFiles<AlignmentDatabaseVersion7>};
-static_assert(Creators.back() != nullptr, "a version without its store");
+static_assert(std::size(Creators) == CurrentVersion, "a version without its store");
 
 /// Rows of a pragma on a table, each as one text.
 QStringList TableFacts(const ReadOnlyDatabase& db, const QString& columns, const QString& pragma,
@@ -213,7 +214,7 @@ bool CheckFiles(const QString& mainPath, const QString& thresholdsPath) {
   const QString freshThresholds = folder.filePath(QStringLiteral("thresholds.sqlite"));
   const bool known = version >= 1 && version <= CurrentVersion;
   if (known) {
-    Creators.at(version - 1)(freshMain, freshThresholds);
+    Creators[version - 1](freshMain, freshThresholds);
     LookAtSchema(mainPath, mainFile, freshMain, &findings);
   }
   LookByRules(mainFile, MainRules, &findings);

@@ -8,10 +8,10 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
-#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 #include "migration/AlignmentDatabaseConverter1to2.h"
 #include "migration/AlignmentDatabaseConverter2to3.h"
@@ -31,11 +31,11 @@ bool Convert(QString* path) {
 }
 
 // The converter at index N - 1 starts from version N.
-constexpr std::array<bool (*)(QString*), CurrentVersion - 1> Steps = {
+constexpr bool (*Steps[])(QString*) = {
     Convert<AlignmentDatabaseConverter1to2>, Convert<AlignmentDatabaseConverter2to3>,
     Convert<AlignmentDatabaseConverter3to4>, Convert<AlignmentDatabaseConverter4to5>,
     Convert<AlignmentDatabaseConverter5to6>, Convert<AlignmentDatabaseConverter6to7>};
-static_assert(Steps.back() != nullptr, "a version without its converter");
+static_assert(std::size(Steps) == CurrentVersion - 1, "a version without its converter");
 
 [[noreturn]] void FailWithErrno(const QString& path) {
   throw Failure(QStringLiteral("%1: %2").arg(path, QString::fromLocal8Bit(std::strerror(errno))));
@@ -73,7 +73,7 @@ void RunSteps(const QString& shownPath, QString copy, unsigned int version) {
     QElapsedTimer timer;
     timer.start();
     LibraryLog::Clear();
-    if (!Steps.at(version - 1)(&copy)) {
+    if (!Steps[version - 1](&copy)) {
       LibraryLog::Fail(
           QStringLiteral(
               "%1: version %2 could not be converted to %3; the file is as it was. Conversions work "
