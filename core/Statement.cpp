@@ -2,7 +2,6 @@
 
 #include <sqlite3.h>
 
-#include "core/DebugLog.h"
 #include "core/Sql.h"
 
 Statement::Statement(sqlite3* db, const char* sql, const char* label)

@@ -3,7 +3,6 @@
 #include <sqlite3.h>
 
 #include "core/DebugLog.h"
-#include "core/Sql.h"
 #include "core/Statement.h"
 #include "migration/Conversion.h"
 

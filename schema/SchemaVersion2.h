@@ -5,8 +5,10 @@
 #define PREFERENCES_TABLE_2                                                                             \
   PREFERENCES_TABLE_1 ", AccelerometerCalibrated INTEGER NOT NULL, GNSSFileCRC INTEGER NOT NULL DEFAULT 0, " \
   "TiltIndicatorEnabled INTEGER NOT NULL DEFAULT 1, RollIndicatorEnabled INTEGER NOT NULL DEFAULT 1"
-#define PREFERENCES_COLUMNS_2 \
-  PREFERENCES_COLUMNS_1 ", AccelerometerCalibrated, GNSSFileCRC, TiltIndicatorEnabled, RollIndicatorEnabled"
+// Saving and restoring differ by the blank before TiltIndicatorEnabled.
+#define PREFERENCES_COLUMNS_2(gap) \
+  PREFERENCES_COLUMNS_1 ", AccelerometerCalibrated, GNSSFileCRC," gap "TiltIndicatorEnabled, " \
+                        "RollIndicatorEnabled"
 #define PREFERENCES_VALUES_2 PREFERENCES_VALUES_1 ",?,?,?,?"
 
 #define ANTENNA_ALIGNMENT_CORRECT_REFERENCES \
@@ -26,7 +28,7 @@ constexpr SchemaTexts SchemaVersion2() {
   texts.preferences = PREFERENCES_TABLE_2 ")";
   texts.antennaAlignmentCopy = ANTENNA_ALIGNMENT_COLUMNS ANTENNA_ALIGNMENT_CORRECT_REFERENCES;
   texts.pathAlignmentCopy = PATH_ALIGNMENT_COLUMNS PATH_ALIGNMENT_CORRECT_REFERENCES " ON DELETE CASCADE )";
-  texts.savePreferences = SAVE_PREFERENCES(PREFERENCES_COLUMNS_2, PREFERENCES_VALUES_2);
-  texts.restorePreferences = RESTORE_PREFERENCES(PREFERENCES_COLUMNS_2);
+  texts.savePreferences = SAVE_PREFERENCES(PREFERENCES_COLUMNS_2(" "), PREFERENCES_VALUES_2);
+  texts.restorePreferences = RESTORE_PREFERENCES(PREFERENCES_COLUMNS_2(""));
   return texts;
 }

@@ -5,7 +5,7 @@
 #define PREFERENCES_TABLE_3                                                 \
   PREFERENCES_TABLE_2 ", TiltInversionEnabled INTEGER NOT NULL DEFAULT 0, " \
   "BluetoothDisplayName TEXT NOT NULL DEFAULT 'Tarnbeam'"
-#define PREFERENCES_COLUMNS_3 PREFERENCES_COLUMNS_2 ", TiltInversionEnabled, BluetoothDisplayName"
+#define PREFERENCES_COLUMNS_3(gap) PREFERENCES_COLUMNS_2(gap) ", TiltInversionEnabled, BluetoothDisplayName"
 #define PREFERENCES_VALUES_3 PREFERENCES_VALUES_2 ",?,?"
 
 #define ANTENNA_ALIGNMENT_COLUMNS_3 \
@@ -32,7 +32,7 @@ constexpr SchemaTexts SchemaVersion3() {
       INSERT_PATH_ALIGNMENT ", TiltInversionEnabled ) VALUES (?,?,?,?,?,?,?,?,?,?,?) ";
   texts.selectSiteReports = SELECT_SITE_REPORTS_3 FROM_SITE_REPORTS;
   texts.selectPathReports = SELECT_PATH_REPORTS_3 FROM_PATH_REPORTS;
-  texts.savePreferences = SAVE_PREFERENCES(PREFERENCES_COLUMNS_3, PREFERENCES_VALUES_3);
-  texts.restorePreferences = RESTORE_PREFERENCES(PREFERENCES_COLUMNS_3);
+  texts.savePreferences = SAVE_PREFERENCES(PREFERENCES_COLUMNS_3(" "), PREFERENCES_VALUES_3);
+  texts.restorePreferences = RESTORE_PREFERENCES(PREFERENCES_COLUMNS_3(""));
   return texts;
 }

@@ -3,7 +3,7 @@
 #include "schema/SchemaVersion4.h"
 
 #define PREFERENCES_TABLE_5 PREFERENCES_TABLE_4 ", RollPrecision INTEGER NOT NULL DEFAULT 0"
-#define PREFERENCES_COLUMNS_5 PREFERENCES_COLUMNS_3 ", RollPrecision"
+#define PREFERENCES_COLUMNS_5(gap) PREFERENCES_COLUMNS_3(gap) ", RollPrecision"
 #define PREFERENCES_VALUES_5 PREFERENCES_VALUES_3 ",?"
 
 #define ANTENNA_ALIGNMENT_COLUMNS_5 ANTENNA_ALIGNMENT_COLUMNS_4 "RollPrecision INTEGER NOT NULL DEFAULT 0, "
@@ -17,7 +17,7 @@ constexpr SchemaTexts SchemaVersion5() {
   texts.insertAntennaAlignment = INSERT_ANTENNA_ALIGNMENT
       ", TiltInversionEnabled,Note,RollPrecision) VALUES (?,?,?,?,?,?,?,?,?,?,?,?)";
   texts.selectSiteReports = SELECT_SITE_REPORTS_4 ", a.RollPrecision" FROM_SITE_REPORTS;
-  texts.savePreferences = SAVE_PREFERENCES(PREFERENCES_COLUMNS_5, PREFERENCES_VALUES_5);
-  texts.restorePreferences = RESTORE_PREFERENCES(PREFERENCES_COLUMNS_5);
+  texts.savePreferences = SAVE_PREFERENCES(PREFERENCES_COLUMNS_5(" "), PREFERENCES_VALUES_5);
+  texts.restorePreferences = RESTORE_PREFERENCES(PREFERENCES_COLUMNS_5(""));
   return texts;
 }

@@ -15,7 +15,7 @@ constexpr SchemaTexts SchemaVersion7() {
       INSERT_PATH_ALIGNMENT ", TiltInversionEnabled, Note ) VALUES (?,?,?,?,?,?,?,?,?,?,?,?) ";
   texts.selectPathReports = SELECT_PATH_REPORTS_3 ",a.Note" FROM_PATH_REPORTS;
   texts.savePreferences =
-      SAVE_PREFERENCES(PREFERENCES_COLUMNS_6 ", UserTechId", PREFERENCES_VALUES_6 ",?");
-  texts.restorePreferences = RESTORE_PREFERENCES(PREFERENCES_COLUMNS_6 ", UserTechId");
+      SAVE_PREFERENCES(PREFERENCES_COLUMNS_6(" ") ", UserTechId", PREFERENCES_VALUES_6 ",?");
+  texts.restorePreferences = RESTORE_PREFERENCES(PREFERENCES_COLUMNS_6("") ", UserTechId");
   return texts;
 }

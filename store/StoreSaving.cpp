@@ -1,6 +1,5 @@
 // Saving site and path alignments: the row writers, and the two transactions of a save.
 #include "core/Connection.h"
-#include "core/DebugLog.h"
 #include "core/Statement.h"
 #include "model/AntennaAlignmentReportData.h"
 #include "model/IGeolocation.h"

@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 
 #include "model/IModelObserver.h"
+#include "schema/SchemaVersion7.h"
 #include "store/StoreDescription.h"
 #include "tests/model/CountingObserver.h"
 #include "tests/store/SamplePreferences.h"
@@ -259,9 +260,7 @@ const QString cannotOpen = QStringLiteral("Can't open database: rval= 14 : unabl
 const QString busy = QStringLiteral("  failed with  5 : database is locked");
 const QString noMemory = QStringLiteral("  failed with  7 : out of memory");
 
-Fault OpeningOf(const char* file) {
-  return Fault("open_v2", SQLITE_CANTOPEN).OnFile(file);
-}
+Fault OpeningOf(const char* file) { return Fault("open_v2", SQLITE_CANTOPEN).OnFile(file); }
 
 std::vector<PreferencesBranch> SaveBranches(bool hasThresholds) {
   std::vector<PreferencesBranch> branches{
@@ -441,5 +440,28 @@ TEST_P(PreferencesTest, OnlyRowOneCounts) {
 }
 
 INSTANTIATE_FOR_ALL_VERSIONS(PreferencesTest);
+
+TEST(PreferencesTextsTest, OfTheCurrentVersionAreToTheLetter) {
+  const SchemaTexts texts = SchemaVersion7();
+  EXPECT_STREQ(texts.savePreferences,
+               "INSERT OR REPLACE INTO Preferences (RowID,DistanceUnits,AzimuthOffset,DateFormat, "
+               "CoordinateFormat, DatumFormat, HeightSource, AutoShutoffDelay,ShowCrosshairs,ShowTarget, "
+               "CameraEnabled, BluetoothEnabled, AzimuthThreshold, TiltThreshold, RollThreshold, "
+               "AccelerometerXOffset, AccelerometerYOffset, CalibrationDate, SerialNumber, TimeZone, "
+               "SerialNumberValid, SoundEnabled, AccelerometerXGain, DaylightSavingsEnabled, "
+               "AccelerometerZOffset, AccelerometerZGain, AccelerometerCalibrated, GNSSFileCRC, "
+               "TiltIndicatorEnabled, RollIndicatorEnabled, TiltInversionEnabled, BluetoothDisplayName, "
+               "RollPrecision, GeoidFormat, UserTechId ) VALUES "
+               "(1,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)");
+  EXPECT_STREQ(
+      texts.restorePreferences,
+      "SELECT DistanceUnits,AzimuthOffset,DateFormat, CoordinateFormat, DatumFormat, HeightSource, "
+      "AutoShutoffDelay,ShowCrosshairs,ShowTarget, CameraEnabled, BluetoothEnabled, AzimuthThreshold, "
+      "TiltThreshold, RollThreshold, AccelerometerXOffset, AccelerometerYOffset, CalibrationDate, "
+      "SerialNumber, TimeZone, SerialNumberValid, SoundEnabled, AccelerometerXGain, "
+      "DaylightSavingsEnabled, AccelerometerZOffset, AccelerometerZGain, AccelerometerCalibrated, "
+      "GNSSFileCRC,TiltIndicatorEnabled, RollIndicatorEnabled, TiltInversionEnabled, "
+      "BluetoothDisplayName, RollPrecision, GeoidFormat, UserTechId FROM Preferences WHERE (RowID=1)");
+}
 
 }  // namespace
