@@ -12,13 +12,7 @@
 #include "model/PathInformation.h"
 #include "model/PreferencesModel.h"
 #include "model/SiteInformation.h"
-#include "store/AlignmentDatabaseVersion7.h"
-#include "store/legacy/AlignmentDatabaseVersion1.h"
-#include "store/legacy/AlignmentDatabaseVersion2.h"
-#include "store/legacy/AlignmentDatabaseVersion3.h"
-#include "store/legacy/AlignmentDatabaseVersion4.h"
-#include "store/legacy/AlignmentDatabaseVersion5.h"
-#include "store/legacy/AlignmentDatabaseVersion6.h"
+#include "store/AllStores.h"
 
 namespace fs = std::filesystem;
 
@@ -38,22 +32,9 @@ void CreateBy(const QString& main, const QString& thresholds) {
 }
 
 void CreateFiles(int version, const QString& main, const QString& thresholds) {
-  switch (version) {
-    case 1:
-      return CreateBy<AlignmentDatabaseVersion1>(main, thresholds);
-    case 2:
-      return CreateBy<AlignmentDatabaseVersion2>(main, thresholds);
-    case 3:
-      return CreateBy<AlignmentDatabaseVersion3>(main, thresholds);
-    case 4:
-      return CreateBy<AlignmentDatabaseVersion4>(main, thresholds);
-    case 5:
-      return CreateBy<AlignmentDatabaseVersion5>(main, thresholds);
-    case 6:
-      return CreateBy<AlignmentDatabaseVersion6>(main, thresholds);
-    default:
-      return CreateBy<AlignmentDatabaseVersion7>(main, thresholds);
-  }
+  static constexpr auto creators =
+      AllStores::Table([](auto store) { return &CreateBy<typename decltype(store)::Type>; });
+  creators.at(static_cast<std::size_t>(version - 1))(main, thresholds);
 }
 
 class Database {

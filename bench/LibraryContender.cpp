@@ -1,12 +1,7 @@
 #include "bench/LibraryContender.h"
 
 #include "bench/Sample.h"
-#include "migration/AlignmentDatabaseConverter1to2.h"
-#include "migration/AlignmentDatabaseConverter2to3.h"
-#include "migration/AlignmentDatabaseConverter3to4.h"
-#include "migration/AlignmentDatabaseConverter4to5.h"
-#include "migration/AlignmentDatabaseConverter5to6.h"
-#include "migration/AlignmentDatabaseConverter6to7.h"
+#include "migration/AllConverters.h"
 #include "model/AlignerModel.h"
 #include "model/AntennaAlignmentReportData.h"
 #include "model/PathAlignmentReportData.h"
@@ -60,20 +55,9 @@ class LibraryContender : public Contender {
            restored_.HasCurrentPath();
   }
   bool Convert(int version) override {
-    switch (version) {
-      case 1:
-        return ConvertBy<AlignmentDatabaseConverter1to2>(main_);
-      case 2:
-        return ConvertBy<AlignmentDatabaseConverter2to3>(main_);
-      case 3:
-        return ConvertBy<AlignmentDatabaseConverter3to4>(main_);
-      case 4:
-        return ConvertBy<AlignmentDatabaseConverter4to5>(main_);
-      case 5:
-        return ConvertBy<AlignmentDatabaseConverter5to6>(main_);
-      default:
-        return ConvertBy<AlignmentDatabaseConverter6to7>(main_);
-    }
+    static constexpr auto converters =
+        AllConverters::Table([](auto converter) { return &ConvertBy<typename decltype(converter)::Type>; });
+    return converters.at(static_cast<std::size_t>(version - 1))(main_);
   }
 
  private:
@@ -91,6 +75,4 @@ class LibraryContender : public Contender {
 
 }  // namespace
 
-std::unique_ptr<Contender> MakeLibraryContender() {
-  return std::make_unique<LibraryContender>();
-}
+std::unique_ptr<Contender> MakeLibraryContender() { return std::make_unique<LibraryContender>(); }

@@ -12,6 +12,7 @@
 #include <iostream>
 #include <limits>
 #include <map>
+#include <optional>
 
 #if __has_include(<valgrind/callgrind.h>)
 #include <valgrind/callgrind.h>
@@ -26,33 +27,40 @@
 #include "bench/LibraryContender.h"
 #include "bench/Operations.h"
 #include "bench/Peers.h"
+#include "core/OperationGuard.h"
 
 namespace {
+
+bool Is(const char* name, const char* other) { return std::strcmp(name, other) == 0; }
 
 Contender& ContenderOf(const char* name) {
   static std::map<std::string, std::unique_ptr<Contender>> contenders;
   std::unique_ptr<Contender>& contender = contenders[name];
   if (contender == nullptr) {
-    contender = std::strcmp(name, Contenders::library) == 0 ? MakeLibraryContender() : MakePeer(name);
+    const bool library = Is(name, Contenders::library) || Is(name, Contenders::guarded);
+    contender = library ? MakeLibraryContender() : MakePeer(name);
   }
   return *contender;
 }
 
-void Run(const Operation& operation, Contender& contender, int nth) {
-  if (!operation.run(contender, nth)) throw std::runtime_error(operation.Title() + " failed");
+/// With a guard for the one operation where the contender has one.
+void Run(const Operation& operation, const char* name, int nth) {
+  std::optional<OperationGuard> guard;
+  if (Is(name, Contenders::guarded)) guard.emplace();
+  const bool succeeded = operation.run(ContenderOf(name), nth) && (!guard || guard->Succeeded());
+  if (!succeeded) throw std::runtime_error(operation.Title() + " failed");
 }
 
 /// Measured the second time, when every shared object is bound and every locale loaded.
 Counters CostsOf(const Operation& operation, const char* name) {
   const std::string title = operation.Title() + "/" + name;
-  Contender& contender = ContenderOf(name);
   operation.content.Install();
-  Run(operation, contender, 0);
+  Run(operation, name, 0);
   if (operation.runs == 1) operation.content.Install();
   CALLGRIND_START_INSTRUMENTATION;
   CALLGRIND_ZERO_STATS;
   Counters::Start();
-  Run(operation, contender, operation.runs == 1 ? 0 : 1);
+  Run(operation, name, operation.runs == 1 ? 0 : 1);
   const Counters costs = Counters::Stop();
   CALLGRIND_DUMP_STATS_AT(title.c_str());
   CALLGRIND_STOP_INSTRUMENTATION;
@@ -81,7 +89,6 @@ int PrintCosts(const Limits& limits) {
 }
 
 void Measure(benchmark::State& state, const Operation& operation, const char* name) {
-  Contender& contender = ContenderOf(name);
   int nth = 0;
   if (operation.runs > 1) operation.content.Install();
   for (auto iteration : state) {
@@ -91,7 +98,7 @@ void Measure(benchmark::State& state, const Operation& operation, const char* na
       operation.content.Install();
       state.ResumeTiming();
     }
-    Run(operation, contender, nth++);
+    Run(operation, name, nth++);
   }
 }
 

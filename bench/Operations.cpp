@@ -5,11 +5,13 @@
 
 namespace {
 
-const std::vector<const char*> everybody{Contenders::library, Contenders::floor, Contenders::floorWithValues,
-                                         Contenders::qtSql, Contenders::sqliteCpp};
+const std::vector<const char*> everybody{Contenders::library, Contenders::guarded,
+                                         Contenders::floor,   Contenders::floorWithValues,
+                                         Contenders::qtSql,   Contenders::sqliteCpp};
 // Conversions build no Qt values.
-const std::vector<const char*> converters{Contenders::library, Contenders::floor, Contenders::floorByHash,
-                                          Contenders::qtSql, Contenders::sqliteCpp};
+const std::vector<const char*> converters{Contenders::library, Contenders::guarded,
+                                          Contenders::floor,   Contenders::floorByHash,
+                                          Contenders::qtSql,   Contenders::sqliteCpp};
 
 Content Alignments(int firstSite, int others, int perSite = 100) {
   Content content;
@@ -102,9 +104,7 @@ void AddConversions(std::vector<Operation>* all) {
 
 }  // namespace
 
-std::string Operation::Title() const {
-  return size < 0 ? name : name + "/" + std::to_string(size);
-}
+std::string Operation::Title() const { return size < 0 ? name : name + "/" + std::to_string(size); }
 
 std::vector<Operation> Operations(const Limits& limits) {
   std::vector<Operation> all;

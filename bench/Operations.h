@@ -9,6 +9,7 @@
 
 namespace Contenders {
 constexpr char library[] = "library";
+constexpr char guarded[] = "library+guard";
 constexpr char floor[] = "floor";
 constexpr char floorWithValues[] = "floor+Qt values";
 constexpr char floorByHash[] = "floor, search by hash";

@@ -303,7 +303,7 @@ class Peer : public Contender {
       record->measured[axis] = Float(row, 12 + axis);
     }
     record->fixTime = QDateTime::currentDateTime();
-    record->time = QDateTime::fromTime_t(static_cast<unsigned int>(row.Int(11)));
+    record->time = QDateTime::fromSecsSinceEpoch(static_cast<unsigned int>(row.Int(11)));
     record->height = row.Real(15);
     record->heightType = row.Int(16);
     record->tiltInversion = row.Int(17) > 0;

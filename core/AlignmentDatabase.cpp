@@ -1,31 +1,26 @@
 #include "core/AlignmentDatabase.h"
 
-#include <sqlite3.h>
-
 #include <utility>
 
 #include "core/Connection.h"
 #include "core/DebugLog.h"
-#include "core/Sql.h"
+#include "core/Statement.h"
 
 AlignmentDatabase::AlignmentDatabase(QString databasePath, QString secondDatabasePath)
     : databasePath_(std::move(databasePath)), secondDatabasePath_(std::move(secondDatabasePath)) {}
 
 bool AlignmentDatabase::GetDatabaseFileVersion(QString path, unsigned int* version) {
   if (version == nullptr) return false;
+  const LibraryCall call;
   const Connection db(Sql::OpenForWriting(path));
   if (!db) return false;
-  sqlite3_stmt* statement = nullptr;
-  const int prepared = sqlite3_prepare_v2(db, "SELECT VersionNumber FROM Version", -1, &statement, nullptr);
-  bool found = false;
-  if (prepared != SQLITE_OK) {
-    Sql::LogFailure("sqlite3_prepare_v2 failed with ", prepared, db);
-  } else if (sqlite3_step(statement) == SQLITE_ROW) {
-    *version = static_cast<unsigned int>(sqlite3_column_int(statement, 0));
-    found = true;
-  }
-  Sql::Finalize(statement);
-  return found;
+  sqlite3_stmt* prepared = nullptr;
+  const int result = Sql::TryPrepare(db, "SELECT VersionNumber FROM Version", &prepared);
+  if (result != SQLITE_OK) Sql::LogFailure("sqlite3_prepare_v2 failed with ", result, db);
+  Statement row(db, prepared);
+  if (row.Step() != SQLITE_ROW) return false;
+  *version = static_cast<unsigned int>(row.IntColumn(0));
+  return true;
 }
 
 bool AlignmentDatabase::OpenDatabase(QString path, sqlite3** db, bool readOnly) {
@@ -54,15 +49,11 @@ sqlite3_stmt* AlignmentDatabase::PrepareStatement(sqlite3* db, const char* sql, 
 
 void AlignmentDatabase::FinalizeStatement(sqlite3_stmt* statement) { Sql::Finalize(statement); }
 
-bool AlignmentDatabase::BeginTransaction(sqlite3* db) {
-  return ExecuteNonQueryCommand(db, "BEGIN TRANSACTION;", "Begin Transaction");
-}
+bool AlignmentDatabase::BeginTransaction(sqlite3* db) { return Sql::Begin(db); }
 
-bool AlignmentDatabase::EndTransaction(sqlite3* db) {
-  return ExecuteNonQueryCommand(db, "END TRANSACTION;", "End Transaction");
-}
+bool AlignmentDatabase::EndTransaction(sqlite3* db) { return Sql::End(db); }
 
-bool AlignmentDatabase::RollBack(sqlite3* db) { return ExecuteNonQueryCommand(db, "ROLLBACK;", "Roll Back"); }
+bool AlignmentDatabase::RollBack(sqlite3* db) { return Sql::RollBack(db); }
 
 unsigned int AlignmentDatabase::QDateToUnixUtc(QDateTime& time) { return Sql::ToUnixUtc(time); }
 
@@ -73,16 +64,12 @@ bool AlignmentDatabase::InitializeVersionTable(sqlite3* db) {
                               "CreateVersionTable")) {
     return false;
   }
-  sqlite3_stmt* statement = PrepareStatement(
-      db, "INSERT OR REPLACE INTO Version (rowID,VersionNumber) values (1,?)", "Insert Version");
-  if (statement == nullptr) return false;
-  const int bound = sqlite3_bind_int(statement, 1, static_cast<int>(Version()));
-  bool stored = false;
+  Statement insert(db, "INSERT OR REPLACE INTO Version (rowID,VersionNumber) values (1,?)", "Insert Version");
+  if (!insert) return false;
+  const int bound = insert.BindInt(static_cast<int>(Version()));
   if (bound != SQLITE_OK) {
     LogDebug("SQL bind failed with ", bound, " errmsg: ", sqlite3_errmsg(db));
-  } else {
-    stored = sqlite3_step(statement) == SQLITE_DONE;
+    return false;
   }
-  FinalizeStatement(statement);
-  return stored;
+  return insert.Run();
 }

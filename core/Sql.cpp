@@ -2,15 +2,26 @@
 
 #include <sqlite3.h>
 
+#include <limits>
+
 #include "core/DebugLog.h"
+#include "core/Watch.h"
 
 namespace {
 
+/// Closes a connection that could not be made ready for use; no line tells whether it refuses.
+void Discard(sqlite3* db) {
+  const int result = sqlite3_close(db);
+  if (result != SQLITE_OK) Watch::CloseRefused(db, result);
+}
+
 // A pragma's failure closes the connection, yet leaves the handle's value: callers go by the result alone.
 bool SetPragma(sqlite3* db, const char* sql, const char* failureLine) {
-  if (sqlite3_exec(db, sql, nullptr, nullptr, nullptr) == SQLITE_OK) return true;
+  const int result = sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
+  if (result == SQLITE_OK) return true;
+  Watch::CallFailed(db, result, "execute", sql);
   LogDebug(failureLine);
-  sqlite3_close(db);
+  Discard(db);
   return false;
 }
 
@@ -24,11 +35,13 @@ bool Open(const QString& path, sqlite3** db, bool readOnly) {
   const int flags = readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
   const int result = sqlite3_open_v2(path.toLocal8Bit().constData(), db, flags, nullptr);
   if (result != SQLITE_OK) {
+    Watch::CallFailed(*db, result, "open", path.toUtf8().constData());
     LogFailure("Can't open database: rval=", result, *db);
-    sqlite3_close(*db);
+    Discard(*db);
     *db = nullptr;
     return false;
   }
+  Watch::Opened(*db);
   return SetPragma(*db, "PRAGMA foreign_keys = ON;", "SQL PRAGMA foreign_keys = ON failed") &&
          SetPragma(*db, "PRAGMA temp_store = MEMORY;", "SQL PRAGMA temp_store = MEMORY failed");
 }
@@ -41,27 +54,46 @@ sqlite3* OpenForWriting(const QString& path) {
 void Close(sqlite3* db) {
   if (db == nullptr) return;
   const int result = sqlite3_close(db);
-  if (result != SQLITE_OK) LogDebug("sqlite3_close failed with ", result, sqlite3_errmsg(db));
+  if (result == SQLITE_OK) return;
+  LogDebug("sqlite3_close failed with ", result, sqlite3_errmsg(db));
+  Watch::CloseRefused(db, result);
 }
 
 bool Execute(sqlite3* db, const char* sql, const char* description) {
   if (db == nullptr || sql == nullptr || description == nullptr) return false;
+  const LibraryCall call;
   char* message = nullptr;
   const int result = sqlite3_exec(db, sql, nullptr, nullptr, &message);
   if (result == SQLITE_OK) return true;
+  Watch::CallFailed(db, result, "execute", sql);
   LogDebug("SQL ", description, " failed with ", result, ":",
            message != nullptr ? message : sqlite3_errmsg(db));
   sqlite3_free(message);
   return false;
 }
 
+bool Begin(sqlite3* db) { return Execute(db, "BEGIN TRANSACTION;", "Begin Transaction"); }
+
+bool End(sqlite3* db) { return Execute(db, "END TRANSACTION;", "End Transaction"); }
+
+bool RollBack(sqlite3* db) { return Execute(db, "ROLLBACK;", "Roll Back"); }
+
 sqlite3_stmt* Prepare(sqlite3* db, const char* sql, const char* description) {
   if (db == nullptr || sql == nullptr || description == nullptr) return nullptr;
   sqlite3_stmt* statement = nullptr;
-  const int result = sqlite3_prepare_v2(db, sql, -1, &statement, nullptr);
+  const int result = TryPrepare(db, sql, &statement);
   if (result == SQLITE_OK) return statement;
   LogDebug("SQL prepare ", description, " failed with ", result, ":", sqlite3_errmsg(db));
   return nullptr;
+}
+
+int TryPrepare(sqlite3* db, const char* sql, sqlite3_stmt** statement) {
+  const int result = sqlite3_prepare_v2(db, sql, -1, statement, nullptr);
+  // A text that holds no statement yields none either, and is as little use to its caller.
+  if (*statement == nullptr) {
+    Watch::CallFailed(db, result != SQLITE_OK ? result : SQLITE_MISUSE, "prepare", sql);
+  }
+  return result;
 }
 
 void Finalize(sqlite3_stmt* statement) {
@@ -73,8 +105,13 @@ void Finalize(sqlite3_stmt* statement) {
 
 void LogFailure(const char* text, int code, sqlite3* db) { LogDebug(text, code, ":", sqlite3_errmsg(db)); }
 
-unsigned int ToUnixUtc(const QDateTime& time) { return time.toTimeSpec(Qt::UTC).toTime_t(); }
+unsigned int ToUnixUtc(const QDateTime& time) {
+  constexpr qint64 none = std::numeric_limits<unsigned int>::max();
+  // Cut off towards zero, so the last second before 1970 counts as the first one of it but for its beginning.
+  const qint64 seconds = time.toMSecsSinceEpoch() / 1000;
+  return static_cast<unsigned int>(time.isValid() && seconds >= 0 && seconds < none ? seconds : none);
+}
 
-QDateTime FromUnixUtc(unsigned int seconds) { return QDateTime::fromTime_t(seconds); }
+QDateTime FromUnixUtc(unsigned int seconds) { return QDateTime::fromSecsSinceEpoch(seconds); }
 
 }  // namespace Sql

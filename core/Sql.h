@@ -23,8 +23,17 @@ void Close(sqlite3* db);
 /// Runs one or several statements that return no rows. `description` names them in the failure line.
 bool Execute(sqlite3* db, const char* sql, const char* description);
 
+// Transactions, of SQLite's deferred kind; End() commits. A failure is logged under "Begin Transaction",
+// "End Transaction" and "Roll Back".
+bool Begin(sqlite3* db);
+bool End(sqlite3* db);
+bool RollBack(sqlite3* db);
+
 /// Null on failure, which is logged. The caller owns the statement.
 sqlite3_stmt* Prepare(sqlite3* db, const char* sql, const char* description);
+
+/// The same for a caller with a line of its own: SQLite's result, and null on failure.
+int TryPrepare(sqlite3* db, const char* sql, sqlite3_stmt** statement);
 
 /// Resets, unbinds and finalises; null is ignored.
 void Finalize(sqlite3_stmt* statement);

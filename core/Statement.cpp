@@ -1,6 +1,6 @@
 #include "core/Statement.h"
 
-#include <sqlite3.h>
+#include <utility>
 
 #include "core/Sql.h"
 
@@ -33,20 +33,32 @@ Statement& Statement::WideKey(long long key, const char* failureText) {
   return Settle(sqlite3_bind_int64(statement_, ++position_, key), failureText, OnFailure::Stop);
 }
 
-bool Statement::BindsInt(int value) { return sqlite3_bind_int(statement_, ++position_, value) == SQLITE_OK; }
-
-bool Statement::BindsWideKey(long long key) {
-  return sqlite3_bind_int64(statement_, ++position_, key) == SQLITE_OK;
+int Statement::BindInt(int value) {
+  return bound_ ? Told(sqlite3_bind_int(statement_, ++position_, value)) : SQLITE_MISUSE;
 }
 
-int Statement::Step() { return sqlite3_step(statement_); }
+bool Statement::BindsWideKey(long long key) {
+  return bound_ && Told(sqlite3_bind_int64(statement_, ++position_, key)) == SQLITE_OK;
+}
 
-bool Statement::Run() { return bound_ && Step() == SQLITE_DONE; }
+int Statement::StepWatched() {
+  if (!bound_) return SQLITE_MISUSE;
+  return TellFailed(Watch::TimeIsOver() ? SQLITE_INTERRUPT : sqlite3_step(statement_));
+}
+
+int Statement::TellFailed(int result) const {
+  if (result != SQLITE_ROW && result != SQLITE_DONE) Watch::StepFailed(statement_, result);
+  return result;
+}
+
+bool Statement::Run() { return Step() == SQLITE_DONE; }
 
 bool Statement::StepsWithinBound() {
   constexpr int bound = 5;
   for (int count = 0; count < bound; ++count) {
-    if (Step() == SQLITE_DONE) return true;
+    const int result = Step();
+    if (result == SQLITE_DONE) return true;
+    if (result != SQLITE_ROW && Watch::LoopMustEnd()) return false;
   }
   Step();
   return false;
@@ -54,6 +66,17 @@ bool Statement::StepsWithinBound() {
 
 bool Statement::Insert(long long* key) {
   if (!Run()) return false;
+  *key = sqlite3_last_insert_rowid(db_);
+  return true;
+}
+
+bool Statement::InsertOrLog(long long* key) {
+  if (!bound_) return false;
+  const int result = Step();
+  if (result != SQLITE_DONE) {
+    Sql::LogFailure("SQL last step failed with ", result, db_);
+    return false;
+  }
   *key = sqlite3_last_insert_rowid(db_);
   return true;
 }
@@ -66,13 +89,20 @@ QString Statement::TextColumn(int column) const {
   return QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(statement_, column)));
 }
 
-void Statement::Finalize() {
-  Sql::Finalize(statement_);
-  statement_ = nullptr;
+void Statement::Finalize() { Sql::Finalize(Release()); }
+
+sqlite3_stmt* Statement::Release() {
+  bound_ = false;
+  return std::exchange(statement_, nullptr);
+}
+
+int Statement::Told(int bindResult) const {
+  if (bindResult != SQLITE_OK) Watch::CallFailed(db_, bindResult, "bind", sqlite3_sql(statement_));
+  return bindResult;
 }
 
 Statement& Statement::Settle(int result, const char* failureText, OnFailure onFailure) {
-  if (result != SQLITE_OK) {
+  if (Told(result) != SQLITE_OK) {
     Sql::LogFailure(failureText, result, db_);
     bound_ = onFailure == OnFailure::PassOver;
   }

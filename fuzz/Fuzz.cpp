@@ -4,7 +4,6 @@
 #include <cstdlib>
 
 #include "fuzz/HostileFiles.h"
-#include "fuzz/Watchdog.h"
 
 namespace {
 
@@ -12,12 +11,9 @@ const Target* fuzzed = nullptr;
 
 // Runs at every exit but that of a crash.
 void Report() {
-  const WatchdogCounts& counts = Watchdog::Counts();
-  std::fprintf(
-      stderr,
-      "%s: %lld endless loops recognised, %lld queries of rows without end, %lld inputs interrupted, "
-      "%lld connections left open\n",
-      fuzzed->name, counts.endlessLoops, counts.endlessRows, counts.interrupted, counts.leftOpen);
+  const Met& met = Target::HasMet();
+  std::fprintf(stderr, "%s: %lld inputs with endless loops, %lld interrupted, %lld connections left open\n",
+               fuzzed->name, met.endlessLoops, met.interrupted, met.leftOpen);
 }
 
 }  // namespace

@@ -4,27 +4,17 @@
 
 #include <QDir>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <memory>
 
+#include "core/OperationGuard.h"
 #include "fuzz/Seeds.h"
-#include "fuzz/Watchdog.h"
-#include "migration/AlignmentDatabaseConverter1to2.h"
-#include "migration/AlignmentDatabaseConverter2to3.h"
-#include "migration/AlignmentDatabaseConverter3to4.h"
-#include "migration/AlignmentDatabaseConverter4to5.h"
-#include "migration/AlignmentDatabaseConverter5to6.h"
-#include "migration/AlignmentDatabaseConverter6to7.h"
+#include "migration/AllConverters.h"
 #include "model/AlignerModel.h"
 #include "model/PreferencesModel.h"
 #include "reports/AntennaAlignmentPdfReportData.h"
 #include "reports/PathAlignmentPdfReportData.h"
-#include "store/AlignmentDatabaseVersion7.h"
-#include "store/legacy/AlignmentDatabaseVersion1.h"
-#include "store/legacy/AlignmentDatabaseVersion2.h"
-#include "store/legacy/AlignmentDatabaseVersion3.h"
-#include "store/legacy/AlignmentDatabaseVersion4.h"
-#include "store/legacy/AlignmentDatabaseVersion5.h"
-#include "store/legacy/AlignmentDatabaseVersion6.h"
+#include "store/AllStores.h"
 #include "tests/support/SampleAlignments.h"
 
 struct HostileFiles {
@@ -38,6 +28,43 @@ struct HostileFiles {
 };
 
 namespace {
+
+/// How long an input may calculate, counted in instructions of the engine's machine and not in time, so that
+/// an input does the same every time. Holds for every connection of the process.
+class Share {
+ public:
+  static void HoldForAllConnections() {
+    sqlite3_auto_extension(reinterpret_cast<void (*)()>(&HoldFor));  // NOLINT: the engine asks for this type
+  }
+  static void Renew() { used = 0; }
+
+ private:
+  static constexpr int instructionsPerQuestion = 1000;
+  static constexpr int questions = 300;
+  // What keeps one value from taking up all memory.
+  static constexpr int longestValue = 1 << 20;
+
+  static int HoldFor(sqlite3* db, char** /*message*/, const void* /*api*/) {
+    sqlite3_progress_handler(
+        db, instructionsPerQuestion, [](void*) { return ++used > questions ? 1 : 0; }, nullptr);
+    sqlite3_limit(db, SQLITE_LIMIT_LENGTH, longestValue);
+    return SQLITE_OK;
+  }
+
+  static inline int used = 0;
+};
+
+Met met;
+
+void Count(const OperationGuard& guard) {
+  const auto& failures = guard.Failures();
+  const bool interrupted =
+      std::any_of(failures.begin(), failures.end(),
+                  [](const OperationGuard::Failure& failure) { return failure.code == SQLITE_INTERRUPT; });
+  met.interrupted += interrupted ? 1 : 0;
+  met.endlessLoops += guard.LoopEnded() ? 1 : 0;
+  met.leftOpen += guard.RefusedConnections();
+}
 
 // A store that is destroyed through its own class.
 using Store = std::shared_ptr<AlignmentDatabaseStore>;
@@ -55,17 +82,10 @@ bool Convert(QString path) {
   return Converter().Convert(path);
 }
 
-constexpr unsigned int currentVersion = 7;
+constexpr auto stores = AllStores::Table([](auto store) { return &Make<typename decltype(store)::Type>; });
 
-constexpr Store (*stores[])(const HostileFiles&, Opening) = {
-    Make<AlignmentDatabaseVersion1>, Make<AlignmentDatabaseVersion2>, Make<AlignmentDatabaseVersion3>,
-    Make<AlignmentDatabaseVersion4>, Make<AlignmentDatabaseVersion5>, Make<AlignmentDatabaseVersion6>,
-    Make<AlignmentDatabaseVersion7>};
-
-constexpr bool (*converters[])(QString) = {
-    Convert<AlignmentDatabaseConverter1to2>, Convert<AlignmentDatabaseConverter2to3>,
-    Convert<AlignmentDatabaseConverter3to4>, Convert<AlignmentDatabaseConverter4to5>,
-    Convert<AlignmentDatabaseConverter5to6>, Convert<AlignmentDatabaseConverter6to7>};
+constexpr auto converters =
+    AllConverters::Table([](auto converter) { return &Convert<typename decltype(converter)::Type>; });
 
 unsigned int Probe(const QString& path) {
   unsigned int version = 0;
@@ -75,7 +95,8 @@ unsigned int Probe(const QString& path) {
 /// The store of the version that the file claims to have, the current one where there is none of it.
 Store StoreOf(const HostileFiles& files, Opening opening) {
   const unsigned int version = Probe(files.main);
-  return stores[version >= 1 && version <= currentVersion ? version - 1 : currentVersion - 1](files, opening);
+  const bool known = version >= 1 && version <= stores.size();
+  return (known ? stores[version - 1] : stores.back())(files, opening);
 }
 
 /// The first identifiers: as many as are read, and one that is not there.
@@ -154,7 +175,7 @@ QByteArray Integrity(const QString& path) {
 /// All the way up, as an application does when it starts. A file of no known version goes to some converter.
 void ConvertFile(HostileFiles* files) {
   unsigned int version = Probe(files->main);
-  const unsigned int steps = currentVersion - 1;
+  const unsigned int steps = converters.size();
   if (version < 1 || version > steps) version = 1 + version % steps;
   for (; version <= steps; ++version) {
     const QByteArray before = Seeds::Read(files->main);
@@ -162,7 +183,7 @@ void ConvertFile(HostileFiles* files) {
       files->Require(Seeds::Read(files->main) == before, "A refused conversion has changed the file");
       return;
     }
-    Watchdog::Begin();
+    Share::Renew();
     files->Require(Probe(files->main) == version + 1, "A converted file has another version");
     files->Require(Integrity(files->main) == "ok", "A converted file is damaged");
   }
@@ -178,6 +199,7 @@ class Folder {
  public:
   Folder() {
     qInstallMessageHandler(SwallowLog);
+    Share::HoldForAllConnections();
     // The scratch folder is not the library's to make, and conversions without it would all be refused.
     if (!QDir(QStringLiteral("/opt/tarnbeam/database")).exists()) {
       qFatal("Conversions need the folder /opt/tarnbeam/database");
@@ -223,12 +245,17 @@ const Target* Target::Named(const QString& name) {
   return nullptr;
 }
 
+const Met& Target::HasMet() { return met; }
+
 QString Target::Run(const QByteArray& input) const {
   static const Folder folder;
   HostileFiles files = folder.With(side, input);
-  Watchdog::Begin();
-  run(&files);
-  Watchdog::CloseLeftOpen();
+  Share::Renew();
+  {
+    const OperationGuard guard;
+    run(&files);
+    Count(guard);
+  }
   const QString& other = side == Side::Main ? files.thresholds : files.main;
   files.Require(Integrity(other) == "ok", "The file beside the hostile one is damaged");
   return files.complaint;

@@ -9,6 +9,17 @@ enum class Side { Main, Thresholds };
 
 struct HostileFiles;
 
+/// What the inputs that were run so far have met. None of it is a finding: a damaged file may make a loop of
+/// the library endless, and a hostile one may calculate without end.
+struct Met {
+  /// Inputs of which a guard ended a loop.
+  long long endlessLoops = 0;
+  /// Inputs of which a statement was interrupted after its share of instructions.
+  long long interrupted = 0;
+  /// Connections that the library left open, as it must.
+  long long leftOpen = 0;
+};
+
 /// What an application does with its files, over files of which one may hold anything.
 struct Target {
   const char* name;
@@ -18,6 +29,7 @@ struct Target {
   static const std::vector<Target>& All();
   /// Null when there is none of that name.
   static const Target* Named(const QString& name);
+  static const Met& HasMet();
 
   /// Puts `input` in place of a file and runs. Answers what is wrong afterwards, empty when nothing is: the
   /// other file has to be whole, and a conversion has to leave the file as it was or convert it.

@@ -6,11 +6,12 @@
 #include <QFile>
 #include <memory>
 
+#include "migration/AllConverters.h"
 #include "model/AlignerModel.h"
 #include "model/IAntennaAlignmentReportData.h"
 #include "model/IPathAlignmentReportData.h"
 #include "model/PreferencesModel.h"
-#include "store/AlignmentDatabaseVersion7.h"
+#include "store/AllStores.h"
 #include "tests/support/SampleAlignments.h"
 
 namespace {
@@ -29,7 +30,7 @@ void RunSqlFile(const QString& path, const QByteArray& sql) {
 // Mutations find more in a file of small pages, and libFuzzer goes through it faster.
 void MakeSmall(const QString& path) { RunSqlFile(path, "PRAGMA page_size = 512; VACUUM;"); }
 
-void SaveScreens(AlignmentDatabaseVersion7* store) {
+void SaveScreens(CurrentStore* store) {
   AlignerModel screens;
   screens.SetCurrentSiteInformation(SampleSiteAlignment(5).site.Clone());
   screens.SetCurrentPathInformation(SamplePathAlignment(6).path.Clone());
@@ -53,8 +54,7 @@ void MakeHostile(const Seeds::Pair& current, const QString& folder) {
 namespace Seeds {
 
 void MakeCurrent(const Pair& files) {
-  const std::unique_ptr<AlignmentDatabaseVersion7> store(
-      AlignmentDatabaseVersion7::Create(files.main, files.thresholds));
+  const std::unique_ptr<CurrentStore> store(CurrentStore::Create(files.main, files.thresholds));
   for (int number = 1; number <= 2; ++number) {
     delete SampleSiteAlignment(number).Save(store.get());
     delete SamplePathAlignment(number).Save(store.get());
@@ -71,15 +71,15 @@ void MakeAll(const QString& folder) {
   for (const char* side : {"main", "thresholds"}) {
     if (!QDir().mkpath(folder + QLatin1Char('/') + QLatin1String(side))) Fail(folder);
   }
-  for (int version = 1; version <= 6; ++version) {
+  for (std::size_t version = 1; version <= AllConverters::Count; ++version) {
     const QString name = QStringLiteral("version_%1").arg(version);
     const QString path = folder + QLatin1String("/main/") + name + QLatin1String(".sqlite");
     const QByteArray sql =
         Read(QStringLiteral(TARNBEAM_SOURCE_FOLDER "/tests/golden/") + name + QLatin1String(".sql"));
     RunSqlFile(path, "PRAGMA page_size = 512;" + sql);
   }
-  const Pair current{folder + QLatin1String("/main/version_7.sqlite"),
-                     folder + QLatin1String("/thresholds/version_7.sqlite")};
+  const Pair current{folder + QLatin1String("/main/current.sqlite"),
+                     folder + QLatin1String("/thresholds/current.sqlite")};
   MakeCurrent(current);
   MakeHostile(current, folder);
 }

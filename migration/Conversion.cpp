@@ -1,17 +1,20 @@
 #include "migration/Conversion.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
 
-#include <QFile>
+#include <cerrno>
 
 #include "core/Connection.h"
 #include "core/DebugLog.h"
 #include "core/Statement.h"
 #include "migration/DatabaseFileSwap.h"
+#include "migration/File.h"
 #include "migration/UnusedRecords.h"
 
 namespace {
 
+constexpr char noScratchFile[] = "Aborting conversion, CreateTemporaryDatabase failed";
 constexpr char noNewSites[] = "Unable to create new sites table";
 constexpr char noNewPaths[] = "Unable to create new paths table";
 constexpr char noPathContents[] = "Unable to copy paths table contents";
@@ -102,6 +105,24 @@ bool ChangeTable(sqlite3* db, const TableChanges& table, bool copied) {
   return table.correct == nullptr || table.correct(db);
 }
 
+/// Keeps the scratch folder, and with it the device, to one conversion at a time. The lock is one on the
+/// folder itself and goes with the process that holds it, so nothing of it is ever left behind.
+class ScratchFolder {
+ public:
+  ScratchFolder() : folder_(Conversion::scratchFolder, O_RDONLY | O_DIRECTORY) {
+    locked_ = folder_ && folder_.Lock();
+    isTaken_ = folder_ && !locked_ && errno == EWOULDBLOCK;
+  }
+  explicit operator bool() const { return locked_; }
+  /// By another conversion.
+  bool IsTaken() const { return isTaken_; }
+
+ private:
+  File folder_;
+  bool locked_;
+  bool isTaken_;
+};
+
 struct CheckTexts {
   const char* nullFailure;
   const char* sql;
@@ -131,20 +152,27 @@ bool PerformCheck(sqlite3* db, const CheckTexts& texts, Passes passes) {
 }  // namespace
 
 bool Conversion::Convert(const QString& path) {
+  const LibraryCall call;
   if (DatabaseFileSwap::IsSameFile(path, scratchPath)) {
     LogDebug("The temporary database itself cannot be converted: ", path);
-    return false;
+    return File::Fail(EINVAL, "convert the scratch file itself", path.toLocal8Bit());
   }
   Connection db(Sql::OpenForWriting(path));
   if (!db) {
     if (step_.failures == FailureHandling::AllNamed) LogDebug("Failed database open? full path: ", path);
     return false;
   }
-  const bool copied = MakeCopy(db);
+  const ScratchFolder folder;
+  if (folder.IsTaken()) {
+    LogDebug("Another conversion is under way, this one does not begin: ", path);
+    return false;
+  }
+  const bool copied = folder ? MakeCopy(db) : FailStep(noScratchFile);
   db.Close();
   if (copied) return DatabaseFileSwap::SwapDatabaseFiles(path, scratchPath);
   if (step_.failures == FailureHandling::AllNamed) LogDebug("Success false, deleting temp database");
-  if (step_.failures != FailureHandling::ChecksNamed) DeleteTemporaryDatabase();
+  // Without the lock the file, if there is one, is another conversion's.
+  if (folder && step_.failures != FailureHandling::ChecksNamed) DeleteTemporaryDatabase();
   return false;
 }
 
@@ -154,7 +182,7 @@ bool Conversion::FailStep(const char* line) const {
 }
 
 bool Conversion::MakeCopy(sqlite3* db) const {
-  if (!CreateTemporaryDatabase()) return FailStep("Aborting conversion, CreateTemporaryDatabase failed");
+  if (!CreateTemporaryDatabase()) return FailStep(noScratchFile);
   if (!UpdateVersion(db)) return FailStep("Aborting conversion, UpdateVersion failed");
   for (const CopiedTable& table : copiedTables) {
     if (!UpdateTable(db, table)) return FailStep(table.stepFailure);
@@ -175,17 +203,15 @@ bool Conversion::MakeCopy(sqlite3* db) const {
 
 // Works on the plain file: SQLite takes an empty one for an empty database, and a journal left beside it by
 // an interrupted run is discarded with it. Emptied in any case, so that rows of a left-over file that could
-// not be removed never get into the copy.
+// not be removed never get into the copy; but never through a link, whose target is somebody's.
 bool Conversion::CreateTemporaryDatabase() {
-  QFile scratch(scratchPath);
-  if (scratch.exists()) scratch.remove();
-  return scratch.open(QIODevice::ReadWrite | QIODevice::Truncate);
+  File::Remove(scratchPath);
+  return static_cast<bool>(File(scratchPath, O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
 }
 
 bool Conversion::DeleteTemporaryDatabase() {
-  QFile scratch(scratchPath);
-  scratch.open(QIODevice::ReadWrite);
-  return scratch.remove();
+  const File scratch(scratchPath, O_RDWR | O_CREAT | O_NOFOLLOW, S_IRUSR | S_IWUSR);
+  return File::Remove(scratchPath);
 }
 
 bool Conversion::AttachTemporaryDatabase(sqlite3* db) {
@@ -212,7 +238,8 @@ bool Conversion::UpdateVersion(sqlite3* db) const {
     scratch.Keep();
     return false;
   }
-  const bool stored = insert.BindsInt(static_cast<int>(step_.targetVersion)) && insert.Step() == SQLITE_DONE;
+  const bool stored =
+      insert.BindInt(static_cast<int>(step_.targetVersion)) == SQLITE_OK && insert.Step() == SQLITE_DONE;
   insert.Finalize();
   return stored;
 }
@@ -256,6 +283,7 @@ bool Conversion::PerformIntegrityCheck(sqlite3* db) {
       }
       if (text == QLatin1String("ok")) intact = true;
     }
+    if (!intact) Watch::Failed(SQLITE_CORRUPT, QStringLiteral("The copy did not pass its integrity check"));
     return intact;
   });
 }
@@ -267,6 +295,8 @@ bool Conversion::PerformForeignKeyCheck(sqlite3* db) {
     if (check->Step() == SQLITE_DONE) return true;
     while (check->Step() == SQLITE_ROW) {
     }
+    Watch::Failed(SQLITE_CONSTRAINT_FOREIGNKEY,
+                  QStringLiteral("The copy did not pass its foreign key check"));
     return false;
   });
 }

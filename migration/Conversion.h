@@ -17,6 +17,7 @@ class Conversion {
 
   bool Convert(const QString& path);
 
+  static constexpr char scratchFolder[] = "/opt/tarnbeam/database";
   static constexpr char scratchPath[] = "/opt/tarnbeam/database/TemporaryDB.sqlite";
 
   // The steps, each on the main file's connection. Null is refused.

@@ -72,27 +72,21 @@ constexpr CleanupTexts pathTexts{
     "SQL bind OrientationKey (record delete) failed with ",
 };
 
-/// Appends each column of every row to the list given for it. False after six steps in a row that report
-/// neither a row nor done: a file that cannot be read must not keep the instrument from starting. A row
-/// starts the count anew, so an error behind the first row, after which the engine begins again, is not
-/// bounded.
+/// Appends each column of every row to the list given for it. False after six steps in all that report
+/// neither a row nor done: a file that cannot be read must not keep the instrument from starting. Rows
+/// between them do not help, since after an error the engine begins again with the first row.
 bool ReadKeys(Statement* statement, std::initializer_list<QVector<int>*> lists) {
-  constexpr int bound = 6;
-  int failed = 0;
-  while (failed < bound) {
-    const int result = statement->Step();
-    if (result == SQLITE_DONE) return true;
-    failed = result == SQLITE_ROW ? 0 : failed + 1;
-    if (result != SQLITE_ROW) continue;
+  constexpr int mostFailed = 6;
+  const auto append = [&] {
     int column = 0;
     for (QVector<int>* list : lists) list->append(statement->IntColumn(column++));
-  }
-  return false;
+  };
+  return statement->StepUntilDone(append, mostFailed) == SQLITE_DONE;
 }
 
 bool DeleteKey(sqlite3* db, const CleanupTexts& texts, int key) {
   Statement statement(db, texts.deleteKey, texts.deleteLabel);
-  return statement && statement.WideKey(key, texts.bindFailure).Bound() && statement.StepsWithinBound();
+  return statement.WideKey(key, texts.bindFailure).StepsWithinBound();
 }
 
 bool DeleteUnused(sqlite3* db, QVector<int>* referenced, const CleanupTexts& texts) {

@@ -21,7 +21,7 @@ class TARNBEAMDATABASE_EXPORT EnumeratedSetting : public ObservableModel {
   /// In the order in which keys are looked up.
   const QVector<T*>& AllowedValues() const { return allowedValues_; }
 
-  /// Makes the first allowed value with this key the current one and notifies, also when it already
+  /// Makes the first allowed value with this key the current one and notifies, even if it already
   /// was the current one. A key that no value has changes nothing and answers false; null entries
   /// match no key.
   virtual bool AssignValueWithKey(unsigned int key) {

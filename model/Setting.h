@@ -13,7 +13,7 @@ class TARNBEAMDATABASE_EXPORT Setting : public ObservableModel {
   /// The value in force.
   T Value() const { return value_; }
 
-  /// Takes the value over and notifies, also when it is the one already held.
+  /// Takes the value over and notifies, even if it is the one already held.
   virtual void SetValue(const T& value) {
     value_ = value;
     NotifyObserversOfChange();

@@ -43,6 +43,8 @@ QVector<IAntennaAlignmentReportData*>* AntennaAlignmentPdfReportData::AlignmentD
 // std::sort promises what qSort promised before it was deprecated: equal records in any order.
 void AntennaAlignmentPdfReportData::SortReportData() {
   QVector<IAntennaAlignmentReportData*>& records = *Records();
+  records.detach();
+  if (records.size() < 2) return;
   std::vector<std::pair<SortKey, IAntennaAlignmentReportData*>> keyed;
   keyed.reserve(static_cast<size_t>(records.size()));
   for (IAntennaAlignmentReportData* record : qAsConst(records)) keyed.emplace_back(SortKey(record), record);

@@ -20,7 +20,8 @@ class TARNBEAMDATABASE_EXPORT AntennaAlignmentPdfReportData
   QVector<IAntennaAlignmentReportData*>* AlignmentData() const;
 
   /// Sorts the records in place by `ReportDataLessThan`. Records that are equal in sector name and
-  /// antenna position may end in any order.
+  /// antenna position may end in any order. A single record is asked for nothing: it may be null or have no
+  /// site, which none of several may.
   void SortReportData();
 };
 

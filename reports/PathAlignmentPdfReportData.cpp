@@ -8,7 +8,8 @@ PathAlignmentPdfReportData::PathAlignmentPdfReportData(QString name, const QStri
                                                        QVector<IPathAlignmentReportData*>* data)
     : PdfReportData(std::move(name), fileBase, data) {
   if (data == nullptr) {
-    // Category "default" without file, line and function: the same in every kind of build.
+    // As LogDebug() of core/ writes it, which reports do not know: category "default", and no file, line or
+    // function, so that the line reads alike in every build type.
     QMessageLogger(nullptr, 0, nullptr).debug().noquote()
         << "Null path data passed to PathAlignmentPdfReportData";
   }

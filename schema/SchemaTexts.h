@@ -27,4 +27,17 @@ struct SchemaTexts {
   const char* selectPathReports;
   const char* savePreferences;
   const char* restorePreferences;
+
+  /// Which of the columns that not every version has the alignments' texts name.
+  bool hasTiltInversion;
+  bool hasSiteNote;
+  bool hasRollPrecision;
+  bool hasPathNote;
+
+  /// Whether the table's text goes on to add a column to it, which fails on a table that has the column.
+  bool antennaAlignmentAddsColumn;
+  bool pathAlignmentAddsColumn;
+
+  /// Whether the alignments' thresholds have a file of their own, with the texts of SchemaThresholds.
+  bool hasThresholdsFile;
 };

@@ -4,6 +4,7 @@
 
 // Fragments that later versions build on. A version's column order is always a prefix of the next one's.
 
+// clang-format off
 #define ANTENNA_ALIGNMENT_COLUMNS                                                               \
   "AntennaAlignment ( AntennaAlignmentKey INTEGER PRIMARY KEY AUTOINCREMENT, "                  \
   "SiteKey INTEGER NOT NULL, /* ID of the site */ "                                             \
@@ -76,7 +77,32 @@
   "LEFT JOIN Geolocation c ON c.GeolocationKey=a.PathLocationKey "                                     \
   "LEFT JOIN Height h ON h.HeightKey=a.SiteHeightKey"
 
+/// The columns of a row that selectSiteReports answers. A version that adds one adds it behind the last.
+namespace SiteReportColumn {
+enum : int {
+  AlignmentKey, SiteIdentifier, SectorName, AntennaPosition, AzimuthOffset,
+  TargetAzimuth, TargetTilt, TargetRoll,
+  Latitude, Longitude, Elevation, Time,
+  MeasuredAzimuth, MeasuredTilt, MeasuredRoll,
+  HeightInMeters, HeightType
+};
+}  // namespace SiteReportColumn
+
+/// The same of selectPathReports.
+namespace PathReportColumn {
+enum : int {
+  AlignmentKey, PathIdentifier, SectorName, AntennaPosition, AzimuthOffset,
+  TargetAzimuth, TargetTilt, TargetRoll,
+  Latitude, Longitude, Elevation,
+  FarEndLatitude, FarEndLongitude, FarEndElevation, Time,
+  MeasuredAzimuth, MeasuredTilt, MeasuredRoll,
+  HeightInMeters, HeightType
+};
+}  // namespace PathReportColumn
+// clang-format on
+
 // Row 1 is named in the text. A table column that is not named falls back to its default on every save.
+// clang-format off
 #define PREFERENCES_COLUMNS_1                                                                          \
   "DistanceUnits,AzimuthOffset,DateFormat, CoordinateFormat, DatumFormat, HeightSource, "              \
   "AutoShutoffDelay,ShowCrosshairs,ShowTarget, CameraEnabled, BluetoothEnabled, AzimuthThreshold, "    \
@@ -87,6 +113,7 @@
 #define SAVE_PREFERENCES(columns, values) \
   "INSERT OR REPLACE INTO Preferences (RowID," columns " ) VALUES (1," values ")"
 #define RESTORE_PREFERENCES(columns) "SELECT " columns " FROM Preferences WHERE (RowID=1)"
+// clang-format on
 
 /// The first version. The far end of a path wrongly refers to Orientation; files in the field do.
 constexpr SchemaTexts SchemaVersion1() {

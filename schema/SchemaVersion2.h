@@ -2,10 +2,13 @@
 
 #include "schema/SchemaVersion1.h"
 
+// clang-format off
 #define PREFERENCES_TABLE_2                                                                             \
   PREFERENCES_TABLE_1 ", AccelerometerCalibrated INTEGER NOT NULL, GNSSFileCRC INTEGER NOT NULL DEFAULT 0, " \
   "TiltIndicatorEnabled INTEGER NOT NULL DEFAULT 1, RollIndicatorEnabled INTEGER NOT NULL DEFAULT 1"
+// clang-format on
 // Saving and restoring differ by the blank before TiltIndicatorEnabled.
+// clang-format off
 #define PREFERENCES_COLUMNS_2(gap) \
   PREFERENCES_COLUMNS_1 ", AccelerometerCalibrated, GNSSFileCRC," gap "TiltIndicatorEnabled, " \
                         "RollIndicatorEnabled"
@@ -20,6 +23,7 @@
   "FOREIGN KEY(TargetOrientationKey) REFERENCES Orientation(OrientationKey), "    \
   "FOREIGN KEY(MeasuredOrientationKey) REFERENCES Orientation(OrientationKey), "  \
   "FOREIGN KEY(SiteHeightKey) REFERENCES Height(HeightKey)"
+// clang-format on
 
 /// Preferences gain the calibration flag, the GNSS file's checksum and the two indicator switches.
 /// The conversion away from this version is the one that corrects the alignments' foreign keys.

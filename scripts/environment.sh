@@ -1,50 +1,162 @@
 # shellcheck shell=bash
-# Shared by ./run-tests and ./quickstart: what has to be installed, and where conversions can work.
+# Shared by ./run-tests, ./quickstart and bench/run: what has to be installed, and where conversions can work.
 # Sourced, not run.
+
+# The top folder.
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 say() { printf '%s\n' "$*" >&2; }
 fail() { say "$*"; exit 1; }
 
-# Runs a command as root; false where there is no way to.
+# step LOG TITLE COMMAND...: says the title, and what the command printed only where it fails.
+step() {
+  local log=$1 title=$2
+  shift 2
+  mkdir -p "$(dirname "$log")"
+  say "$title (log: $log)"
+  "$@" >"$log" 2>&1 || { tail -n 60 "$log" >&2; fail "$title: failed, all of it is in $log"; }
+}
+
+# What is needed for what. Each line is a probe, run by the shell, and the Debian package to install where the
+# probe fails. A package whose name differs between releases is found by a command.
+#   group NAME <<END
+#   large_group NAME WHAT <<END    the same for what only ./run-tests --all does; WHAT says what that is
+declare -A needs=()
+large_groups=()
+large_titles=()
+group() { needs[$1]=$(cat); }
+large_group() {
+  group "$1"
+  large_groups+=("$1")
+  large_titles+=("$2")
+}
+
+group build <<'END'
+command -v g++ | g++
+command -v cmake | cmake
+command -v ninja | ninja-build
+command -v pkg-config | pkg-config
+pkg-config --exists Qt5Core Qt5Gui | qtbase5-dev
+pkg-config --exists sqlite3 | libsqlite3-dev
+pkg-config --exists geographiclib | $(geographiclib_package)
+END
+
+group quickstart <<'END'
+command -v sqlite3 | sqlite3
+END
+
+group tests <<'END'
+pkg-config --exists gtest | libgtest-dev
+END
+
+group lint <<'END'
+command -v git | git
+command -v shellcheck | shellcheck
+END
+
+group lint_clang <<'END'
+command -v clang-format-14 | clang-format-14
+command -v clang-tidy-14 | clang-tidy-14
+END
+
+group pictures <<'END'
+command -v pdftoppm | poppler-utils
+command -v ogr2ogr | gdal-bin
+command -v bc | bc
+[ -n "$(fc-list)" ] | fonts-dejavu-core
+END
+
+group coverage <<'END'
+command -v gcovr | gcovr
+END
+
+group profiler <<'END'
+command -v valgrind | valgrind
+END
+
+group clang <<'END'
+command -v clang++ | clang
+END
+
+large_group fuzzer 'fuzzing by clang' <<'END'
+command -v clang++ | clang
+clang_links -fsanitize=fuzzer,address,undefined | libclang-rt-$(clang_release)-dev
+END
+
+large_group reference "doxygen's reference" <<'END'
+command -v doxygen | doxygen
+command -v dot | graphviz
+END
+
+large_group packages 'Debian packages' <<'END'
+command -v dpkg-shlibdeps | dpkg-dev
+command -v file | file
+command -v lintian | lintian
+END
+
+large_group maps 'maps as GDAL sees them' <<'END'
+command -v python3 | python3
+command -v ogrinfo | gdal-bin
+command -v GeodSolve | geographiclib-tools
+command -v sqlite3 | sqlite3
+END
+
+large_group benchmarks 'benchmarks' <<'END'
+command -v python3 | python3
+pkg-config --exists benchmark | libbenchmark-dev
+have_header SQLiteCpp/SQLiteCpp.h | libsqlitecpp-dev
+compgen -G "$(pkg-config --variable=libdir Qt5Core)/qt5/plugins/sqldrivers/libqsqlite.so" | libqt5sql5-sqlite
+END
+
+have_header() { echo "#include <$1>" | g++ -std=c++17 -E -x c++ -; }
+
+# It was renamed between releases.
+geographiclib_package() {
+  apt-cache show libgeographiclib-dev >/dev/null 2>&1 && echo libgeographiclib-dev || echo libgeographic-dev
+}
+
+# Whether a fuzzer can be linked with these options; the runtime is a package apart from clang.
+clang_links() (
+  folder=$(mktemp -d)
+  trap 'rm -r "$folder"' EXIT
+  echo 'extern "C" int LLVMFuzzerTestOneInput(const unsigned char*, unsigned long) { return 0; }' |
+    clang++ -x c++ "$@" -o "$folder/probe" -
+)
+
+# Major version of the clang++ that is here, or else of the one that would be installed.
+clang_release() {
+  local version
+  version=$(clang++ -dumpversion 2>/dev/null || apt-cache depends clang | sed -n 's/.*Depends: clang-//p')
+  echo "${version%%.*}"
+}
+
+# Runs a command as root; false where there is no way to. Asks for a password only where somebody can answer.
 as_root() {
   if [ "$(id -u)" -eq 0 ]; then
     "$@"
-  elif command -v sudo >/dev/null; then
+  elif [ -t 0 ]; then
     sudo "$@"
   else
-    return 1
+    sudo -n "$@"
   fi
 }
 
-# install_missing "PROBE|PACKAGE"...: installs the package of every probe that fails. Nothing is asked of
-# apt or sudo where all probes pass, so that an ordinary user needs neither on a machine that is set up.
+# install_missing GROUP...: installs the package of every probe that fails. Nothing is asked of apt or sudo where
+# all probes pass, so that an ordinary user needs neither on a machine that is set up.
 install_missing() {
-  local entry missing=()
-  for entry in "$@"; do
-    eval "${entry%%|*}" >/dev/null 2>&1 || missing+=("${entry#*|}")
-  done
-  [ ${#missing[@]} -eq 0 ] && return
-  local advice="Install by hand: apt-get install ${missing[*]}"
-  command -v apt-get >/dev/null || fail "Missing: ${missing[*]} (Debian's names), and there is no apt-get here."
-  [ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null || fail "Missing, and neither root nor sudo. $advice"
-  say "Installing ${missing[*]}"
-  as_root apt-get update -qq >&2 || say "apt-get update failed; trying with the lists that are there."
-  as_root env DEBIAN_FRONTEND=noninteractive \
-    apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2 || fail "Could not install. $advice"
-}
+  local probe package name missing=() log=$root/build/install.txt
+  while IFS='|' read -r probe package; do
+    (eval "$probe") >/dev/null 2>&1 </dev/null || missing+=("$package")
+  done < <(for name in "$@"; do printf '%s\n' "${needs[$name]}"; done)
+  [ ${#missing[@]} -gt 0 ] || return 0
+  command -v apt-get >/dev/null || fail "Missing, and no apt-get here (Debian's names):${missing[*]}"
 
-# Likewise, for what can be done without.
-install_if_possible() { (install_missing "$@") || say "Going on without it."; }
-
-# What the library and the tool need to be built. pkg-config stands before the probes that use it.
-build_requirements() {
-  install_missing \
-    'command -v g++|g++' \
-    'command -v cmake|cmake' \
-    'command -v ninja|ninja-build' \
-    'command -v pkg-config|pkg-config' \
-    'pkg-config --exists Qt5Core Qt5Gui|qtbase5-dev' \
-    'pkg-config --exists sqlite3|libsqlite3-dev'
+  # Names that differ are found in the lists, and a bare system has none.
+  (step "$log" "Fetching the lists of packages" as_root apt-get update -q) || say "Trying with those that are there."
+  mapfile -t missing < <(eval "printf '%s\n' ${missing[*]}" | sort -u)
+  (step "$log" "Installing ${missing[*]}" as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -q --no-install-recommends "${missing[@]}") ||
+    fail "To install by hand, as root: apt-get install ${missing[*]}"
 }
 
 # configure FOLDER CMAKE-OPTIONS...
@@ -56,20 +168,34 @@ configure() {
   cmake -S "$root" -B "$folder" "${options[@]}"
 }
 
+# build FOLDER CMAKE-OPTIONS...
+build() {
+  configure "$@" && cmake --build "$1" -j "$(nproc)"
+}
+
 scratch_folder=/opt/tarnbeam/database
 
 # with_scratch_folder COMMAND...: runs it where conversions find the folder that they work through. A user and
 # mount namespace of its own is preferred: the folder is in memory there, and never the one that the files of
-# an instrument go through. Where that is not allowed, the folder itself is made.
+# an instrument go through. Where that is not allowed, the folder itself is made for this user.
 with_scratch_folder() {
   if unshare --user --map-root-user --mount true 2>/dev/null; then
     unshare --user --map-root-user --mount bash -euc "$own_scratch_folder" - "$scratch_folder" "$@"
-  elif mkdir -p "$scratch_folder" 2>/dev/null && [ -w "$scratch_folder" ]; then
-    "$@"
   else
-    fail "Conversions work in $scratch_folder, which this user cannot write to, and user namespaces are" \
-      "not allowed here. Make the folder once: sudo install -d -o $(id -un) $scratch_folder"
+    make_scratch_folder
+    "$@"
   fi
+}
+
+# With the folder above, since tests take the scratch folder away and put it back.
+make_scratch_folder() {
+  local above=${scratch_folder%/*} command
+  [ ! -w "$scratch_folder" ] || [ ! -w "$above" ] || return 0
+  command="mkdir -p $scratch_folder && chown $(id -u) $above $scratch_folder"
+  as_root sh -c "$command" 2>/dev/null ||
+    fail "Conversions work in $scratch_folder, which this user cannot write to, and user namespaces are" \
+      "not allowed here. Make the folder once, as root: $command"
+  say "Made $scratch_folder for $(id -un): user namespaces are not allowed here."
 }
 
 # Lays an empty file system over /opt, with what was there before bound into it.

@@ -2,8 +2,7 @@
 
 #include "core/AlignmentDatabase.h"
 
-class Statement;
-struct StoreDescription;
+struct StoreIdentity;
 
 /// Every procedure of the stores, once. What differs between schema versions is the constant description
 /// that is found through Version(); a concrete store adds its constructor, Version(), Open(), Create() and
@@ -12,8 +11,9 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseStore : public AlignmentDatabase 
  public:
   using AlignmentDatabase::AlignmentDatabase;
 
-  /// Creates the tables of the store's files, leaving existing tables and rows as they are. False when one
-  /// could not be created; the file it belongs to is removed then.
+  /// Creates the tables that the store's files lack, and writes Version() into the main file. Existing tables
+  /// and their rows stay as they are: a file of another version gets no columns, only the number, so it is
+  /// converted instead. False when a step failed; the file it belongs to is removed then, whatever it held.
   bool CreateTables();
 
   IAntennaAlignmentReportData* SaveAlignmentReportData(ISiteInformation* site, IGeolocation* location,
@@ -37,13 +37,6 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseStore : public AlignmentDatabase 
   void Close() override;
 
  protected:
-  /// Create() of a concrete store: a failure is one more line, and the store is returned all the same.
-  template <typename Store>
-  static Store* WithTables(Store* store) {
-    store->CreateTablesOrLog();
-    return store;
-  }
-
   /// @{
   /// Row writers and look-ups. Each works on an open connection and reports success; binds and prepares that
   /// fail are logged. A look-up of an unknown identifier succeeds with key 0. A key that is found or made is
@@ -100,42 +93,5 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseStore : public AlignmentDatabase 
   /// @}
 
  private:
-  struct SingleDeletion;
-
-  const StoreDescription& Description();
-  void CreateTablesOrLog();
-  bool CreateMainTables(sqlite3* db);
-  QVector<QString> Identifiers(const char* sql);
-
-  bool SaveSiteRows(sqlite3* db, ISiteInformation* site, IGeolocation* location, IOrientation* measured,
-                    IHeight* height, QDateTime& time, IMeasurementOptions* options, long long* siteKey,
-                    long long* alignmentKey);
-  bool SavePathRows(sqlite3* db, IPathInformation* path, IGeolocation* location, IOrientation* target,
-                    IOrientation* measured, IHeight* height, QDateTime& time, IMeasurementOptions* options,
-                    long long* pathKey, long long* alignmentKey);
-  template <typename Write>
-  bool InThresholdsTransaction(Write write);
-
-  bool SavePreferencesRow(IPreferencesModel* model);
-  bool SavePathLengthRow(IPreferencesModel* model);
-  bool RestorePreferencesRow(IPreferencesModel* model);
-  bool RestorePathLengthRow(IPreferencesModel* model);
-
-  bool DeleteSiteRows(QString& siteIdentifier, long long* siteKey);
-  bool DeleteSiteRowsInTransaction(sqlite3* db, QString& siteIdentifier, long long* siteKey);
-  bool DeleteSiteThresholds(long long siteKey, bool result);
-  void DeletePathRows(QString& pathIdentifier, long long* pathKey);
-  void DeletePathRowsInTransaction(sqlite3* db, QString& pathIdentifier, long long* pathKey);
-  void DeletePathThresholds(long long pathKey);
-  int StepAlignmentDelete(Statement* statement);
-  bool RunOrLeaveOpen(Statement* statement);
-  void FinishTransaction(sqlite3* db, const SingleDeletion& texts, bool commit);
-  bool RunSingleDelete(Statement* statement, const SingleDeletion& texts, long long ownerKey,
-                       long long reportKey);
-  template <typename FindKey, typename Collect>
-  bool DeleteReportRows(sqlite3* db, const SingleDeletion& texts, long long* ownerKey, long long reportKey,
-                        FindKey findKey, Collect collect);
-  template <typename FindKey, typename Collect>
-  bool DeleteOneReport(const SingleDeletion& texts, long long reportKey, long long thresholdsKey,
-                       FindKey findKey, Collect collect);
+  friend struct StoreIdentity;
 };

@@ -2,16 +2,17 @@
 
 #include "store/AlignmentDatabaseStore.h"
 
-/// The current store: sites and paths with their thresholds, in two files.
+/// The store of schema version 7: sites and paths with their thresholds, in two files.
 ///
-/// A main file of an older version is converted first (see AlignmentDatabaseConverter1to2 and its
-/// followers); GetDatabaseFileVersion() tells. A store holds nothing but its two paths.
+/// A main file of an older version is converted first (see AllConverters); GetDatabaseFileVersion() tells. A
+/// store holds nothing but its two paths.
 class TARNBEAMDATABASE_EXPORT AlignmentDatabaseVersion7 : public AlignmentDatabaseStore {
  public:
   using AlignmentDatabaseStore::AlignmentDatabaseStore;
   /// A store over existing files, the caller's to delete. Touches neither file.
   static AlignmentDatabaseVersion7* Open(QString main, QString thresholds);
-  /// A store whose tables are created first. Returned even when that fails, which is logged.
+  /// A store whose missing tables are created first, see CreateTables(): what is there stays. Returned even
+  /// when that fails, which is logged.
   static AlignmentDatabaseVersion7* Create(QString main, QString thresholds);
   /// Always 7.
   unsigned int Version() override;

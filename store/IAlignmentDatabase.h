@@ -26,7 +26,8 @@ class PathAlignmentPdfReportData;
 /// A transaction that cannot be committed, as while another process reads the file, is logged and changes no
 /// result. A delete of alignments or thresholds that is refused, as while another process writes, leaves its
 /// connection open until the process ends; where it was to be committed all the same, that connection holds a
-/// lock on the file.
+/// lock on the file. An OperationGuard tells of all of that, ends what is repeated without end, and closes
+/// what stays open.
 class IAlignmentDatabase {
  public:
   /// The schema version that the store writes.
@@ -66,7 +67,8 @@ class IAlignmentDatabase {
   virtual bool SavePreferences(IPreferencesModel* model) = 0;
 
   /// Reads all preferences into `model`, notifying its observers in column order. The azimuth offset is
-  /// never restored. False without a stored row, which leaves the model as it was.
+  /// never restored. False without a stored row, which leaves the model as it was, and when the thresholds
+  /// file cannot be opened: then the main file's values were handed over already.
   virtual bool RestorePreferences(IPreferencesModel* model) = 0;
 
   /// All site identifiers, each once, in the file's order; empty on failure. A step that keeps failing is

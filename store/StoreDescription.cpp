@@ -1,9 +1,27 @@
 #include "store/StoreDescription.h"
 
+#include <iterator>
+
+#include "schema/SchemaVersion7.h"
+#include "store/AllStores.h"
+
+namespace {
+
+/// By version, from 1.
+constexpr StoreDescription descriptions[] = {
+    {SchemaVersion1(), Deletion::AlignmentsAloneUntilDone},
+    {SchemaVersion2(), Deletion::AlignmentsAlone},
+    {SchemaVersion3(), Deletion::WithAssociatedRecords},
+    {SchemaVersion4(), Deletion::WithAssociatedRecords},
+    {SchemaVersion5(), Deletion::WithAssociatedRecords},
+    {SchemaVersion6(), Deletion::WithAssociatedRecords},
+    {SchemaVersion7(), Deletion::WithAssociatedRecords},
+};
+static_assert(std::size(descriptions) == CurrentSchemaVersion, "every store has a description");
+
+}  // namespace
+
 const StoreDescription& StoreDescription::Of(unsigned int version) {
-  static const StoreDescription* const descriptions[] = {
-      &storeDescriptionVersion1, &storeDescriptionVersion2, &storeDescriptionVersion3,
-      &storeDescriptionVersion4, &storeDescriptionVersion5, &storeDescriptionVersion6,
-  };
-  return version >= 1 && version <= 6 ? *descriptions[version - 1] : storeDescriptionVersion7;
+  return descriptions[version >= 1 && version <= CurrentSchemaVersion ? version - 1
+                                                                      : CurrentSchemaVersion - 1];
 }

@@ -12,28 +12,11 @@ enum class Deletion {
   WithAssociatedRecords,
 };
 
-/// All that one store is, besides its number: the texts of its schema version, which of the optional
-/// alignment columns it has, how it deletes, and whether there is a thresholds file.
+/// All in which the store of one version differs from the others, besides its number.
 struct StoreDescription {
   SchemaTexts texts;
   Deletion deletion;
-  bool hasTiltInversion = false;
-  bool hasSiteNote = false;
-  bool hasRollPrecision = false;
-  bool hasPathNote = false;
-  bool hasThresholdsFile = false;
 
-  bool DeletesAssociatedRecords() const { return deletion == Deletion::WithAssociatedRecords; }
-
-  /// The description of a schema version; of the current one for a number that is none.
+  /// The description of a schema version; of the current one for a number without a version.
   static const StoreDescription& Of(unsigned int version);
 };
-
-// Each stands with the store that it describes.
-extern const StoreDescription storeDescriptionVersion1;
-extern const StoreDescription storeDescriptionVersion2;
-extern const StoreDescription storeDescriptionVersion3;
-extern const StoreDescription storeDescriptionVersion4;
-extern const StoreDescription storeDescriptionVersion5;
-extern const StoreDescription storeDescriptionVersion6;
-extern const StoreDescription storeDescriptionVersion7;

@@ -1,10 +1,10 @@
-// Reading the alignments of a site or a path back into report containers.
+#include "store/StoreRetrieval.h"
+
 #include <sqlite3.h>
 
 #include <QHash>
 #include <memory>
 
-#include "core/Connection.h"
 #include "core/DebugLog.h"
 #include "core/Statement.h"
 #include "model/AntennaAlignmentReportData.h"
@@ -17,8 +17,8 @@
 #include "model/SiteInformation.h"
 #include "reports/AntennaAlignmentPdfReportData.h"
 #include "reports/PathAlignmentPdfReportData.h"
-#include "store/AlignmentDatabaseStore.h"
-#include "store/StoreDescription.h"
+#include "schema/SchemaVersion7.h"
+#include "store/StoreRows.h"
 
 namespace {
 
@@ -32,17 +32,8 @@ struct Thresholds {
 /// By alignment key. Of two rows with one key the later counts.
 using ThresholdTable = QHash<long long, Thresholds>;
 
-/// Calls `row` for every row. Only "done" ends the loop, so a step that keeps failing is repeated without
-/// end, as it always has been.
-template <typename Row>
-void ForEachRow(Statement* statement, Row row) {
-  for (int result = statement->Step(); result != SQLITE_DONE; result = statement->Step()) {
-    if (result == SQLITE_ROW) row();
-  }
-}
-
 void ReadThresholds(Statement* statement, ThresholdTable* table) {
-  ForEachRow(statement, [&] {
+  statement->StepUntilDone([&] {
     table->insert(statement->IntColumn(0),
                   {statement->FloatColumn(2), statement->FloatColumn(3), statement->FloatColumn(4)});
   });
@@ -85,39 +76,47 @@ QDateTime ReadTime(const Statement& row, int column) {
 }
 
 IAntennaAlignmentReportData* ReadSiteRecord(const Statement& row, const QString& siteIdentifier,
-                                            const StoreDescription& store, const ThresholdTable& table,
+                                            const SchemaTexts& texts, const ThresholdTable& table,
                                             Clock* clock) {
-  const int key = row.IntColumn(0);
+  namespace Column = SiteReportColumn;
+  const int key = row.IntColumn(Column::AlignmentKey);
   const Thresholds thresholds = table.value(key, {0.0F, 0.0F, 0.0F});
-  const bool tiltInversion = store.hasTiltInversion && row.IntColumn(17) > 0;
-  const QString note = store.hasSiteNote ? row.TextColumn(18) : QString();
-  const int rollPrecision = store.hasRollPrecision ? row.IntColumn(19) : 0;
-  auto* site = new SiteInformation(siteIdentifier, row.TextColumn(2), row.TextColumn(3), row.FloatColumn(5),
-                                   row.FloatColumn(6), row.FloatColumn(7));
-  auto* options =
-      new MeasurementOptions(row.FloatColumn(4), tiltInversion, thresholds.azimuth, thresholds.tilt,
-                             thresholds.third, -1.0F, note, static_cast<unsigned long>(rollPrecision));
-  auto* record = new AntennaAlignmentReportData(static_cast<unsigned int>(key), site,
-                                                ReadLocation(row, 8, clock), ReadOrientation(row, 12),
-                                                ReadHeight(row, 15), ReadTime(row, 11), options);
+  const bool tiltInversion = texts.hasTiltInversion && row.IntColumn(Column::TiltInversion) > 0;
+  const QString note = texts.hasSiteNote ? row.TextColumn(Column::Note) : QString();
+  const int rollPrecision = texts.hasRollPrecision ? row.IntColumn(Column::RollPrecision) : 0;
+  auto* site =
+      new SiteInformation(siteIdentifier, row.TextColumn(Column::SectorName),
+                          row.TextColumn(Column::AntennaPosition), row.FloatColumn(Column::TargetAzimuth),
+                          row.FloatColumn(Column::TargetTilt), row.FloatColumn(Column::TargetRoll));
+  auto* options = new MeasurementOptions(row.FloatColumn(Column::AzimuthOffset), tiltInversion,
+                                         thresholds.azimuth, thresholds.tilt, thresholds.third, -1.0F, note,
+                                         static_cast<unsigned long>(rollPrecision));
+  auto* record = new AntennaAlignmentReportData(
+      static_cast<unsigned int>(key), site, ReadLocation(row, Column::Latitude, clock),
+      ReadOrientation(row, Column::MeasuredAzimuth), ReadHeight(row, Column::HeightInMeters),
+      ReadTime(row, Column::Time), options);
   record->TakeOwnership();
   return record;
 }
 
-// Columns 2 and 3, sector and antenna position, are not read: a path has neither.
-IPathAlignmentReportData* ReadPathRecord(const Statement& row, const StoreDescription& store,
+// Sector and antenna position are not read: a path has neither.
+IPathAlignmentReportData* ReadPathRecord(const Statement& row, const SchemaTexts& texts,
                                          const ThresholdTable& table, Clock* clock) {
-  const int key = row.IntColumn(0);
+  namespace Column = PathReportColumn;
+  const int key = row.IntColumn(Column::AlignmentKey);
   const Thresholds thresholds = table.value(key, {0.0F, 0.0F, -1.0F});
-  const bool tiltInversion = store.hasTiltInversion && row.IntColumn(20) > 0;
-  const QString note = store.hasPathNote ? row.TextColumn(21) : QString();
-  auto* path = new PathInformation(row.TextColumn(1), row.DoubleColumn(11), row.DoubleColumn(12),
-                                   row.DoubleColumn(13));
-  auto* options = new MeasurementOptions(row.FloatColumn(4), tiltInversion, thresholds.azimuth,
-                                         thresholds.tilt, 0.0F, thresholds.third, note, 0);
+  const bool tiltInversion = texts.hasTiltInversion && row.IntColumn(Column::TiltInversion) > 0;
+  const QString note = texts.hasPathNote ? row.TextColumn(Column::Note) : QString();
+  auto* path = new PathInformation(
+      row.TextColumn(Column::PathIdentifier), row.DoubleColumn(Column::FarEndLatitude),
+      row.DoubleColumn(Column::FarEndLongitude), row.DoubleColumn(Column::FarEndElevation));
+  auto* options =
+      new MeasurementOptions(row.FloatColumn(Column::AzimuthOffset), tiltInversion, thresholds.azimuth,
+                             thresholds.tilt, 0.0F, thresholds.third, note, 0);
   auto* record = new PathAlignmentReportData(
-      static_cast<unsigned int>(key), path, ReadLocation(row, 8, clock), ReadOrientation(row, 15),
-      ReadHeight(row, 18), ReadOrientation(row, 5), ReadTime(row, 14), options);
+      static_cast<unsigned int>(key), path, ReadLocation(row, Column::Latitude, clock),
+      ReadOrientation(row, Column::MeasuredAzimuth), ReadHeight(row, Column::HeightInMeters),
+      ReadOrientation(row, Column::TargetAzimuth), ReadTime(row, Column::Time), options);
   record->TakeOwnership();
   return record;
 }
@@ -131,35 +130,52 @@ PathAlignmentPdfReportData* PathContainer(const QString& pathIdentifier, PathRec
   return new PathAlignmentPdfReportData(pathIdentifier, fileBase, records);
 }
 
+// Sites and paths share the label.
+QVector<QString> Identifiers(const StoreIdentity& store, const char* sql) {
+  QVector<QString> identifiers;
+  const Connection db(store.OpenMain());
+  if (!db) return identifiers;
+  Statement statement(db, sql, "Fetch Report Data for Site");
+  statement.StepUntilDone([&] { identifiers.append(statement.TextColumn(0)); });
+  return identifiers;
+}
+
 }  // namespace
 
-AntennaAlignmentPdfReportData* AlignmentDatabaseStore::GetAlignmentReportDataForSite(
-    QString& siteIdentifier) {
-  const StoreDescription& store = Description();
-  Connection db(OpenDatabase(false));
+namespace StoreRetrieval {
+
+QVector<QString> SiteIdentifiers(const StoreIdentity& store) {
+  return Identifiers(store, "SELECT SiteIdentifier FROM Sites");
+}
+
+QVector<QString> PathIdentifiers(const StoreIdentity& store) {
+  return Identifiers(store, "SELECT PathIdentifier FROM Paths");
+}
+
+AntennaAlignmentPdfReportData* SiteReports(const StoreIdentity& store, const QString& siteIdentifier) {
+  Connection db(store.OpenMain());
   ThresholdTable table;
-  if (store.hasThresholdsFile) {
+  if (store.texts.hasThresholdsFile) {
     long long siteKey = 0;
-    if (db) GetIDForSiteIdentifier(db, siteIdentifier, &siteKey);
-    const Connection thresholds(OpenSecondDatabase(false));
+    if (db) StoreRows::FindSite(db, siteIdentifier, &siteKey);
+    const Connection thresholds(store.OpenThresholds());
     Statement statement(thresholds,
                         "SELECT AntennaAlignmentKey, SiteIdentifier, AzimuthThreshold, TiltThreshold, "
                         "RollThreshold FROM AntennaAlignmentThresholds WHERE (SiteIdentifier = ?)",
                         "Fetch Threshold Report Data for Site");
-    if (statement && statement.WideKey(siteKey, "SQL bind failed with ").Bound()) {
-      ReadThresholds(&statement, &table);
-    }
+    statement.WideKey(siteKey, "SQL bind failed with ");
+    ReadThresholds(&statement, &table);
   }
   if (!db) return nullptr;
   Statement rows(db, store.texts.selectSiteReports, "Fetch Report Data for Site");
-  if (!rows || !rows.Text(siteIdentifier, "SQL bind failed with ").Bound()) return nullptr;
+  if (!rows.Text(siteIdentifier, "SQL bind failed with ").Bound()) return nullptr;
   auto records = std::make_unique<SiteRecords>();
   Clock clock;
   QString storedIdentifier;
-  ForEachRow(&rows, [&] {
+  rows.StepUntilDone([&] {
     // Identifiers are unique, so all rows are of one site: its records share one text.
-    if (records->isEmpty()) storedIdentifier = rows.TextColumn(1);
-    records->append(ReadSiteRecord(rows, storedIdentifier, store, table, &clock));
+    if (records->isEmpty()) storedIdentifier = rows.TextColumn(SiteReportColumn::SiteIdentifier);
+    records->append(ReadSiteRecord(rows, storedIdentifier, store.texts, table, &clock));
   });
   rows.Finalize();
   db.Close();
@@ -167,18 +183,16 @@ AntennaAlignmentPdfReportData* AlignmentDatabaseStore::GetAlignmentReportDataFor
   return new AntennaAlignmentPdfReportData(siteIdentifier, fileBase, records.release());
 }
 
-// Unlike the site's, neither statement is finalised: both connections refuse to close and stay open. That
-// is required, and costs a connection a call to each file.
-PathAlignmentPdfReportData* AlignmentDatabaseStore::GetPathAlignmentReportDataForSite(
-    QString pathIdentifier) {
-  const StoreDescription& store = Description();
-  const Connection db(OpenDatabase(false));
+// Required behaviour: unlike the site's, neither statement is finalised. Both connections refuse to close and
+// stay open, which costs a connection a call to each file.
+PathAlignmentPdfReportData* PathReports(const StoreIdentity& store, const QString& pathIdentifier) {
+  const Connection db(store.OpenMain());
   ThresholdTable table;
   PathRecords* records = nullptr;
-  if (store.hasThresholdsFile) {
+  if (store.texts.hasThresholdsFile) {
     long long pathKey = 0;
-    if (db) GetIDForPathIdentifier(db, pathIdentifier, &pathKey);
-    const Connection thresholds(OpenSecondDatabase(false));
+    if (db) StoreRows::FindPath(db, pathIdentifier, &pathKey);
+    const Connection thresholds(store.OpenThresholds());
     if (thresholds) {
       Statement statement(thresholds,
                           "SELECT PathAlignmentKey, PathKey, AzimuthThreshold, TiltThreshold, "
@@ -200,8 +214,10 @@ PathAlignmentPdfReportData* AlignmentDatabaseStore::GetPathAlignmentReportDataFo
   } else if (rows.Text(pathIdentifier, "SQL bind failed with ").Bound()) {
     if (records == nullptr) records = new PathRecords;
     Clock clock;
-    ForEachRow(&rows, [&] { records->append(ReadPathRecord(rows, store, table, &clock)); });
+    rows.StepUntilDone([&] { records->append(ReadPathRecord(rows, store.texts, table, &clock)); });
   }
   rows.LeaveOpen();
   return PathContainer(pathIdentifier, records);
 }
+
+}  // namespace StoreRetrieval

@@ -1,88 +1,106 @@
-// The contents of the two input screens: row 1 of SiteScreenContents and of PathScreenContents.
+#include "store/StoreScreenContents.h"
+
 #include <sqlite3.h>
 
-#include "core/Connection.h"
 #include "core/Statement.h"
 #include "model/IAlignerModel.h"
 #include "model/IGeolocation.h"
 #include "model/IOrientation.h"
 #include "model/PathInformation.h"
 #include "model/SiteInformation.h"
-#include "store/AlignmentDatabaseStore.h"
 
 namespace {
 
-// A statement that cannot be prepared counts as success. The steps have no bound: only "done" ends them.
+// A statement that cannot be prepared counts as success. False only where a guard ended the loop.
 bool ClearScreen(sqlite3* db, const char* sql, const char* label) {
   Statement statement(db, sql, label);
-  if (!statement) return true;
-  while (statement.Step() != SQLITE_DONE) {
-  }
-  return true;
+  return !statement || statement.StepUntilDone([] {}) == SQLITE_DONE;
+}
+
+// Both ask the model anew, as is done for every column. Without an orientation or a location nothing is
+// bound.
+bool BindsAngle(Statement* row, IAlignerModel* model, float (IOrientation::*degrees)() const,
+                const char* bindFailure) {
+  const IOrientation* target = model->CurrentSiteInformation()->TargetOrientation();
+  return target != nullptr && row->Double((target->*degrees)(), bindFailure).Bound();
+}
+bool BindsFarEnd(Statement* row, IAlignerModel* model, double (IGeolocation::*part)() const,
+                 const char* bindFailure) {
+  const IGeolocation* farEnd = model->CurrentPathInformation()->TargetGeolocation();
+  return farEnd != nullptr && row->Double((farEnd->*part)(), bindFailure).Bound();
 }
 
 }  // namespace
 
-bool AlignmentDatabaseStore::StoreInputContents(IAlignerModel* model) {
-  const Connection db(OpenDatabase(false));
-  return db && SaveCurrentSiteInformation(db, model) && SaveCurrentPathInformation(db, model);
+namespace StoreScreenContents {
+
+bool Store(const StoreIdentity& store, IAlignerModel* model) {
+  const Connection db(store.OpenMain());
+  return db && StoreSite(db, model) && StorePath(db, model);
 }
 
-bool AlignmentDatabaseStore::RestoreInputContents(IAlignerModel* model) {
-  const Connection db(OpenDatabase(false));
-  return db && RestoreCurrentSiteInformation(db, model) && RestoreCurrentPathInformation(db, model);
+bool Restore(const StoreIdentity& store, IAlignerModel* model) {
+  const Connection db(store.OpenMain());
+  return db && RestoreSite(db, model) && RestorePath(db, model);
 }
 
-// The record's accessors are asked again for each column. The azimuth reports itself as the roll.
-bool AlignmentDatabaseStore::SaveCurrentSiteInformation(sqlite3* db, IAlignerModel* model) {
+// Required behaviour: the model and its record are asked again for each column, and the azimuth reports
+// itself as the roll.
+bool StoreSite(sqlite3* db, IAlignerModel* model) {
   if (db == nullptr || model == nullptr) return false;
-  const ISiteInformation* site = model->CurrentSiteInformation();
-  if (site == nullptr) {
+  if (model->CurrentSiteInformation() == nullptr) {
     return ClearScreen(db, "DELETE FROM SiteScreenContents WHERE (RowID=1)", "delete site screen contents");
   }
-  Statement statement(db,
-                      "INSERT OR REPLACE INTO SiteScreenContents (RowID, SiteIdentifier, SectorIdentifier, "
-                      "AntennaPosition, TargetTilt, TargetRoll, TargetAzimuth ) VALUES (1,?,?,?,?,?,?)",
-                      "Save Current Site");
-  if (!statement || site->TargetOrientation() == nullptr) return false;
-  return statement.Text(site->SiteIdentifier(), "SQL bind current site identifier failed with ")
-      .Text(site->SectorName(), "SQL bind current sector identifier failed with ")
-      .Text(site->AntennaPosition(), "SQL bind current antenna position failed with ")
-      .Double(site->TargetOrientation()->TiltDegrees(), "SQL bind current target tilt failed with ")
-      .Double(site->TargetOrientation()->RollDegrees(), "SQL bind current target roll failed with ")
-      .Double(site->TargetOrientation()->AzimuthDegrees(), "SQL bind current target roll failed with ")
-      .Run();
+  Statement row(db,
+                "INSERT OR REPLACE INTO SiteScreenContents (RowID, SiteIdentifier, SectorIdentifier, "
+                "AntennaPosition, TargetTilt, TargetRoll, TargetAzimuth ) VALUES (1,?,?,?,?,?,?)",
+                "Save Current Site");
+  if (!row) return false;
+  const auto site = [model] { return model->CurrentSiteInformation(); };
+  return row.Text(site()->SiteIdentifier(), "SQL bind current site identifier failed with ")
+             .Text(site()->SectorName(), "SQL bind current sector identifier failed with ")
+             .Text(site()->AntennaPosition(), "SQL bind current antenna position failed with ")
+             .Bound() &&
+         BindsAngle(&row, model, &IOrientation::TiltDegrees, "SQL bind current target tilt failed with ") &&
+         BindsAngle(&row, model, &IOrientation::RollDegrees, "SQL bind current target roll failed with ") &&
+         BindsAngle(&row, model, &IOrientation::AzimuthDegrees,
+                    "SQL bind current target roll failed with ") &&
+         row.Run();
 }
 
-// Reports success whatever happens, unlike the site; its texts are the site screen's.
-bool AlignmentDatabaseStore::SaveCurrentPathInformation(sqlite3* db, IAlignerModel* model) {
+// Required behaviour: unlike the site's, this reports success whatever happens; its texts are the site's.
+bool StorePath(sqlite3* db, IAlignerModel* model) {
   if (db == nullptr || model == nullptr) return false;
-  const IPathInformation* path = model->CurrentPathInformation();
-  if (path == nullptr) {
-    return ClearScreen(db, "DELETE FROM PathScreenContents WHERE (RowID=1)", "delete path screen contents");
+  if (model->CurrentPathInformation() == nullptr) {
+    ClearScreen(db, "DELETE FROM PathScreenContents WHERE (RowID=1)", "delete path screen contents");
+    return true;
   }
-  Statement statement(db,
-                      "INSERT OR REPLACE INTO PathScreenContents (RowID, PathIdentifier, TargetLatitude, "
-                      "TargetLongittude, TargetHeight ) VALUES (1,?,?,?,?)",
-                      "Save Current Path");
-  if (!statement || path->TargetGeolocation() == nullptr) return true;
-  statement.Text(path->PathIdentifier(), "SQL bind current site identifier failed with ")
-      .Double(path->TargetGeolocation()->LatitudeDegreesNorth(), "SQL bind current target tilt failed with ")
-      .Double(path->TargetGeolocation()->LongitudeDegreesEast(), "SQL bind current target tilt failed with ")
-      .Double(path->TargetGeolocation()->ElevationMeters(), "SQL bind current target tilt failed with ")
-      .Run();
+  Statement row(db,
+                "INSERT OR REPLACE INTO PathScreenContents (RowID, PathIdentifier, TargetLatitude, "
+                "TargetLongittude, TargetHeight ) VALUES (1,?,?,?,?)",
+                "Save Current Path");
+  if (!row) return true;
+  constexpr char farEndFailure[] = "SQL bind current target tilt failed with ";
+  if (row.Text(model->CurrentPathInformation()->PathIdentifier(),
+               "SQL bind current site identifier failed with ")
+          .Bound() &&
+      BindsFarEnd(&row, model, &IGeolocation::LatitudeDegreesNorth, farEndFailure) &&
+      BindsFarEnd(&row, model, &IGeolocation::LongitudeDegreesEast, farEndFailure) &&
+      BindsFarEnd(&row, model, &IGeolocation::ElevationMeters, farEndFailure)) {
+    row.Run();
+  }
   return true;
 }
 
 // A row that cannot be read leaves the model as it was, and is no failure.
-bool AlignmentDatabaseStore::RestoreCurrentSiteInformation(sqlite3* db, IAlignerModel* model) {
+bool RestoreSite(sqlite3* db, IAlignerModel* model) {
   if (db == nullptr || model == nullptr) return false;
   Statement row(
       db,
       "SELECT SiteIdentifier,SectorIdentifier,AntennaPosition, TargetTilt, TargetRoll, TargetAzimuth "
       "FROM SiteScreenContents WHERE (RowID=1)",
       "Restore site info");
-  if (!row || row.Step() != SQLITE_ROW) return true;
+  if (row.Step() != SQLITE_ROW) return true;
   const float tilt = row.FloatColumn(3);
   const float roll = row.FloatColumn(4);
   const float azimuth = row.FloatColumn(5);
@@ -91,15 +109,17 @@ bool AlignmentDatabaseStore::RestoreCurrentSiteInformation(sqlite3* db, IAligner
   return true;
 }
 
-bool AlignmentDatabaseStore::RestoreCurrentPathInformation(sqlite3* db, IAlignerModel* model) {
+bool RestorePath(sqlite3* db, IAlignerModel* model) {
   if (db == nullptr || model == nullptr) return false;
   Statement row(
       db,
       "SELECT PathIdentifier, TargetLatitude, TargetLongittude, TargetHeight FROM PathScreenContents "
       "WHERE (RowID=1)",
       "Restore path information");
-  if (!row || row.Step() != SQLITE_ROW) return true;
+  if (row.Step() != SQLITE_ROW) return true;
   model->SetCurrentPathInformation(
       new PathInformation(row.TextColumn(0), row.DoubleColumn(1), row.DoubleColumn(2), row.DoubleColumn(3)));
   return true;
 }
+
+}  // namespace StoreScreenContents

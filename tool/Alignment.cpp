@@ -1,7 +1,9 @@
 #include "tool/Alignment.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <memory>
 
 #include "model/Geolocation.h"
@@ -12,7 +14,7 @@
 #include "model/Orientation.h"
 #include "model/PathInformation.h"
 #include "model/SiteInformation.h"
-#include "store/AlignmentDatabaseVersion7.h"
+#include "store/IAlignmentDatabase.h"
 
 QString KindName(Kind kind) { return kind == Kind::Site ? QStringLiteral("site") : QStringLiteral("path"); }
 
@@ -67,24 +69,66 @@ Alignment::Alignment(const IPathAlignmentReportData& record) : kind(Kind::Path) 
   targetRoll = record.GetTargetOrientation()->RollDegrees();
 }
 
-bool Judgement::Passes() const { return std::fabs(deviation) <= threshold; }
-
-QString Judgement::Verdict() const {
-  if (!HasThreshold()) return QStringLiteral("no threshold");
-  return Passes() ? QStringLiteral("pass") : QStringLiteral("fail");
+QString VerdictName(Verdict verdict) {
+  if (verdict == Verdict::None) return QStringLiteral("none");
+  return verdict == Verdict::Pass ? QStringLiteral("pass") : QStringLiteral("fail");
 }
+
+QString VerdictWords(Verdict verdict) {
+  return verdict == Verdict::None ? QStringLiteral("no threshold") : VerdictName(verdict);
+}
+
+Verdict Together(Verdict one, Verdict other) {
+  if (one == Verdict::Fail || other == Verdict::Fail) return Verdict::Fail;
+  return one == Verdict::Pass ? one : other;
+}
+
+namespace {
+
+Judgement JudgeAngle(const char* angle, float target, float measured, float deviation, float threshold) {
+  const Verdict verdict = !(threshold > 0)                    ? Verdict::None
+                          : std::fabs(deviation) <= threshold ? Verdict::Pass
+                                                              : Verdict::Fail;
+  return {angle, target, measured, deviation, threshold, verdict};
+}
+
+}  // namespace
 
 std::vector<Judgement> Judge(const Alignment& a) {
   std::vector<Judgement> angles = {
-      {"azimuth", a.targetAzimuth, a.measuredAzimuth, a.azimuthDeviation, a.azimuthThreshold},
-      {"tilt", a.targetTilt, a.measuredTilt, a.tiltDeviation, a.tiltThreshold}};
+      JudgeAngle("azimuth", a.targetAzimuth, a.measuredAzimuth, a.azimuthDeviation, a.azimuthThreshold),
+      JudgeAngle("tilt", a.targetTilt, a.measuredTilt, a.tiltDeviation, a.tiltThreshold)};
   if (a.kind == Kind::Site) {
-    angles.push_back({"roll", a.targetRoll, a.measuredRoll, a.rollDeviation, a.rollThreshold});
+    angles.push_back(JudgeAngle("roll", a.targetRoll, a.measuredRoll, a.rollDeviation, a.rollThreshold));
   }
   return angles;
 }
 
-bool Save(AlignmentDatabaseVersion7* store, const Alignment& a) {
+Verdict VerdictOf(const Alignment& alignment) {
+  Verdict verdict = Verdict::None;
+  for (const Judgement& angle : Judge(alignment)) verdict = Together(verdict, angle.verdict);
+  return verdict;
+}
+
+Antenna AntennaOf(const Alignment& alignment) { return {alignment.sector, alignment.position}; }
+
+std::vector<Alignment> LatestOfEach(const std::vector<Alignment>& alignments) {
+  std::map<Antenna, std::size_t> newest;
+  for (std::size_t number = 0; number < alignments.size(); ++number) {
+    const auto [place, isFirst] = newest.try_emplace(AntennaOf(alignments[number]), number);
+    if (!isFirst && alignments[place->second].time <= alignments[number].time) place->second = number;
+  }
+  std::vector<std::size_t> numbers;
+  numbers.reserve(newest.size());
+  for (const auto& item : newest) numbers.push_back(item.second);
+  std::sort(numbers.begin(), numbers.end());
+  std::vector<Alignment> latest;
+  latest.reserve(numbers.size());
+  for (const std::size_t number : numbers) latest.push_back(alignments[number]);
+  return latest;
+}
+
+bool Save(IAlignmentDatabase* store, const Alignment& a) {
   Geolocation location(a.latitude, a.longitude, a.elevation, GpsDatum::Wgs84, a.time, true);
   Orientation measured(a.measuredAzimuth, a.measuredTilt, a.measuredRoll);
   Height height(a.height, a.heightSource);

@@ -2,11 +2,12 @@
 
 #include <QDateTime>
 #include <QString>
+#include <utility>
 #include <vector>
 
 #include "model/HeightSource.h"
 
-class AlignmentDatabaseVersion7;
+class IAlignmentDatabase;
 class IAntennaAlignmentReportData;
 class IPathAlignmentReportData;
 
@@ -49,8 +50,10 @@ struct Alignment {
   float rollThreshold = 0;
   float pathLengthThreshold = 0;
 
-  /// Of a stored alignment alone: its key, and measured minus target, the azimuth by the shorter way round.
+  /// Of a stored alignment alone: its key, its number among all reports of its site or path, and measured
+  /// minus target, the azimuth by the shorter way round.
   unsigned int key = 0;
+  int index = 0;
   float azimuthDeviation = 0;
   float tiltDeviation = 0;
   float rollDeviation = 0;
@@ -60,23 +63,45 @@ struct Alignment {
   void TakeCommon(const Record& record);
 };
 
-/// One angle of an alignment against its threshold.
+/// All alignments of a site or path, or those of them that are asked for.
+struct Reports {
+  Kind kind = Kind::Site;
+  QString identifier;
+  /// Name of the file for their pages.
+  QString pdfName;
+  std::vector<Alignment> alignments;
+};
+
+enum class Verdict { None, Pass, Fail };
+
+/// "none", "pass" or "fail".
+QString VerdictName(Verdict verdict);
+/// The same for people: none is "no threshold".
+QString VerdictWords(Verdict verdict);
+/// Fail if one fails, else pass if one passes, else none.
+Verdict Together(Verdict one, Verdict other);
+
+/// One angle of an alignment against its threshold. A threshold of 0 is none that anybody has set.
 struct Judgement {
   const char* angle;
   float target;
   float measured;
   float deviation;
   float threshold;
-
-  /// A threshold of 0 is none that anybody has set.
-  bool HasThreshold() const { return threshold > 0; }
-  bool Passes() const;
-  /// "pass", "fail" or "no threshold".
-  QString Verdict() const;
+  Verdict verdict;
 };
 
 /// The angles that count for the kind of alignment: azimuth, tilt and, at a site, roll.
 std::vector<Judgement> Judge(const Alignment& alignment);
+/// Of its angles together.
+Verdict VerdictOf(const Alignment& alignment);
+
+/// What sets one antenna apart from the others: sector and position at a site; a path has one.
+using Antenna = std::pair<QString, QString>;
+Antenna AntennaOf(const Alignment& alignment);
+/// The newest measurement of each antenna of a site or path, in the order given; of several at one time the
+/// last of them.
+std::vector<Alignment> LatestOfEach(const std::vector<Alignment>& alignments);
 
 /// Stores the alignment in both files; false when that did not succeed.
-bool Save(AlignmentDatabaseVersion7* store, const Alignment& alignment);
+bool Save(IAlignmentDatabase* store, const Alignment& alignment);

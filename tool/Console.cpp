@@ -1,5 +1,6 @@
 #include "tool/Console.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <QTextStream>
@@ -7,16 +8,43 @@
 
 namespace {
 
-void Write(std::FILE* stream, const QString& text) {
-  const QByteArray bytes = text.toUtf8();
+void Write(std::FILE* stream, const QByteArray& bytes) {
   std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stream);
+}
+
+void Write(std::FILE* stream, const QString& text) { Write(stream, text.toUtf8()); }
+
+struct Kept {
+  bool keeps = false;
+  QString text;
+};
+
+Kept& KeptText() {
+  static Kept kept;
+  return kept;
 }
 
 }  // namespace
 
 namespace Console {
 
-void Print(const QString& text) { Write(stdout, text); }
+void OccupyStandardStreams() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    // The lowest number that is free is the one that is taken.
+    if (fcntl(descriptor, F_GETFD) < 0) open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+  }
+}
+
+void Print(const QString& text) {
+  if (KeptText().keeps) KeptText().text += text;
+  Write(stdout, text);
+}
+
+void PrintBytes(const QByteArray& bytes) { Write(stdout, bytes); }
+
+void KeepPrinted() { KeptText().keeps = true; }
+
+const QString& Printed() { return KeptText().text; }
 
 void Message(const QString& text) {
   Write(stderr, QStringLiteral("tarnbeam-db: ") + text + QLatin1Char('\n'));

@@ -1,12 +1,52 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <stdexcept>
 
-/// Ends a command with exit status 1; the text goes to standard error.
+/// What the program ends with.
+namespace Status {
+
+constexpr int Done = 0;
+constexpr int Failed = 1;
+constexpr int Misused = 2;
+constexpr int InUse = 3;
+constexpr int Damaged = 4;
+
+}  // namespace Status
+
+/// Ends a command; the text goes to standard error.
 class Failure : public std::runtime_error {
  public:
-  explicit Failure(const QString& message) : std::runtime_error(message.toStdString()) {}
+  explicit Failure(const QString& message, int status = Status::Failed)
+      : std::runtime_error(message.toStdString()), status_(status) {}
+  int ExitStatus() const { return status_; }
+
+ private:
+  int status_;
+};
+
+/// A file that another program has in use for longer than was waited.
+class InUse : public Failure {
+ public:
+  explicit InUse(const QString& shownFile)
+      : Failure(shownFile + QStringLiteral(": is in use by another program; try again, or wait longer with "
+                                           "--wait SECONDS"),
+                Status::InUse) {}
+};
+
+/// A file that is damaged, or not what it has to be.
+class Damage : public Failure {
+ public:
+  Damage(const QString& shownFile, const QString& reason)
+      : Failure(
+            shownFile + QStringLiteral(": ") + reason + QStringLiteral("; 'tarnbeam-db check' tells more"),
+            Status::Damaged),
+        reason_(reason) {}
+  const QString& Reason() const { return reason_; }
+
+ private:
+  QString reason_;
 };
 
 /// Ends a command with exit status 2, for arguments that make no sense.
@@ -17,8 +57,13 @@ class WrongUsage : public std::runtime_error {
 
 namespace Console {
 
+/// Standard input, output and error are open in any case from now on, so that no file of the user's takes
+/// their place. Nothing can be written to one that was closed.
+void OccupyStandardStreams();
 /// Writes a result to standard output, as it is.
 void Print(const QString& text);
+/// The same for what is UTF-8 already; it is not kept.
+void PrintBytes(const QByteArray& bytes);
 /// Writes a line, after the program's name, to standard error.
 void Message(const QString& text);
 /// Asks on standard error and reads the answer from standard input; only y and yes mean yes.
@@ -28,6 +73,9 @@ bool CanAsk();
 bool ErrorIsTerminal();
 /// Replaces the line that stands on the terminal; an empty text takes it away.
 void Progress(const QString& text);
+/// From now on what is printed is kept, so that it can be said elsewhere.
+void KeepPrinted();
+const QString& Printed();
 /// Throws a Failure if what was printed did not reach standard output (a full disk, a closed pipe).
 void Flush();
 

@@ -1,41 +1,40 @@
 // tarnbeam-db: makes, fills, reads, checks and migrates the library's database files.
-#include <sys/resource.h>
-
+#include <QtGlobal>
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
 #include <QTextCodec>
+#endif
 #include <algorithm>
 #include <clocale>
+#include <csignal>
 #include <exception>
 #include <memory>
 
-#include "tool/Commands.h"
 #include "tool/Console.h"
-#include "tool/LibraryLog.h"
-#include "tool/ReportPdf.h"
+#include "tool/FileName.h"
+#include "tool/commands/Commands.h"
+#include "tool/formats/ReportPdf.h"
+#include "tool/pair/QuietVfs.h"
 
 namespace {
-
-constexpr int Done = 0;
-constexpr int Failed = 1;
-constexpr int Misused = 2;
 
 /// The library writes texts, and opens files, by the local encoding, and reads texts back as UTF-8. The two
 /// agree in a UTF-8 locale alone, so in any other, the C locale of a service for one, UTF-8 is set.
 void UseUtf8() {
   std::setlocale(LC_ALL, "");
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
   constexpr int Utf8Mib = 106;
   if (QTextCodec::codecForLocale()->mibEnum() != Utf8Mib) {
     QTextCodec::setCodecForLocale(QTextCodec::codecForMib(Utf8Mib));
   }
+#endif
 }
 
-/// Reading the reports of a path leaves its connections open, so many paths need many descriptors.
-void AllowManyOpenFiles() {
-  rlimit limit{};
-  if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
-    limit.rlim_cur = limit.rlim_max;
-    setrlimit(RLIMIT_NOFILE, &limit);
-  }
+/// The library's debug lines are for --verbose; nothing goes by them.
+void ShowLine(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& line) {
+  Console::Message(Console::Printable(line));
 }
+
+void HideLine(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& /*line*/) {}
 
 QString Overview() {
   QString text = QStringLiteral("Usage: tarnbeam-db COMMAND [operands] [options]\n\nCommands:\n");
@@ -45,7 +44,8 @@ QString Overview() {
   }
   return text + QStringLiteral(
                     "\n'tarnbeam-db COMMAND --help' tells of one command, 'tarnbeam-db --version' of the "
-                    "program.\nExit status: 0 done, 1 failed, 2 wrong usage.\n");
+                    "program.\nExit status: 0 done, 1 failed, 2 wrong usage, 3 a file is in use, "
+                    "4 a file is damaged or of another kind.\n");
 }
 
 const Command& FindCommand(const QString& name) {
@@ -53,7 +53,8 @@ const Command& FindCommand(const QString& name) {
   const auto found = std::find_if(commands.begin(), commands.end(), [&name](const Command& command) {
     return name == QLatin1String(command.name);
   });
-  if (found == commands.end()) throw WrongUsage(QStringLiteral("there is no command %1").arg(name));
+  if (found == commands.end())
+    throw WrongUsage(QStringLiteral("there is no command ") + Console::Printable(name));
   return *found;
 }
 
@@ -65,14 +66,14 @@ void RequireOperands(const Command& command, const QStringList& operands) {
                          .arg(QLatin1String(command.operands.at(static_cast<std::size_t>(operands.size())))));
   }
   if (operands.size() > static_cast<int>(command.operands.size())) {
-    throw WrongUsage(QStringLiteral("%1 is one too many").arg(operands.last()));
+    throw WrongUsage(FileName::Shown(operands.last()) + QStringLiteral(" is one too many"));
   }
 }
 
 QString HelpText(const Command& command, const QCommandLineParser& parser) {
   // The parser writes the path by which the program was called; the name is enough.
   QString text = parser.helpText();
-  const int end = text.indexOf(QLatin1Char('\n'));
+  const auto end = text.indexOf(QLatin1Char('\n'));
   QString usage = QStringLiteral("Usage: tarnbeam-db %1").arg(QLatin1String(command.name));
   for (const char* operand : command.operands) usage += QLatin1Char(' ') + QLatin1String(operand);
   return usage + QStringLiteral(" [options]") + text.mid(end);
@@ -85,15 +86,20 @@ int RunCommand(const Command& command, const QStringList& words) {
                                 QStringLiteral("Show this help."));
   const QCommandLineOption verbose(QStringLiteral("verbose"),
                                    QStringLiteral("Show the library's debug lines."));
-  parser.addOptions({help, verbose});
+  parser.addOptions({help, verbose, WaitOption()});
   for (const QCommandLineOption& option : command.options) parser.addOption(option);
   if (!parser.parse(words)) throw WrongUsage(parser.errorText());
   if (parser.isSet(help)) {
     Console::Print(HelpText(command, parser));
-    return Done;
+    return Status::Done;
   }
-  LibraryLog::SetVerbose(parser.isSet(verbose));
+  qInstallMessageHandler(parser.isSet(verbose) ? ShowLine : HideLine);
   RequireOperands(command, parser.positionalArguments());
+  if (command.changes) {
+    // What was done is said in any case, so nobody may end the program for listening no longer.
+    std::signal(SIGPIPE, SIG_IGN);
+    Console::KeepPrinted();
+  }
   return command.run({parser.positionalArguments(), parser});
 }
 
@@ -102,37 +108,60 @@ int Run(const QStringList& words) {
   if (first.isEmpty()) throw WrongUsage(QStringLiteral("a command has to be given"));
   if (first == QLatin1String("--help") || first == QLatin1String("-h")) {
     Console::Print(Overview());
-    return Done;
+    return Status::Done;
   }
   if (first == QLatin1String("--version") || first == QLatin1String("-v")) {
     Console::Print(QStringLiteral("tarnbeam-db " TARNBEAM_VERSION "\n"));
-    return Done;
+    return Status::Done;
   }
   return RunCommand(FindCommand(first), words.mid(1));
+}
+
+/// What a changing command did it did, whether or not standard output takes it.
+void FlushOrSay() {
+  try {
+    Console::Flush();
+  } catch (const Failure& failure) {
+    if (Console::Printed().isEmpty()) throw;
+    Console::Message(QString::fromUtf8(failure.what()) + QStringLiteral("; this was done:\n") +
+                     Console::Printed());
+  }
 }
 
 /// The exit status; what was thrown is on standard error.
 int Report(const QStringList& words) {
   try {
     const int status = Run(words);
-    Console::Flush();
+    FlushOrSay();
     return status;
   } catch (const WrongUsage& wrong) {
     Console::Message(QString::fromUtf8(wrong.what()) +
                      QStringLiteral("\nTry 'tarnbeam-db --help' or 'tarnbeam-db COMMAND --help'."));
-    return Misused;
+    return Status::Misused;
+  } catch (const Failure& failure) {
+    Console::Message(QString::fromUtf8(failure.what()));
+    return failure.ExitStatus();
   } catch (const std::exception& failure) {
     Console::Message(QString::fromUtf8(failure.what()));
-    return Failed;
+    return Status::Failed;
   }
+}
+
+/// Not as Qt decodes them, which loses what is no text.
+QStringList Words(int argc, char** argv) {
+  QStringList words;
+  for (int number = 0; number < argc; ++number) words.append(FileName::FromBytes(argv[number]));
+  return words;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  Console::OccupyStandardStreams();
   UseUtf8();
-  AllowManyOpenFiles();
-  LibraryLog::Install();
+  QuietVfs::Install();
+  qInstallMessageHandler(HideLine);
+  const QStringList words = Words(argc, argv);
   const std::unique_ptr<QCoreApplication> application = ReportPdf::MakeApplication(argc, argv);
-  return Report(QCoreApplication::arguments());
+  return Report(words);
 }

@@ -1,16 +1,13 @@
 #include "store/legacy/AlignmentDatabaseVersion1.h"
 
-#include "schema/SchemaVersion1.h"
-#include "store/StoreDescription.h"
-
-constexpr StoreDescription storeDescriptionVersion1{SchemaVersion1(), Deletion::AlignmentsAloneUntilDone};
+#include "store/StoreTables.h"
 
 AlignmentDatabaseVersion1* AlignmentDatabaseVersion1::Open(QString main, QString thresholds) {
   return new AlignmentDatabaseVersion1(main, thresholds);
 }
 
 AlignmentDatabaseVersion1* AlignmentDatabaseVersion1::Create(QString main, QString thresholds) {
-  return WithTables(new AlignmentDatabaseVersion1(main, thresholds));
+  return StoreTables::CreatedFor(new AlignmentDatabaseVersion1(main, thresholds));
 }
 
 unsigned int AlignmentDatabaseVersion1::Version() { return 1; }

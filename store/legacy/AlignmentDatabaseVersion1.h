@@ -9,7 +9,8 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseVersion1 : public AlignmentDataba
   using AlignmentDatabaseStore::AlignmentDatabaseStore;
   /// A store over existing files, the caller's to delete. Touches neither file.
   static AlignmentDatabaseVersion1* Open(QString main, QString thresholds);
-  /// A store whose tables are created first. Returned even when that fails, which is logged.
+  /// A store whose missing tables are created first, see CreateTables(): what is there stays. Returned even
+  /// when that fails, which is logged.
   static AlignmentDatabaseVersion1* Create(QString main, QString thresholds);
   /// Always 1.
   unsigned int Version() override;

@@ -1,16 +1,13 @@
 #include "store/legacy/AlignmentDatabaseVersion2.h"
 
-#include "schema/SchemaVersion2.h"
-#include "store/StoreDescription.h"
-
-constexpr StoreDescription storeDescriptionVersion2{SchemaVersion2(), Deletion::AlignmentsAlone};
+#include "store/StoreTables.h"
 
 AlignmentDatabaseVersion2* AlignmentDatabaseVersion2::Open(QString main, QString thresholds) {
   return new AlignmentDatabaseVersion2(main, thresholds);
 }
 
 AlignmentDatabaseVersion2* AlignmentDatabaseVersion2::Create(QString main, QString thresholds) {
-  return WithTables(new AlignmentDatabaseVersion2(main, thresholds));
+  return StoreTables::CreatedFor(new AlignmentDatabaseVersion2(main, thresholds));
 }
 
 unsigned int AlignmentDatabaseVersion2::Version() { return 2; }

@@ -3,14 +3,14 @@
 #include "store/AlignmentDatabaseStore.h"
 
 /// The store of schema version 3, the first with tilt inversion and the first that deletes what alignments
-/// refer to. Create() is for new files only: on existing tables adding the columns fails, and the file is
-/// removed. Use Open() for existing files.
+/// refer to.
 class TARNBEAMDATABASE_EXPORT AlignmentDatabaseVersion3 : public AlignmentDatabaseStore {
  public:
   using AlignmentDatabaseStore::AlignmentDatabaseStore;
   /// A store over existing files, the caller's to delete. Touches neither file.
   static AlignmentDatabaseVersion3* Open(QString main, QString thresholds);
-  /// A store whose tables are created first. Returned even when that fails, which is logged.
+  /// A store whose missing tables are created first, see CreateTables(): what is there stays. Returned even
+  /// when that fails, which is logged.
   static AlignmentDatabaseVersion3* Create(QString main, QString thresholds);
   /// Always 3.
   unsigned int Version() override;

@@ -2,14 +2,14 @@
 
 #include "store/AlignmentDatabaseStore.h"
 
-/// The store of schema version 6: preferences have a geoid format. Create() is for new files only, as in
-/// version 3: it removes a file that already has its tables. Use Open() for existing files.
+/// The store of schema version 6: preferences have a geoid format.
 class TARNBEAMDATABASE_EXPORT AlignmentDatabaseVersion6 : public AlignmentDatabaseStore {
  public:
   using AlignmentDatabaseStore::AlignmentDatabaseStore;
   /// A store over existing files, the caller's to delete. Touches neither file.
   static AlignmentDatabaseVersion6* Open(QString main, QString thresholds);
-  /// A store whose tables are created first. Returned even when that fails, which is logged.
+  /// A store whose missing tables are created first, see CreateTables(): what is there stays. Returned even
+  /// when that fails, which is logged.
   static AlignmentDatabaseVersion6* Create(QString main, QString thresholds);
   /// Always 6.
   unsigned int Version() override;

@@ -1,8 +1,8 @@
 // Opening and closing connections.
 #include <QFileInfo>
-#include <QTextCodec>
 
 #include "tests/core/HelpersTest.h"
+#include "tests/support/LocalEncoding.h"
 
 namespace {
 
@@ -126,12 +126,11 @@ TEST_F(ConnectionTest, AnswersNullWhereAStoresFileDoesNotOpen) {
 }
 
 TEST_F(ConnectionTest, PathsAreWrittenInTheLocalEncoding) {
-  QTextCodec* const before = QTextCodec::codecForLocale();
-  QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
-  SqliteCalls::Arm(Fault("open_v2", SQLITE_CANTOPEN).OnFile("/M\xfcnchen.sqlite"));
+  const LocalEncoding latin1("ISO-8859-1");
+  SqliteCalls::Arm(Fault("open_v2", SQLITE_CANTOPEN)
+                       .OnFile(LocalEncoding::Varies ? "/M\xfcnchen.sqlite" : "/M\xc3\xbcnchen.sqlite"));
   sqlite3* db = nullptr;
   EXPECT_FALSE(OpenFile(files_.Folder().Path(QStringLiteral("M\u00fcnchen.sqlite")), &db, false));
-  QTextCodec::setCodecForLocale(before);
   EXPECT_TRUE(SqliteCalls::Fired());
   EXPECT_EQ(Lines(), QStringList{"Can't open database: rval= 14 : unable to open database file"});
 }

@@ -26,5 +26,5 @@ class HelpersTest : public testing::Test {
   QStringList Lines() { return files_.Lines(); }
 
   StoreFiles files_;
-  AlignmentDatabaseVersion7 store_{files_.Main(), files_.Thresholds()};
+  CurrentStore store_{files_.Main(), files_.Thresholds()};
 };

@@ -19,13 +19,9 @@ struct Conversion {
   unsigned int seconds;
 };
 
-void PrintTo(const Conversion& conversion, std::ostream* out) {
-  *out << conversion.name;
-}
+void PrintTo(const Conversion& conversion, std::ostream* out) { *out << conversion.name; }
 
-std::string ConversionName(const testing::TestParamInfo<Conversion>& info) {
-  return info.param.name;
-}
+std::string ConversionName(const testing::TestParamInfo<Conversion>& info) { return info.param.name; }
 
 class ToSecondsTest : public HelpersTest, public testing::WithParamInterface<Conversion> {};
 
@@ -53,7 +49,7 @@ const Conversion instants[] = {
     {"LastSecond", Utc("2106-02-07T06:28:14"), 4294967294U},
     {"OtherOffset", QDateTime(QDate(2017, 7, 14), QTime(4, 40), Qt::OffsetFromUTC, 7200), 1500000000},
     {"OtherZone", QDateTime(QDate(2017, 7, 13), QTime(16, 40), QTimeZone("Pacific/Honolulu")), 1500000000},
-    {"LocalTime", QDateTime::fromTime_t(1500000000), 1500000000},
+    {"LocalTime", QDateTime::fromSecsSinceEpoch(1500000000), 1500000000},
 };
 
 const Conversion timesWithoutSeconds[] = {

@@ -124,8 +124,7 @@ TEST_F(VersionProbeTest, LeavesAnEmptyFileWhereThereWasNone) {
 }
 
 TEST_F(VersionProbeTest, FindsNoVersionInAThresholdsFile) {
-  const std::unique_ptr<AlignmentDatabaseVersion7> store(
-      AlignmentDatabaseVersion7::Create(Main(), Thresholds()));
+  const std::unique_ptr<CurrentStore> store(CurrentStore::Create(Main(), Thresholds()));
   EXPECT_EQ(Refused(Thresholds()), QStringList{"sqlite3_prepare_v2 failed with  1 : no such table: Version"});
 }
 

@@ -59,9 +59,7 @@ const std::vector<LegacyDelete>& LegacyDeletes() {
   return deletes;
 }
 
-const StoreVersion& VersionNumber(unsigned int number) {
-  return StoreVersion::All()[number - 1];
-}
+const StoreVersion& VersionNumber(unsigned int number) { return StoreVersion::All()[number - 1]; }
 
 class LegacyDeletionTest : public testing::TestWithParam<std::size_t> {
  protected:

@@ -2,6 +2,10 @@
 
 #include <sys/stat.h>
 
+#include "core/OperationGuard.h"
+
+#include <algorithm>
+
 QByteArray ContentOf(const QString& path) {
   QFile file(path);
   EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
@@ -47,11 +51,18 @@ Converted Convert(const Converter& converter, const QString& path) {
   return {result, log.Lines()};
 }
 
+Watched ConvertWatched(const Converter& converter, const QString& path) {
+  const OperationGuard guard;
+  Watched watched{Convert(converter, path), {}};
+  for (const OperationGuard::Failure& failure : guard.Failures()) watched.codes.append(failure.code);
+  EXPECT_EQ(guard.Succeeded(), watched.codes.isEmpty());
+  return watched;
+}
+
 bool ConvertToCurrent(int source, const QString& path) {
-  for (int version = source; version < 7; ++version) {
-    if (!Convert(ConverterFrom(version), path).result) return false;
-  }
-  return true;
+  const std::vector<Converter>& all = Converters();
+  return std::all_of(all.begin() + source - 1, all.end(),
+                     [&](const Converter& converter) { return Convert(converter, path).result; });
 }
 
 ConversionTest::ConversionTest(const QString& parent) : folder_(parent) {
@@ -66,8 +77,8 @@ void ConversionTest::Load() {
   loaded_ = ContentOf(Main());
 }
 
-Converted ConversionTest::ConvertWithFault() {
-  const Converted converted = Convert(Tested(), Main());
+Converted ConversionTest::ConvertWithFault(const QString& path) {
+  const Converted converted = Convert(Tested(), path);
   EXPECT_TRUE(SqliteCalls::Fired() || FileCalls::Fired()) << "the fault was not met";
   SqliteCalls::Reset();
   FileCalls::Reset();

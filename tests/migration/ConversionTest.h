@@ -39,6 +39,12 @@ struct Converted {
 
 // Converts and keeps the lines, each of which must be a plain debug line.
 Converted Convert(const Converter& converter, const QString& path);
+// The codes that a guard is told of meanwhile, in their order.
+struct Watched {
+  Converted converted;
+  QVector<int> codes;
+};
+Watched ConvertWatched(const Converter& converter, const QString& path);
 // By every converter from `source` on; false as soon as one fails.
 bool ConvertToCurrent(int source, const QString& path);
 
@@ -56,7 +62,8 @@ class ConversionTest : public testing::TestWithParam<Converter> {
   void Load();
 
   // Converts under the armed faults, one of which must be met, and disarms them.
-  Converted ConvertWithFault();
+  Converted ConvertWithFault() { return ConvertWithFault(Main()); }
+  static Converted ConvertWithFault(const QString& path);
   // The conversion fails with these lines; everything is as the converter leaves it then.
   void ExpectFailure(const QStringList& lines);
   void ExpectFailure(const Fault& fault, const QStringList& lines);

@@ -4,12 +4,7 @@
 #include <QString>
 #include <type_traits>
 
-#include "migration/AlignmentDatabaseConverter1to2.h"
-#include "migration/AlignmentDatabaseConverter2to3.h"
-#include "migration/AlignmentDatabaseConverter3to4.h"
-#include "migration/AlignmentDatabaseConverter4to5.h"
-#include "migration/AlignmentDatabaseConverter5to6.h"
-#include "migration/AlignmentDatabaseConverter6to7.h"
+#include "migration/AllConverters.h"
 #include "tests/model/SlotPosition.h"
 
 namespace {
@@ -17,9 +12,7 @@ namespace {
 template <typename T>
 class ConverterClassTest : public testing::Test {};
 
-using ConverterClasses = testing::Types<AlignmentDatabaseConverter1to2, AlignmentDatabaseConverter2to3,
-                                        AlignmentDatabaseConverter3to4, AlignmentDatabaseConverter4to5,
-                                        AlignmentDatabaseConverter5to6, AlignmentDatabaseConverter6to7>;
+using ConverterClasses = AllConverters::As<testing::Types>;
 
 struct ClassName {
   template <typename T>

@@ -1,11 +1,6 @@
 #include "tests/migration/Converters.h"
 
-#include "migration/AlignmentDatabaseConverter1to2.h"
-#include "migration/AlignmentDatabaseConverter2to3.h"
-#include "migration/AlignmentDatabaseConverter3to4.h"
-#include "migration/AlignmentDatabaseConverter4to5.h"
-#include "migration/AlignmentDatabaseConverter5to6.h"
-#include "migration/AlignmentDatabaseConverter6to7.h"
+#include "migration/AllConverters.h"
 
 namespace {
 
@@ -72,14 +67,17 @@ const char* const selectPathKeys =
     "PathKey FROM TemporaryDB.PathAlignment";
 
 const std::vector<Converter>& Converters() {
-  static const std::vector<Converter> converters = {
-      {1, &ConvertBy<AlignmentDatabaseConverter1to2>, false, false, false, false, false},
-      {2, &ConvertBy<AlignmentDatabaseConverter2to3>, false, true, true, false, true},
-      {3, &ConvertBy<AlignmentDatabaseConverter3to4>, false, true, true, false, true},
-      {4, &ConvertBy<AlignmentDatabaseConverter4to5>, false, true, true, false, true},
-      {5, &ConvertBy<AlignmentDatabaseConverter5to6>, true, true, true, true, true},
-      {6, &ConvertBy<AlignmentDatabaseConverter6to7>, true, true, true, true, true},
-  };
+  static const std::vector<Converter> converters = [] {
+    int source = 0;
+    const auto all = AllConverters::Table([&source](auto converter) {
+      ++source;
+      return Converter{source,      &ConvertBy<typename decltype(converter)::Type>,
+                       source >= 5, source >= 2,
+                       source >= 2, source >= 5,
+                       source >= 2};
+    });
+    return std::vector<Converter>(all.begin(), all.end());
+  }();
   return converters;
 }
 

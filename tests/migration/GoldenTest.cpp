@@ -116,7 +116,7 @@ TEST_P(GoldenTest, EmptyTables) {
          "DELETE FROM SiteScreenContents; DELETE FROM PathScreenContents");
   EXPECT_TRUE(Convert(Tested(), Main()).result);
   for (const CleanupTexts& texts : Cleanups()) {
-    const int left = Rows(Main(), QStringLiteral("SELECT * FROM %1").arg(texts.table)).size();
+    const auto left = Rows(Main(), QStringLiteral("SELECT * FROM %1").arg(texts.table)).size();
     EXPECT_EQ(left == 0, Tested().cleansUp) << texts.table << ": " << left;
   }
   EXPECT_EQ(Rows(Main(), "SELECT * FROM Version"), QStringList{QString::number(Tested().source + 1)});

@@ -8,13 +8,7 @@
 #include "model/PreferencesModel.h"
 #include "reports/AntennaAlignmentPdfReportData.h"
 #include "reports/PathAlignmentPdfReportData.h"
-#include "store/AlignmentDatabaseVersion7.h"
-#include "store/legacy/AlignmentDatabaseVersion1.h"
-#include "store/legacy/AlignmentDatabaseVersion2.h"
-#include "store/legacy/AlignmentDatabaseVersion3.h"
-#include "store/legacy/AlignmentDatabaseVersion4.h"
-#include "store/legacy/AlignmentDatabaseVersion5.h"
-#include "store/legacy/AlignmentDatabaseVersion6.h"
+#include "store/AllStores.h"
 #include "tests/migration/ConversionTest.h"
 #include "tests/support/SampleAlignments.h"
 
@@ -178,28 +172,29 @@ class RoundTripTest : public testing::TestWithParam<EarlierStore> {
     GetParam().write(folder_);
     ASSERT_FALSE(QFile::exists(folder_.Thresholds()));
     ASSERT_TRUE(ConvertToCurrent(Version(), folder_.Main()));
-    store_.reset(AlignmentDatabaseVersion7::Create(folder_.Main(), folder_.Thresholds()));
+    store_.reset(CurrentStore::Create(folder_.Main(), folder_.Thresholds()));
     unsigned int found = 0;
     EXPECT_TRUE(AlignmentDatabase::GetDatabaseFileVersion(folder_.Main(), &found));
-    EXPECT_EQ(found, 7U);
+    EXPECT_EQ(found, CurrentSchemaVersion);
   }
 
   TemporaryFolder folder_;
-  std::unique_ptr<AlignmentDatabaseVersion7> store_;
+  std::unique_ptr<CurrentStore> store_;
 };
 
 std::string NameOfStore(const testing::TestParamInfo<EarlierStore>& info) {
   return "Version" + std::to_string(info.param.version);
 }
 
-INSTANTIATE_TEST_SUITE_P(Stores, RoundTripTest,
-                         testing::Values(EarlierStore{1, &Write<AlignmentDatabaseVersion1>},
-                                         EarlierStore{2, &Write<AlignmentDatabaseVersion2>},
-                                         EarlierStore{3, &Write<AlignmentDatabaseVersion3>},
-                                         EarlierStore{4, &Write<AlignmentDatabaseVersion4>},
-                                         EarlierStore{5, &Write<AlignmentDatabaseVersion5>},
-                                         EarlierStore{6, &Write<AlignmentDatabaseVersion6>}),
-                         NameOfStore);
+std::vector<EarlierStore> EarlierStores() {
+  int version = 0;
+  const auto stores = AllStores::Table([&version](auto store) {
+    return EarlierStore{++version, &Write<typename decltype(store)::Type>};
+  });
+  return {stores.begin(), stores.end() - 1};
+}
+
+INSTANTIATE_TEST_SUITE_P(Stores, RoundTripTest, testing::ValuesIn(EarlierStores()), NameOfStore);
 
 TEST_P(RoundTripTest, SiteAlignments) {
   EXPECT_EQ(store_->GetSiteIdentifiers(), (QVector<QString>{"Site 1", "Site 2", "Site 3"}));

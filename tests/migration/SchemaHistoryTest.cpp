@@ -1,11 +1,5 @@
 // Files that a store creates beside files that conversions make of older ones.
-#include "store/AlignmentDatabaseVersion7.h"
-#include "store/legacy/AlignmentDatabaseVersion1.h"
-#include "store/legacy/AlignmentDatabaseVersion2.h"
-#include "store/legacy/AlignmentDatabaseVersion3.h"
-#include "store/legacy/AlignmentDatabaseVersion4.h"
-#include "store/legacy/AlignmentDatabaseVersion5.h"
-#include "store/legacy/AlignmentDatabaseVersion6.h"
+#include "store/AllStores.h"
 #include "tests/migration/ConversionTest.h"
 
 namespace {
@@ -16,12 +10,8 @@ void CreateBy(const TemporaryFolder& folder) {
 }
 
 // By version.
-void (*const creators[])(const TemporaryFolder& folder) = {
-    &CreateBy<AlignmentDatabaseVersion1>, &CreateBy<AlignmentDatabaseVersion2>,
-    &CreateBy<AlignmentDatabaseVersion3>, &CreateBy<AlignmentDatabaseVersion4>,
-    &CreateBy<AlignmentDatabaseVersion5>, &CreateBy<AlignmentDatabaseVersion6>,
-    &CreateBy<AlignmentDatabaseVersion7>,
-};
+constexpr auto creators =
+    AllStores::Table([](auto store) { return &CreateBy<typename decltype(store)::Type>; });
 
 struct Added {
   const char* table;
@@ -71,7 +61,7 @@ QStringList References(const QString& path, const QString& table) {
 class SchemaHistoryTest : public ConversionTest {
  protected:
   SchemaHistoryTest() {
-    creators[Target() - 1](folder_);
+    creators[static_cast<std::size_t>(Target() - 1)](folder_);
     EXPECT_TRUE(Convert(Tested(), Main()).result);
   }
   static int Target() { return Tested().source + 1; }

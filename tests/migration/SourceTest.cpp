@@ -1,4 +1,6 @@
 // Files that a converter does not expect, and paths that lead to unexpected places.
+#include <unistd.h>
+
 #include "tests/migration/ConversionTest.h"
 
 namespace {
@@ -260,22 +262,66 @@ TEST_P(SourceTest, InterruptedTransactionIsUndoneFirst) {
 }
 
 TEST_P(SourceTest, ScratchFileItselfIsRefused) {
-  const QString links[] = {scratchPath, folder_.Path("link.sqlite"),
-                           folder_.Path("folder/TemporaryDB.sqlite"),
-                           scratchFolder + "/../database/TemporaryDB.sqlite"};
-  EXPECT_FALSE(Convert(Tested(), scratchPath).result);
-  EXPECT_FALSE(QFile::exists(scratchPath));
-  ASSERT_TRUE(QFile::link(scratchPath, links[1]));
-  ASSERT_TRUE(QFile::link(scratchFolder, folder_.Path("folder")));
-  LoadGolden(Tested().source, scratchPath);
-  const QByteArray before = ContentOf(scratchPath);
-  for (const QString& path : links) {
+  const auto expectRefused = [](const QString& path) {
     SCOPED_TRACE(path.toStdString());
     const Converted converted = Convert(Tested(), path);
     EXPECT_FALSE(converted.result);
     EXPECT_EQ(converted.lines, QStringList{"The temporary database itself cannot be converted:  " + path});
-    EXPECT_EQ(ContentOf(scratchPath), before);
+  };
+  const QString places[] = {scratchPath, folder_.Path("folder/TemporaryDB.sqlite"),
+                            scratchFolder + "/../database/TemporaryDB.sqlite"};
+  ASSERT_TRUE(QFile::link(scratchFolder, folder_.Path("folder")));
+  for (const QString& path : places) expectRefused(path);
+  EXPECT_FALSE(QFile::exists(scratchPath));
+
+  LoadGolden(Tested().source, scratchPath);
+  const QByteArray before = ContentOf(scratchPath);
+  const QString symbolic = folder_.Path("symbolic.sqlite");
+  const QString hard = folder_.Path("hard.sqlite");
+  ASSERT_TRUE(QFile::link(scratchPath, symbolic));
+  ASSERT_EQ(link(scratchPath.toLocal8Bit().constData(), hard.toLocal8Bit().constData()), 0);
+  for (const QString& path : places) expectRefused(path);
+  expectRefused(symbolic);
+  expectRefused(hard);
+  EXPECT_EQ(ContentOf(scratchPath), before);
+}
+
+// A link in the scratch file's place is removed; what it leads to is somebody's.
+TEST_P(SourceTest, LinkAtTheScratchPath) {
+  const QString target = folder_.Path("precious");
+  QFile file(target);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.write("content");
+  file.close();
+  for (const bool removable : {false, true}) {
+    SCOPED_TRACE(removable);
+    ASSERT_TRUE(QFile::link(target, scratchPath));
+    if (!removable) FileCalls::Arm(Fault("unlink", EACCES).OnFile("TemporaryDB.sqlite").Times(2));
+    const Converted converted = Convert(Tested(), Main());
+    FileCalls::Reset();
+    EXPECT_EQ(converted.result, removable);
+    EXPECT_EQ(converted.lines, removable ? PlainLines() : Aborted(Tested(), {}, "CreateTemporaryDatabase"));
+    EXPECT_EQ(ContentOf(target), QByteArray("content"));
+    QFile::remove(scratchPath);
   }
+}
+
+TEST_P(SourceTest, WhatTheSchemaDoesNotNameIsDropped) {
+  RunSql(Main(),
+         "PRAGMA page_size = 1024; VACUUM; PRAGMA user_version = 5; PRAGMA application_id = 6;"
+         "PRAGMA journal_mode = WAL; CREATE TABLE Own (V); CREATE VIEW OwnView AS SELECT * FROM Sites;"
+         "CREATE INDEX OwnIndex ON Sites (SiteIdentifier);"
+         "CREATE TRIGGER OwnTrigger AFTER INSERT ON Sites BEGIN DELETE FROM Sites; END");
+  const QString hard = folder_.Path("hard.sqlite");
+  ASSERT_EQ(link(Main().toLocal8Bit().constData(), hard.toLocal8Bit().constData()), 0);
+  const QByteArray before = ContentOf(hard);
+  EXPECT_TRUE(Convert(Tested(), Main()).result);
+  ExpectDump(Main(), Expected());
+  EXPECT_EQ(Rows(Main(), "PRAGMA page_size"), QStringList{"4096"});
+  EXPECT_EQ(Rows(Main(), "PRAGMA user_version"), QStringList{"0"});
+  EXPECT_EQ(Rows(Main(), "PRAGMA application_id"), QStringList{"0"});
+  EXPECT_EQ(Rows(Main(), "PRAGMA journal_mode"), QStringList{"'delete'"});
+  EXPECT_EQ(ContentOf(hard), before);
 }
 
 // The link stays; the file that it leads to is replaced.

@@ -60,19 +60,23 @@ TEST_P(StepFailureTest, ScratchFileCannotBeCreated) {
   ExpectUntouched(before, false);
 }
 
-TEST_P(StepFailureTest, ScratchFolderIsMissing) {
-  const TemporaryFolder elsewhere;
+// What is in the folder by then is another conversion's.
+TEST_P(StepFailureTest, ScratchFolderCannotBeLocked) {
+  const TemporaryFolder elsewhere(FolderOnOtherFileSystem());
   LoadGolden(Tested().source, elsewhere.Main());
+  RunSql(scratchPath, "CREATE TABLE Left (V)");
   const QByteArray before = ContentOf(elsewhere.Main());
-  const QString aside = scratchFolder + QStringLiteral(".aside");
-  ASSERT_TRUE(QDir().rename(scratchFolder, aside));
-  const Converted converted = Convert(Tested(), elsewhere.Main());
-  const bool created = QFile::exists(scratchFolder);
-  ASSERT_TRUE(QDir().rename(aside, scratchFolder));
-  EXPECT_FALSE(created);
-  EXPECT_FALSE(converted.result);
-  EXPECT_EQ(converted.lines, AbortedStep({}, "CreateTemporaryDatabase"));
-  EXPECT_EQ(ContentOf(elsewhere.Main()), before);
+  const QByteArray left = ContentOf(scratchPath);
+  const QByteArray folder = scratchFolder.toLocal8Bit();
+  for (const Fault& fault : {Fault("open", ENOENT).OnFile(folder), Fault("open", EMFILE).OnFile(folder),
+                             Fault("flock", ENOLCK).OnFile(folder)}) {
+    FileCalls::Arm(fault);
+    const Converted converted = ConvertWithFault(elsewhere.Main());
+    EXPECT_FALSE(converted.result);
+    EXPECT_EQ(converted.lines, AbortedStep({}, "CreateTemporaryDatabase"));
+    EXPECT_EQ(ContentOf(elsewhere.Main()), before);
+    EXPECT_EQ(ContentOf(scratchPath), left);
+  }
 }
 
 TEST_P(StepFailureTest, Version) {

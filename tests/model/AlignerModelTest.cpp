@@ -1,6 +1,5 @@
 #include "model/AlignerModel.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "model/PathInformation.h"
@@ -95,7 +94,7 @@ TYPED_TEST(AlignerModelTest, CurrentRecordSetAgainIsKept) {
 TYPED_TEST(AlignerModelTest, TellsObserversOfEachChange) {
   TypeParam::Set(*this->model_, TypeParam::New(&this->destroyed_));
   TypeParam::Clear(*this->model_);
-  EXPECT_THAT(this->observer_.changed, testing::ElementsAre(this->model_.get(), this->model_.get()));
+  EXPECT_EQ(this->observer_.changed, CountingObserver::Models({this->model_.get(), this->model_.get()}));
   this->model_->RemoveObserver(&this->observer_);
   TypeParam::Clear(*this->model_);
   EXPECT_EQ(this->observer_.changed.size(), 2);

@@ -9,5 +9,6 @@ class CountingObserver : public IModelObserver {
  public:
   void ModelChanged(ObservableModel* model) override { changed.append(model); }
 
-  QVector<ObservableModel*> changed;
+  using Models = QVector<ObservableModel*>;
+  Models changed;
 };

@@ -1,7 +1,7 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QStringList>
+#include <initializer_list>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -15,8 +15,6 @@
 #include "tests/support/LogCapture.h"
 
 namespace {
-
-using testing::ElementsAre;
 
 IAntennaAlignmentReportData* SiteRecord(const QString& sector, const QString& position) {
   auto* record = new AntennaAlignmentReportData(1, new SiteInformation("S1", sector, position, 0, 0, 0),
@@ -47,16 +45,40 @@ QStringList Sorted(const QVector<Label>& labels) {
 }
 
 TEST(AntennaAlignmentPdfReportDataTest, SortsBySectorThenPositionWithoutRegardToCase) {
-  EXPECT_THAT(Sorted({{"b", "1"}, {"A", "2"}, {"a", "1"}}), ElementsAre("a 1", "A 2", "b 1"));
+  EXPECT_EQ(Sorted({{"b", "1"}, {"A", "2"}, {"a", "1"}}), QStringList({"a 1", "A 2", "b 1"}));
 }
 
 TEST(AntennaAlignmentPdfReportDataTest, KeepsRecordsThatAreInOrder) {
-  EXPECT_THAT(Sorted({{"a", "1"}, {"a", "2"}, {"b", "1"}}), ElementsAre("a 1", "a 2", "b 1"));
+  EXPECT_EQ(Sorted({{"a", "1"}, {"a", "2"}, {"b", "1"}}), QStringList({"a 1", "a 2", "b 1"}));
 }
 
 TEST(AntennaAlignmentPdfReportDataTest, LeavesEmptyAndSingleVectorsAsTheyAre) {
-  EXPECT_THAT(Sorted({}), ElementsAre());
-  EXPECT_THAT(Sorted({{"a", "1"}}), ElementsAre("a 1"));
+  EXPECT_EQ(Sorted({}), QStringList());
+  EXPECT_EQ(Sorted({{"a", "1"}}), QStringList({"a 1"}));
+}
+
+// With a second one it could not be compared.
+TEST(AntennaAlignmentPdfReportDataTest, ASingleRecordIsAskedForNothing) {
+  auto* siteless =
+      new AntennaAlignmentReportData(1, nullptr, nullptr, nullptr, nullptr, QDateTime(), nullptr);
+  for (IAntennaAlignmentReportData* const record :
+       std::initializer_list<IAntennaAlignmentReportData*>{nullptr, siteless}) {
+    const QVector<IAntennaAlignmentReportData*> given{record};
+    AntennaAlignmentPdfReportData report("S1", "S1-A-Report",
+                                         new QVector<IAntennaAlignmentReportData*>(given));
+    report.SortReportData();
+    EXPECT_EQ(*report.AlignmentData(), given);
+  }
+}
+
+// The vector is made the container's own even where there is nothing to sort.
+TEST(AntennaAlignmentPdfReportDataTest, ASingleRecordsVectorIsMadeItsOwn) {
+  auto* records = new QVector<IAntennaAlignmentReportData*>{SiteRecord("a", "1")};
+  const QVector<IAntennaAlignmentReportData*> asGiven = *records;
+  ASSERT_FALSE(records->isDetached());
+  const AntennaAlignmentPdfReportData report("S1", "S1-A-Report", records);
+  EXPECT_TRUE(report.AlignmentData()->isDetached());
+  EXPECT_EQ(*report.AlignmentData(), asGiven);
 }
 
 TEST(AntennaAlignmentPdfReportDataTest, SortsManyRecords) {
@@ -155,9 +177,9 @@ TEST(PdfReportDataTest, SiteReportDeletesEachRecordOnce) {
                                                             nullptr, QDateTime(), nullptr));
   }
   auto report = std::make_unique<AntennaAlignmentPdfReportData>("S1", "S1-A-Report", records);
-  EXPECT_THAT(destroyed, ElementsAre(0, 0, 0));
+  EXPECT_EQ(destroyed, QVector<int>({0, 0, 0}));
   report.reset();
-  EXPECT_THAT(destroyed, ElementsAre(1, 1, 1));
+  EXPECT_EQ(destroyed, QVector<int>({1, 1, 1}));
 }
 
 IPathAlignmentReportData* PathRecord(int* destroyed) {
@@ -174,7 +196,24 @@ TEST(PdfReportDataTest, PathReportKeepsTheOrderAndDeletesEachRecordOnce) {
   EXPECT_EQ(report->PathData(), records);
   EXPECT_EQ(*report->PathData(), asGiven);
   report.reset();
-  EXPECT_THAT(destroyed, ElementsAre(1, 1));
+  EXPECT_EQ(destroyed, QVector<int>({1, 1}));
+}
+
+// A copy of a vector shares its storage until the vector is freed.
+template <typename Report, typename Record>
+void ExpectFreesItsVector() {
+  auto* records = new QVector<Record*>();
+  auto report = std::make_unique<Report>("R", "R", records);
+  records->reserve(1);
+  const QVector<Record*> sharing = *records;
+  ASSERT_FALSE(sharing.isDetached());
+  report.reset();
+  EXPECT_TRUE(sharing.isDetached());
+}
+
+TEST(PdfReportDataTest, ReportsFreeTheirVectors) {
+  ExpectFreesItsVector<AntennaAlignmentPdfReportData, IAntennaAlignmentReportData>();
+  ExpectFreesItsVector<PathAlignmentPdfReportData, IPathAlignmentReportData>();
 }
 
 TEST(PdfReportDataTest, PathReportWithoutVectorLogsAndKeepsNone) {

@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -93,7 +92,7 @@ TEST_F(EnumeratedSettingTest, ObserversSeeTheNewValue) {
   CountingObserver observer;
   setting.AddObserver(&observer);
   setting.AssignValueWithKey(1);
-  EXPECT_THAT(observer.changed, testing::ElementsAre(&setting));
+  EXPECT_EQ(observer.changed, CountingObserver::Models({&setting}));
 }
 
 template <typename T>
@@ -121,7 +120,7 @@ void ExpectSettingTakesValue(const T& first, const T& second) {
   setting.SetValue(second);
   EXPECT_EQ(setting.Value(), second);
   setting.SetValue(second);
-  EXPECT_THAT(observer.changed, testing::ElementsAre(&setting, &setting));
+  EXPECT_EQ(observer.changed, CountingObserver::Models({&setting, &setting}));
 }
 
 TEST(SettingTest, TakesValuesAndNotifiesEachTime) {
@@ -155,8 +154,8 @@ TEST(ObservableModelTest, TellsEachObserverOnce) {
   model.AddObserver(&one);
   model.AddObserver(nullptr);
   model.NotifyObserversOfChange();
-  EXPECT_THAT(one.changed, testing::ElementsAre(&model));
-  EXPECT_THAT(other.changed, testing::ElementsAre(&model));
+  EXPECT_EQ(one.changed, CountingObserver::Models({&model}));
+  EXPECT_EQ(other.changed, CountingObserver::Models({&model}));
 }
 
 TEST(ObservableModelTest, RemovedObserverIsNotTold) {

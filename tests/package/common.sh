@@ -1,8 +1,10 @@
 # shellcheck shell=bash
-# Shared by the tests of what gets installed. Sourced with $build and $source set.
+# Shared by the tests of what gets installed. Sourced; the environment tells the build that is tested.
 set -euo pipefail
+: "${build:?}" "${build_type:?}" "${CXX:?}"
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-work=$(mktemp -d)
+# In the build folder: programs are run there, which not every folder for temporary files allows.
+work=$(mktemp -d -p "$build")
 trap 'rm -rf "$work"' EXIT
 
 fail() { printf 'FAILED: %s\n' "$*" >&2; exit 1; }
@@ -21,22 +23,31 @@ run_consumer() {
   same "files of $1" "main.sqlite thresholds.sqlite" "$(cd "$folder" && echo *)"
 }
 
+# run_guarded PROGRAM LIBRARIES: in a folder without files, which it is to tell of.
+run_guarded() {
+  local folder
+  folder=$(mktemp -d -p "$work")
+  same "output of $1" "1: prepare SELECT SiteIdentifier FROM Sites: no such table: Sites" \
+    "$(cd "$folder" && ! LD_LIBRARY_PATH=$2 QT_LOGGING_RULES='*.debug=false' "$1" 2>&1)"
+}
+
 # consume PREFIX: builds and runs the consumer against an installation, through CMake and pkg-config.
 consume() {
   local prefix=$1 pc libraries
   pc=$(find "$prefix" -name TarnbeamDatabase.pc)
   libraries=$(dirname "$(dirname "$pc")")
 
-  cmake -S "$here/consumer" -B "$work/cmake-consumer" -DCMAKE_BUILD_TYPE=Release \
+  cmake -S "$here/consumer" -B "$work/cmake-consumer" -G Ninja -DCMAKE_BUILD_TYPE=Release \
     -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_PREFIX_PATH="$prefix" \
     -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF >"$work/log" 2>&1 || { cat "$work/log"; fail "find_package"; }
   cmake --build "$work/cmake-consumer" >"$work/log" 2>&1 || { cat "$work/log"; fail "build by CMake"; }
   run_consumer "$work/cmake-consumer/consumer" "$libraries"
+  run_guarded "$work/cmake-consumer/guarded" "$libraries"
 
   local flags
   flags=$(PKG_CONFIG_PATH=$(dirname "$pc") pkg-config --cflags --libs TarnbeamDatabase)
   case $flags in *"$prefix"/*) ;; *) fail "pkg-config does not follow the installation: $flags" ;; esac
   # shellcheck disable=SC2086
-  "$CXX" "$here/consumer/main.cpp" -o "$work/pkg-config-consumer" $flags
+  "$CXX" -fPIC "$here/consumer/main.cpp" -o "$work/pkg-config-consumer" $flags
   run_consumer "$work/pkg-config-consumer" "$libraries"
 }

@@ -1,7 +1,9 @@
 #!/bin/bash
 # The Debian packages: what is in them, what they depend on, and that they work where they are unpacked.
 . "$(dirname "$0")/common.sh"
-version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
+library_version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
+version=$(dpkg-parsechangelog -l "$here/../../cmake/debian/changelog" -S Version)
+case $version in "$library_version"-*) ;; *) fail "the changelog is of $version, the library of $library_version" ;; esac
 architecture=$(dpkg --print-architecture)
 triplet=$(dpkg-architecture -qDEB_HOST_MULTIARCH)
 cpack -G DEB --config "$build/CPackConfig.cmake" -B "$work/packages" >"$work/log" 2>&1 ||
@@ -10,6 +12,7 @@ cpack -G DEB --config "$build/CPackConfig.cmake" -B "$work/packages" >"$work/log
 package() { echo "$work/packages/$1_${version}_$architecture.deb"; }
 field() { dpkg-deb -f "$(package "$1")" "$2"; }
 files() { dpkg-deb -c "$(package "$1")" | awk '$1 !~ /^d/ { print $6 }' | LC_ALL=C sort; }
+files_without_documents() { files "$1" | grep -v "^./usr/share/doc/$1/"; }
 
 # depends PACKAGE OTHER...: among what it depends on.
 depends() {
@@ -20,32 +23,55 @@ depends() {
   done
 }
 
-same "packages" "libtarnbeamdatabase-dev libtarnbeamdatabase1 tarnbeam-db" \
-  "$(cd "$work/packages" && for file in *.deb; do printf '%s ' "${file%%_*}"; done | sed 's/ $//')"
+# hardened FILE...: bound at start and then read-only, with guards on the stack. grep reads to the end: what writes to
+# it would fail otherwise, and with it the check.
+hardened() {
+  local file
+  for file in "$@"; do
+    readelf -d "$file" | grep -E 'BIND_NOW|FLAGS_1.*NOW' >/dev/null || fail "$file is not bound at start"
+    readelf -l "$file" | grep GNU_RELRO >/dev/null || fail "$file stays writable after it is bound"
+    nm -D "$file" | grep __stack_chk_fail >/dev/null || fail "$file has no guards on the stack"
+  done
+}
+
+same "packages" \
+  "libtarnbeamdatabase-dev libtarnbeamdatabase1-dbgsym libtarnbeamdatabase1 tarnbeam-db-dbgsym tarnbeam-db" \
+  "$(cd "$work/packages" && LC_ALL=C && for file in *.deb; do printf '%s ' "${file%%_*}"; done | sed 's/ $//')"
 for name in libtarnbeamdatabase1 libtarnbeamdatabase-dev tarnbeam-db; do
   same "version of $name" "$version" "$(field $name Version)"
   [ -n "$(field $name Maintainer)" ] || fail "$name has no maintainer"
   [ "$(field $name Description | wc -l)" -ge 2 ] || fail "$name is not described"
+  files $name | grep -x "./usr/share/doc/$name/copyright" >/dev/null || fail "$name does not tell whose it is"
   if dpkg-deb -I "$(package $name)" conffiles >/dev/null 2>&1; then fail "$name has configuration files"; fi
 done
 same "synopsis of the tool's package" \
   "Creates, fills, reads, checks and migrates antenna-alignment databases" \
   "$(field tarnbeam-db Description | head -n 1)"
 depends libtarnbeamdatabase1 libc6 libqt5core5a libsqlite3-0 libstdc++6 passwd
-depends libtarnbeamdatabase-dev "libtarnbeamdatabase1 (= $version)" qtbase5-dev
+depends libtarnbeamdatabase-dev "libtarnbeamdatabase1 (= $version)" qtbase5-dev libsqlite3-dev
 depends tarnbeam-db "libtarnbeamdatabase1 (= $version)" libqt5core5a
 
 same "files of the runtime package" \
-  "./usr/lib/$triplet/libTarnbeamDatabase.so.${version%%.*}
-./usr/lib/$triplet/libTarnbeamDatabase.so.$version" "$(files libtarnbeamdatabase1)"
+  "./usr/lib/$triplet/libTarnbeamDatabase.so.${library_version%%.*}
+./usr/lib/$triplet/libTarnbeamDatabase.so.$library_version" "$(files_without_documents libtarnbeamdatabase1)"
 for script in postinst postrm; do
   dpkg-deb -I "$(package libtarnbeamdatabase1)" $script >"$work/$script"
   sh -n "$work/$script"
 done
+dpkg-deb -I "$(package libtarnbeamdatabase1)" symbols >"$work/symbols"
+same "symbols file" "libTarnbeamDatabase.so.1 libtarnbeamdatabase1 #MINVER#" "$(head -n 1 "$work/symbols")"
+same "version of the symbols" 1.0.0 "$(awk '/@Base/ { print $NF }' "$work/symbols" | sort -u)"
+same "symbols in the package" \
+  "$(nm -D --defined-only "$build/libTarnbeamDatabase.so" | awk '{ print $3 }' | LC_ALL=C sort)" \
+  "$(sed -n 's/^ \(.*\)@Base .*/\1/p' "$work/symbols" | LC_ALL=C sort)"
+same "several architectures" "same same foreign" \
+  "$(field libtarnbeamdatabase1 Multi-Arch) $(field libtarnbeamdatabase-dev Multi-Arch) $(field tarnbeam-db Multi-Arch)"
+lintian --fail-on error,warning "$work"/packages/*.deb >"$work/log" 2>&1 || { cat "$work/log"; fail "lintian"; }
+
 grep -q '/opt/tarnbeam/database' "$work/postinst" || fail "postinst does not make the scratch folder"
-unexpected=$(files libtarnbeamdatabase-dev | grep -vE "^\./usr/(include/TarnbeamDatabase/.*\.h|lib/$triplet/(libTarnbeamDatabase\.so|cmake/TarnbeamDatabase/.*\.cmake|pkgconfig/TarnbeamDatabase\.pc))$" || true)
+unexpected=$(files_without_documents libtarnbeamdatabase-dev | grep -vE "^\./usr/(include/TarnbeamDatabase/.*\.h|lib/$triplet/(libTarnbeamDatabase\.so|cmake/TarnbeamDatabase/.*\.cmake|pkgconfig/TarnbeamDatabase\.pc))$" || true)
 same "unexpected development files" "" "$unexpected"
-files tarnbeam-db | grep -qx ./usr/bin/tarnbeam-db || fail "no tool in its package"
+files tarnbeam-db | grep -x ./usr/bin/tarnbeam-db >/dev/null || fail "no tool in its package"
 
 for name in libtarnbeamdatabase1 libtarnbeamdatabase-dev tarnbeam-db; do
   dpkg-deb -x "$(package $name)" "$work/root"
@@ -56,11 +82,12 @@ headers=$work/root/usr/include/TarnbeamDatabase
 (cd "$headers" && find . -name '*.h' -printf '#include "%P"\n') | LC_ALL=C sort >"$work/all.h"
 split -l 1 -d -a 3 --additional-suffix=.cpp "$work/all.h" "$work/header-"
 # shellcheck disable=SC2046
-"$CXX" -std=c++17 -fPIC -fsyntax-only -Wall -Wextra -I"$headers" $(pkg-config --cflags Qt5Core) \
-  "$work"/header-*.cpp
+printf '%s\0' "$work"/header-*.cpp | xargs -0 -P "$(nproc)" -n 8 \
+  "$CXX" -std=c++17 -fPIC -fsyntax-only -Wall -Wextra -I"$headers" $(pkg-config --cflags Qt5Core)
 
+hardened "$work/root/usr/lib/$triplet/libTarnbeamDatabase.so" "$work/root/usr/bin/tarnbeam-db"
 consume "$work/root/usr"
 
 tool() { LD_LIBRARY_PATH=$work/root/usr/lib/$triplet "$work/root/usr/bin/tarnbeam-db" "$@"; }
 tool create "$work/main.sqlite" "$work/thresholds.sqlite" >/dev/null
-tool version "$work/main.sqlite" | grep -qw 7 || fail "the tool does not create files of version 7"
+tool version "$work/main.sqlite" | grep -w 7 >/dev/null || fail "the tool does not create files of version 7"

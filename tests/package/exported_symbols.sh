@@ -1,9 +1,10 @@
 #!/bin/bash
-# The library exports exactly what exported_symbols.txt lists. Without optimisation functions that are
-# otherwise inlined join it; then nothing of the list may be missing.
+# The library exports exactly what exported_symbols.txt lists, a version behind some of them. Without optimisation
+# functions that are otherwise inlined join it; then nothing of the list may be missing.
 . "$(dirname "$0")/common.sh"
+cut -f1 "$here/exported_symbols.txt" >"$work/listed"
 "$here/../../scripts/exported-symbols" "$build/libTarnbeamDatabase.so" >"$work/exported"
 if [ "$build_type" = Release ]; then
-  same "exported symbols" "$(cat "$here/exported_symbols.txt")" "$(cat "$work/exported")"
+  same "exported symbols" "$(cat "$work/listed")" "$(cat "$work/exported")"
 fi
-same "symbols no longer exported" "" "$(LC_ALL=C comm -23 "$here/exported_symbols.txt" "$work/exported")"
+same "symbols no longer exported" "" "$(LC_ALL=C comm -23 "$work/listed" "$work/exported")"

@@ -1,5 +1,6 @@
 #!/bin/bash
-# The code in the README is the consumer that the other tests build and run.
+# The code in the README is that of the consumer, which the other tests build and run.
 . "$(dirname "$0")/common.sh"
-same "code in README.md" "$(cat "$here/consumer/main.cpp")" \
-  "$(sed -n '/^```cpp$/,/^```$/p' "$here/../../README.md" | sed '1d;$d')"
+# shellcheck disable=SC2016 # Markdown
+same "code in README.md" "$(cat "$here/consumer/main.cpp" "$here/consumer/guarded.cpp")" \
+  "$(awk '/^```cpp$/ { code = 1; next } /^```$/ { code = 0 } code' "$here/../../README.md")"

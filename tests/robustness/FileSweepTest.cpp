@@ -39,8 +39,7 @@ class IoSweep : public FileSweep<IoSweep> {
   void SetUp() override {
     ShimVfs::Reset();
     RunClean();
-    for (const FileFault& fault : fileFaults) counts_.push_back(ShimVfs::Count(fault.call));
-    bytes_ = ShimVfs::BytesWritten();
+    fileUse_ = FileUse::Taken();
   }
 
   // False when the operation met one of its endless loops and had to be ended.
@@ -85,29 +84,16 @@ class IoSweep : public FileSweep<IoSweep> {
     ExpectNextCallWorks();
   }
 
-  std::vector<int> counts_;
-  long long bytes_ = 0;
+  FileUse fileUse_;
 };
 
 TEST_P(IoSweep, EveryFileCallFailsOnce) {
-  std::size_t counted = 0;
-  for (const FileFault& fault : fileFaults) {
-    for (const int number : Swept(counts_[counted++], fault.stride)) {
-      SCOPED_TRACE(fault.call + (" " + std::to_string(number)) + " fails with " + std::to_string(fault.code));
-      Fail([&] { ShimVfs::Arm(Fault(fault.call, fault.code).At(number)); });
-    }
-  }
+  ForEachFileFault(fileUse_, 1, [&](auto arm) { Fail(arm); });
 }
 
 // The storage stays full until the call returns or is found to repeat itself without end.
 TEST_P(IoSweep, StorageIsFull) {
-  constexpr int step = 512;
-  const int capacities = static_cast<int>((bytes_ + step - 1) / step);
-  for (const int number : Swept(capacities, 16)) {
-    const long long capacity = static_cast<long long>(number - 1) * step;
-    SCOPED_TRACE("full after " + std::to_string(capacity) + " bytes");
-    Fail([&] { ShimVfs::FullAfter(capacity); });
-  }
+  ForEachFullStorage(fileUse_, 512, [&](auto arm) { Fail(arm); });
 }
 
 INSTANTIATE_FOR_OPERATIONS(IoSweep, StoreOperation::All());

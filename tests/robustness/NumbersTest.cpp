@@ -130,7 +130,8 @@ TEST_P(NumbersTest, TimesAtTheirLimits) {
     EXPECT_EQ(Rows(Main(), QStringLiteral("SELECT LinuxTimeUTC FROM AntennaAlignment")),
               QStringList(QString::number(sample.stored)));
     const Reports reports = Read();
-    EXPECT_EQ(reports->AlignmentData()->first()->GetMeasurementTime(), QDateTime::fromTime_t(sample.read));
+    EXPECT_EQ(reports->AlignmentData()->first()->GetMeasurementTime(),
+              QDateTime::fromSecsSinceEpoch(sample.read));
     RunSql(Main(), QStringLiteral("DELETE FROM AntennaAlignment"));
   }
 }

@@ -46,7 +46,7 @@ QString Written(const Record& record, unsigned int key, float thirdThreshold) {
       QString::number(static_cast<double>(record.GetMeasuredOrientation()->RollDegrees())),
       QString::number(record.GetGeolocation()->LatitudeDegreesNorth()),
       QString::number(record.GetHeight()->HeightInMeters(nullptr)),
-      QString::number(record.GetMeasurementTime().toTime_t())};
+      QString::number(record.GetMeasurementTime().toSecsSinceEpoch())};
   return QStringLiteral("%1/%2,%3,%4")
       .arg(values.join(QLatin1Char('|')))
       .arg(static_cast<double>(options.AzimuthThreshold()))
@@ -227,6 +227,11 @@ const std::vector<StoreOperation>& StoreOperation::All() {
       {"RestoreScreens", Kind::Reads, &Run<RestoreScreens>, &Allowed::ScreensRestore},
   };
   return operations;
+}
+
+bool StoreOperation::NeverReturnsWithout(const QString& call) const {
+  return spinsWithout != nullptr &&
+         call == QStringLiteral("prepare_v2 %1 = 0").arg(QLatin1String(spinsWithout));
 }
 
 std::vector<StoreOperation> StoreOperation::Writing() { return Without({Kind::Creates, Kind::Reads}); }

@@ -39,6 +39,9 @@ struct StoreOperation {
   // A prepare that, failed, makes it spin for certain; null: none.
   const char* spinsWithout = nullptr;
 
+  // Whether it spins once this call of a trace, which succeeded there, has failed.
+  bool NeverReturnsWithout(const QString& call) const;
+
   static const std::vector<StoreOperation>& All();
   static std::vector<StoreOperation> Writing();
   // Those that start from files: all but creating.

@@ -24,8 +24,8 @@ QString Repeated(int count) { return QStringLiteral("0123456789abcdef").repeated
 
 // A character of every plane, the first of each that is not a surrogate or a noncharacter.
 QString EveryPlane() {
-  QVector<uint> points;
-  for (uint plane = 0; plane <= 16; ++plane) points.append(plane * 0x10000 + 0x1234);
+  QVector<char32_t> points;
+  for (char32_t plane = 0; plane <= 16; ++plane) points.append(plane * 0x10000 + 0x1234);
   return QString::fromUcs4(points.constData(), points.size());
 }
 

@@ -19,12 +19,8 @@ const QStringList gammaPath = RowsOf("Paths", {1});
 bool DeleteSite(DeletionScene* scene, QString& site) {
   return scene->Store()->DeleteReportsBySiteAndSector(site, scene->sector_);
 }
-bool DeleteAlpha(DeletionScene* scene) {
-  return DeleteSite(scene, scene->alpha_);
-}
-bool DeleteGamma(DeletionScene* scene) {
-  return scene->Store()->DeleteReportsByPath(scene->gamma_);
-}
+bool DeleteAlpha(DeletionScene* scene) { return DeleteSite(scene, scene->alpha_); }
+bool DeleteGamma(DeletionScene* scene) { return scene->Store()->DeleteReportsByPath(scene->gamma_); }
 
 using DeletionAllReportsTest = DeletionTest;
 
@@ -212,7 +208,7 @@ TEST_P(DeletionAllReportsTest, ADeleteThatCannotBePreparedDoesNotStopTheRest) {
 // failed it is -1.
 TEST_P(DeletionAllReportsTest, TheThresholdsKeyIsOneThatNoRowHasWithoutALookUp) {
   if (!GetParam().HasThresholdsFile()) {
-    // Nothing of that file is opened, also when the main file fails.
+    // Nothing of that file is opened, even if the main file fails.
     SqliteCalls::Arm(Fault("open_v2", SQLITE_CANTOPEN));
     SqliteCalls::Record();
     EXPECT_FALSE(DeleteAlpha(&scene_));

@@ -8,9 +8,7 @@ namespace {
 const QString noMemory = QStringLiteral("  failed with  7 : out of memory");
 const QString busy = QStringLiteral("  failed with  5 : database is locked");
 
-QStringList operator+(const QStringList& lines, const QString& line) {
-  return QStringList(lines) << line;
-}
+QStringList operator+(const QStringList& lines, const QString& line) { return QStringList(lines) << line; }
 
 // The main phase decides the result where there are no thresholds; the thresholds phase makes it true when
 // its delete is done or cannot be prepared.

@@ -1,6 +1,8 @@
 // Every way in which deleting one report can fail, and that its container is released whatever happens.
 #include <sqlite3.h>
 
+#include "model/AntennaAlignmentReportData.h"
+#include "model/PathAlignmentReportData.h"
 #include "reports/AntennaAlignmentPdfReportData.h"
 #include "reports/PathAlignmentPdfReportData.h"
 #include "tests/model/Counted.h"
@@ -15,9 +17,7 @@ const QString busy = QStringLiteral("  failed with  5 : database is locked");
 const QString cannotOpen = QStringLiteral("Can't open database: rval= 14 : unable to open database file");
 
 // The retrieval asks for the key first where there are thresholds, so the deletion's asking is the second.
-int OwnLookup(const DeletionScene& scene) {
-  return scene.Version().HasThresholdsFile() ? 2 : 1;
-}
+int OwnLookup(const DeletionScene& scene) { return scene.Version().HasThresholdsFile() ? 2 : 1; }
 
 // A thresholds phase that fails, or fails to fail, and what it does to the result of the main phase.
 struct ThresholdsPhase {
@@ -358,6 +358,76 @@ TYPED_TEST(DeletionContainerTest, NoneMeansFalse) {
   EXPECT_EQ(SqliteCalls::Count("open_v2"), scene.Version().HasThresholdsFile() ? 4 : 2);
   EXPECT_EQ(SqliteCalls::Count("exec"), SqliteCalls::Count("open_v2") * 2);  // no transaction
   SqliteCalls::CloseLeaked();
+  scene.Lines();
+  scene.ExpectGone({}, {});
+}
+
+// ---- when the report's key is read
+
+QStringList callsBeforeKey;
+
+class AskedSiteReport : public AntennaAlignmentReportData {
+ public:
+  AskedSiteReport()
+      : AntennaAlignmentReportData(1, nullptr, nullptr, nullptr, nullptr, QDateTime(), nullptr) {}
+  unsigned int AntennaAlignmentKey() const override {
+    callsBeforeKey << SqliteCalls::TakeTrace().filter("exec ").last();
+    return AntennaAlignmentReportData::AntennaAlignmentKey();
+  }
+};
+
+class AskedPathReport : public PathAlignmentReportData {
+ public:
+  AskedPathReport()
+      : PathAlignmentReportData(1, nullptr, nullptr, nullptr, nullptr, nullptr, QDateTime(), nullptr) {}
+  unsigned int PathAlignmentKey() const override {
+    callsBeforeKey << SqliteCalls::TakeTrace().filter("exec ").last();
+    return PathAlignmentReportData::PathAlignmentKey();
+  }
+};
+
+class AskedReportsStore : public AlignmentDatabaseVersion7 {
+ public:
+  using AlignmentDatabaseVersion7::AlignmentDatabaseVersion7;
+  AntennaAlignmentPdfReportData* GetAlignmentReportDataForSite(QString& site) override {
+    return new AntennaAlignmentPdfReportData(site, site,
+                                             new QVector<IAntennaAlignmentReportData*>{new AskedSiteReport});
+  }
+  PathAlignmentPdfReportData* GetPathAlignmentReportDataForSite(QString path) override {
+    return new PathAlignmentPdfReportData(path, path,
+                                          new QVector<IPathAlignmentReportData*>{new AskedPathReport});
+  }
+};
+
+// Once, after the main file's transaction has begun.
+TEST(DeletionReportKeyTest, IsReadInsideTheTransaction) {
+  DeletionScene scene(StoreVersion::All().back());
+  AskedReportsStore store(scene.Main(), scene.Thresholds());
+  for (const bool site : {true, false}) {
+    callsBeforeKey.clear();
+    SqliteCalls::Reset();
+    SqliteCalls::Record();
+    EXPECT_TRUE(site ? store.DeleteReportsBySiteAndIndex(scene.alpha_, 0)
+                     : store.DeleteReportsByPathAndIndex(scene.gamma_, 0));
+    ASSERT_EQ(callsBeforeKey.size(), 1);
+    EXPECT_TRUE(callsBeforeKey.first().contains("BEGIN TRANSACTION")) << callsBeforeKey.first().toStdString();
+  }
+  scene.Lines();
+}
+
+// Where none begins, the path's thresholds are looked for under the report's key all the same, and the path
+// under a key that none has.
+TEST(DeletionReportKeyTest, IsBoundWhereNoTransactionBegins) {
+  DeletionScene scene(StoreVersion::All().back());
+  AskedReportsStore store(scene.Main(), scene.Thresholds());
+  SqliteCalls::Reset();
+  SqliteCalls::Arm(OnMain("exec", SQLITE_BUSY, "BEGIN"));
+  SqliteCalls::Record();
+  EXPECT_TRUE(store.DeleteReportsByPathAndIndex(scene.gamma_, 0));
+  const QStringList binds = SqliteCalls::TakeTrace().filter("bind_int64");
+  ASSERT_EQ(binds.size(), 2);
+  EXPECT_TRUE(binds.first().startsWith("bind_int64 1, 0 ")) << binds.first().toStdString();
+  EXPECT_TRUE(binds.last().startsWith("bind_int64 2, 1 ")) << binds.last().toStdString();
   scene.Lines();
   scene.ExpectGone({}, {});
 }

@@ -21,9 +21,7 @@ bool DeleteFromGamma(DeletionScene* scene, int index) {
 }
 
 // How many connections a retrieval opens; those of a path's stay open.
-int Retrieval(const StoreVersion& version) {
-  return version.HasThresholdsFile() ? 2 : 1;
-}
+int Retrieval(const StoreVersion& version) { return version.HasThresholdsFile() ? 2 : 1; }
 QStringList PathRetrieval(const StoreVersion& version) {
   QStringList lines;
   while (lines.size() < Retrieval(version)) lines << CloseFailure();

@@ -186,7 +186,7 @@ struct DeletionBranch {
 };
 
 // Runs every branch that `list` has for a version, each on files of its own. `leakedBefore` connections stay
-// open also when nothing fails.
+// open even if nothing fails.
 template <typename Delete>
 void ExpectBranches(const StoreVersion& version, std::vector<DeletionBranch> (*list)(const DeletionScene&),
                     int leakedBefore, Delete remove) {

@@ -3,7 +3,12 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 
+#include "model/AlignerModel.h"
+#include "model/PathInformation.h"
+#include "model/PreferencesModel.h"
+#include "model/SiteInformation.h"
 #include "tests/store/ExpectedSchema.h"
 #include "tests/store/StoreVersions.h"
 #include "tests/support/SampleAlignments.h"
@@ -49,10 +54,6 @@ INSTANTIATE_FOR_ALL_VERSIONS(OpenTest);
 
 class CreateTest : public StoreVersionTest {
  protected:
-  QString ThresholdsIfAny() const {
-    return Version().HasThresholdsFile() ? DumpDatabase(Thresholds()) : QString();
-  }
-
   // Creates with the call that `fault` meets failing; answers whether a store came of it.
   QStringList CreateWith(const Fault& fault) {
     QFile::remove(Main());
@@ -134,28 +135,68 @@ TEST_P(CreateTest, AnswersWhetherTheTablesWereCreated) {
   EXPECT_EQ(Lines(), QStringList{cannotOpen});
 }
 
-// Versions 3 to 6 add columns afterwards, which fails where they are: the file goes.
-TEST_P(CreateTest, LeavesExistingTablesOrRemovesTheFile) {
-  {
-    const StorePointer store = Create();
-    SaveSample(store, SampleSiteAlignment(1));
-    SaveSample(store, SamplePathAlignment(2));
+// Files of every version with rows in them: all that changes is the number in the version record. A file of
+// an earlier version gets no columns by it.
+TEST_P(CreateTest, LeavesExistingTablesAndRowsOfAnyVersion) {
+  for (const StoreVersion& made : StoreVersion::All()) {
+    SCOPED_TRACE(made.number);
+    const StoreFiles files;
+    {
+      const StorePointer store = made.create(files.Main(), files.Thresholds());
+      SaveSample(store, SampleSiteAlignment(1));
+      SaveSample(store, SamplePathAlignment(2));
+      AlignerModel screens;
+      screens.SetCurrentSiteInformation(new SiteInformation("Site", "Sector", "Position", 1, 2, 3));
+      screens.SetCurrentPathInformation(new PathInformation("Path", 1, 2, 3));
+      EXPECT_TRUE(store->StoreInputContents(&screens));
+      PreferencesModel preferences;
+      EXPECT_TRUE(store->SavePreferences(&preferences));
+    }
+    const QString record = QStringLiteral("\nVersion|1|%1\n");
+    QString main = DumpDatabase(files.Main());
+    ASSERT_TRUE(main.contains(record.arg(made.number)));
+    main.replace(record.arg(made.number), record.arg(Version().number));
+    const QString thresholds = made.HasThresholdsFile() ? DumpDatabase(files.Thresholds()) : QString();
+    const StorePointer store = Version().create(files.Main(), files.Thresholds());
+    EXPECT_EQ(DumpDatabase(files.Main()), main);
+    EXPECT_EQ(QFile::exists(files.Thresholds()), made.HasThresholdsFile() || Version().HasThresholdsFile());
+    if (made.HasThresholdsFile()) {
+      EXPECT_EQ(DumpDatabase(files.Thresholds()), thresholds);
+    }
   }
-  const QString main = DumpDatabase(Main());
-  const QString thresholds = ThresholdsIfAny();
-  RunSql(Main(), "UPDATE Version SET VersionNumber = 99");
+}
+
+// As "IF NOT EXISTS" does, which goes by views and by any case.
+TEST_P(CreateTest, LeavesViewsAndOtherCasesInTheirPlace) {
+  RunSql(Main(), "CREATE VIEW AntennaAlignment AS SELECT 1; CREATE TABLE pathalignment (Other)");
   const StorePointer store = Create();
-  if (Version().AltersTables()) {
-    const QString table = Version().number == 3 ? "Antenna" : "Path";
-    EXPECT_EQ(Lines(), (QStringList{"SQL  Create " + table +
-                                        " Alignment Table  failed with  1 : duplicate column "
-                                        "name: TiltInversionEnabled",
-                                    unableToCreate}));
-    EXPECT_FALSE(QFile::exists(Main()));
-  } else {
-    EXPECT_EQ(Lines(), QStringList());
-    EXPECT_EQ(DumpDatabase(Main()), main);
-    EXPECT_EQ(ThresholdsIfAny(), thresholds);
+  EXPECT_EQ(
+      Rows(Main(), "SELECT sql FROM sqlite_schema WHERE name LIKE '%Alignment' ORDER BY name"),
+      (QStringList{"'CREATE VIEW AntennaAlignment AS SELECT 1'", "'CREATE TABLE pathalignment (Other)'"}));
+}
+
+// Versions 3 to 6 add a column after they created a table. Whether it is there already is looked up first; a
+// failure of that is one of its creation.
+TEST_P(CreateTest, FailsWithTheLookupOfATableThatGetsAColumn) {
+  const bool ofSites = Version().number == 3;
+  const bool ofPaths = Version().number >= 3 && Version().number <= 6;
+  const char* const lookup = "FROM sqlite_master";
+  SqliteCalls::Record();
+  Create();
+  EXPECT_EQ(SqliteCalls::TakeTrace().filter(lookup).filter(QRegularExpression("^step ")).size(),
+            (ofSites ? 1 : 0) + (ofPaths ? 1 : 0));
+  for (int at = 1; at <= (ofSites ? 1 : 0) + (ofPaths ? 1 : 0); ++at) {
+    const QString label =
+        ofSites && at == 1 ? "Create Antenna Alignment Table" : "Create Path Alignment Table";
+    EXPECT_EQ(
+        CreateWith(Fault("prepare_v2", SQLITE_BUSY).OnText(lookup).At(at)),
+        (QStringList{"SQL prepare  " + label + "  failed with  5 : database is locked", unableToCreate}));
+    ExpectThresholdsAlone();
+    EXPECT_EQ(CreateWith(Fault("bind_text", SQLITE_NOMEM).OnText(lookup).At(at)),
+              (QStringList{"SQL bind failed with  7 : out of memory", unableToCreate}));
+    ExpectThresholdsAlone();
+    EXPECT_EQ(CreateWith(Fault("step", SQLITE_IOERR).OnText(lookup).At(at)), QStringList{unableToCreate});
+    ExpectThresholdsAlone();
   }
 }
 

@@ -70,7 +70,7 @@ TEST_P(PathRetrievalTest, LocationIsOfThisMomentAndTheTimeIsNot) {
   EXPECT_LE(record.GetGeolocation()->FixTime(), QDateTime::currentDateTime());
   EXPECT_TRUE(record.GetGeolocation()->IsValid());
   EXPECT_EQ(static_cast<int>(record.GetGeolocation()->Datum()), 0);
-  EXPECT_EQ(record.GetMeasurementTime(), QDateTime::fromTime_t(1500000002));
+  EXPECT_EQ(record.GetMeasurementTime(), QDateTime::fromSecsSinceEpoch(1500000002));
   const int leaked = Version().HasThresholdsFile() ? 2 : 1;
   EXPECT_EQ(Lines().size(), leaked);
   SqliteLeakGuard::ExpectLeaked(leaked, leaked);

@@ -46,7 +46,7 @@ QString DescribedRecord(const Record& record, unsigned int key, const QString& n
                      Described(*record.GetGeolocation()),
                      Described(*record.GetMeasuredOrientation()),
                      height,
-                     QString::number(record.GetMeasurementTime().toTime_t()),
+                     QString::number(record.GetMeasurementTime().toSecsSinceEpoch()),
                      Described(*record.GetMeasurementOptions())}
       .join('|');
 }
@@ -89,7 +89,7 @@ class RetrievalTest : public CreatedStoreTest {
     const PathReport report = GetPath(identifier);
     QStringList lines = {refusedClose};
     if (Version().HasThresholdsFile()) lines.append(refusedClose);
-    leaked_ += lines.size();
+    leaked_ += static_cast<int>(lines.size());
     SqliteLeakGuard::ExpectLeaked(leaked_, leaked_);
     EXPECT_EQ(Lines(), lines);
     return report == nullptr ? QStringList{"null"} : DescribedAll(report->PathData());

@@ -124,7 +124,7 @@ TEST_P(RowWritersTest, ASiteWithANegativeKeyIsNotReused) {
   EXPECT_EQ(Rows(Main(), "SELECT * FROM Sites"), QStringList{"-5|'A'"});
 }
 
-// The key is whatever the connection inserted last, also when nothing was inserted now.
+// The key is whatever the connection inserted last, even if nothing was inserted now.
 TEST_P(RowWritersTest, AFailedInsertOfAnIdentifierAnswersTheLastRow) {
   SampleSiteAlignment sample(1);
   for (int count = 0; count < 3; ++count) {

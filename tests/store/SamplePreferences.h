@@ -180,9 +180,7 @@ inline const std::vector<PreferenceSample>& PathLengthSamples() {
   return samples;
 }
 
-inline bool IsFlag(const PreferenceSample& sample) {
-  return QByteArray(sample.written) == "1";
-}
+inline bool IsFlag(const PreferenceSample& sample) { return QByteArray(sample.written) == "1"; }
 
 // Every flag false, for the tests of one flag at a time.
 inline void ClearFlags(IPreferencesModel* model) {

@@ -1,6 +1,7 @@
 // Every call of a save failing in turn: what is logged, which rows stay in both files, what is answered.
 #include <sqlite3.h>
 
+#include <QRegularExpression>
 #include <algorithm>
 
 #include "tests/store/SavedRows.h"
@@ -56,18 +57,12 @@ const std::vector<Bind> geolocationBinds = {{"SQL bind LatitudeInDegreesNorth fa
 const std::vector<Bind> heightBinds = {{"SQL bind Height Value failed with ", 1, true},
                                        {"SQL bind HeightSourceKey failed with "}};
 
-Writer Target() {
-  return {'T', "INTO Orientation (", 1, "Insert Orientation", orientationBinds};
-}
-Writer Measured() {
-  return {'M', "INTO Orientation (", 2, "Insert Orientation", orientationBinds};
-}
+Writer Target() { return {'T', "INTO Orientation (", 1, "Insert Orientation", orientationBinds}; }
+Writer Measured() { return {'M', "INTO Orientation (", 2, "Insert Orientation", orientationBinds}; }
 Writer Location(char letter, int occurrence) {
   return {letter, "INTO Geolocation (", occurrence, "Insert Geolocation", geolocationBinds};
 }
-Writer HeightRow() {
-  return {'H', "INTO Height (", 1, "Insert Height", heightBinds};
-}
+Writer HeightRow() { return {'H', "INTO Height (", 1, "Insert Height", heightBinds}; }
 
 const SaveKind siteSave = {'S',
                            "FROM Sites WHERE",
@@ -142,15 +137,11 @@ const SaveKind pathSave = {'P',
                               {"SQL bind PathLengthThreshold failed with "}},
                              true}}};
 
-QString Locked(const QString& text) {
-  return text + "  failed with  5 : database is locked";
-}
+QString Locked(const QString& text) { return text + "  failed with  5 : database is locked"; }
 QString LockedBind(const char* text) {
   return QLatin1String(text) + QLatin1String(" 5 : database is locked");
 }
-Fault On(const char* call, const char* statement) {
-  return Fault(call, SQLITE_BUSY).OnText(statement);
-}
+Fault On(const char* call, const char* statement) { return Fault(call, SQLITE_BUSY).OnText(statement); }
 
 // All failures of a save, with what each has to lead to.
 class Failures {
@@ -257,12 +248,8 @@ class Failures {
   std::vector<PassedOver> passedOver_;
 };
 
-unsigned int KeyOf(const IAntennaAlignmentReportData& record) {
-  return record.AntennaAlignmentKey();
-}
-unsigned int KeyOf(const IPathAlignmentReportData& record) {
-  return record.PathAlignmentKey();
-}
+unsigned int KeyOf(const IAntennaAlignmentReportData& record) { return record.AntennaAlignmentKey(); }
+unsigned int KeyOf(const IPathAlignmentReportData& record) { return record.PathAlignmentKey(); }
 
 class SaveFailuresTest : public CreatedStoreTest {
  protected:
@@ -401,5 +388,32 @@ TEST_P(SaveFailuresTest, OnlyDoneIsSuccess) {
 }
 
 INSTANTIATE_FOR_ALL_VERSIONS(SaveFailuresTest);
+
+class ThresholdFailuresTest : public CreatedStoreTest {
+ protected:
+  // The transaction that is begun, and how it ends, as `sample` is saved and its thresholds are not.
+  template <typename Sample>
+  QStringList TransactionsOf(Sample sample, const char* insert) {
+    SqliteCalls::Reset();
+    SqliteCalls::Arm(On("step", insert));
+    SqliteCalls::Record();
+    EXPECT_EQ(sample.Save(store_.get()), nullptr);
+    Lines();
+    return SqliteCalls::TakeTrace().filter(QRegularExpression("^exec .*(TRANSACTION|ROLLBACK)"));
+  }
+};
+
+// A rollback is not left to the closing of the connection.
+TEST_P(ThresholdFailuresTest, FailedThresholdsAreRolledBack) {
+  for (const QStringList& transactions :
+       {TransactionsOf(SampleSiteAlignment(2), "INTO AntennaAlignmentThresholds ("),
+        TransactionsOf(SamplePathAlignment(2), "INTO PathAlignmentThresholds (")}) {
+    EXPECT_EQ(transactions, (QStringList{"exec BEGIN TRANSACTION; = 0", "exec END TRANSACTION; = 0",
+                                         "exec BEGIN TRANSACTION; = 0", "exec ROLLBACK; = 0"}));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Current, ThresholdFailuresTest, testing::Values(StoreVersion::All().back()),
+                         StoreVersionName);
 
 }  // namespace

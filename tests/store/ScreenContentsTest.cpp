@@ -9,6 +9,7 @@
 #include "model/PathInformation.h"
 #include "model/SiteInformation.h"
 #include "tests/model/Counted.h"
+#include "tests/store/AskedRecords.h"
 #include "tests/store/StoreVersions.h"
 #include "tests/support/SqliteCalls.h"
 
@@ -18,9 +19,7 @@ namespace {
 SiteInformation* NewSite() {
   return new SiteInformation(QString::fromUtf8("Sitę '1'"), "Sector", "Position", 10.0F, 2.0F, 3.0F);
 }
-PathInformation* NewPath() {
-  return new PathInformation(QString::fromUtf8("Päth"), 48.5, -11.25, 519.75);
-}
+PathInformation* NewPath() { return new PathInformation(QString::fromUtf8("Päth"), 48.5, -11.25, 519.75); }
 const QStringList siteRow(QString::fromUtf8("1|'Sitę ''1'''|'Sector'|'Position'|2.0|3.0|10.0"));
 const QStringList pathRow(QString::fromUtf8("1|'Päth'|48.5|-11.25|519.75"));
 const QString oldSite = QStringLiteral("1|'old'|'old'|'old'|1.0|1.0|1.0");
@@ -200,21 +199,9 @@ TEST_P(ScreenContentsTest, ReplacedRecordsAreReleased) {
 
 // ---- records without an orientation or a location
 
-class SiteWithoutTarget : public SiteInformation {
- public:
-  SiteWithoutTarget() : SiteInformation("s", "s", "s", 0.0F, 0.0F, 0.0F) {}
-  IOrientation* TargetOrientation() const override { return nullptr; }
-};
-
-class PathWithoutLocation : public PathInformation {
- public:
-  PathWithoutLocation() : PathInformation("p", 0.0, 0.0, 0.0) {}
-  IGeolocation* PathLocation() const override { return nullptr; }
-};
-
 TEST_P(ScreenContentsTest, ASiteWithoutTargetKeepsTheRowAndFails) {
   InsertOldRows();
-  model_.SetCurrentSiteInformation(new SiteWithoutTarget);
+  model_.SetCurrentSiteInformation(new AskedSite(nullptr));
   EXPECT_FALSE(store_->StoreInputContents(&model_));
   EXPECT_EQ(SiteRow() + PathRow(), QStringList({oldSite, oldPath}));
 }
@@ -222,28 +209,37 @@ TEST_P(ScreenContentsTest, ASiteWithoutTargetKeepsTheRowAndFails) {
 TEST_P(ScreenContentsTest, APathWithoutLocationKeepsTheRowAndSucceeds) {
   InsertOldRows();
   model_.SetCurrentSiteInformation(NewSite());
-  model_.SetCurrentPathInformation(new PathWithoutLocation);
+  model_.SetCurrentPathInformation(new AskedPath(nullptr));
   EXPECT_TRUE(store_->StoreInputContents(&model_));
   EXPECT_EQ(SiteRow() + PathRow(), siteRow + QStringList(oldPath));
 }
 
-// The orientation is asked for again for each angle.
-TEST_P(ScreenContentsTest, TheTargetIsAskedForEachAngle) {
-  class Asked : public SiteInformation {
-   public:
-    explicit Asked(int* count) : SiteInformation("s", "s", "s", 1.0F, 2.0F, 3.0F), count_(count) {}
-    IOrientation* TargetOrientation() const override {
-      ++*count_;
-      return SiteInformation::TargetOrientation();
-    }
+class AskedModel : public AlignerModel {
+ public:
+  ISiteInformation* CurrentSiteInformation() override {
+    return Asked("CurrentSite", AlignerModel::CurrentSiteInformation());
+  }
+  IPathInformation* CurrentPathInformation() override {
+    return Asked("CurrentPath", AlignerModel::CurrentPathInformation());
+  }
+};
 
-   private:
-    int* const count_;
-  };
-  int count = 0;
-  model_.SetCurrentSiteInformation(new Asked(&count));
-  EXPECT_TRUE(store_->StoreInputContents(&model_));
-  EXPECT_GE(count, 3);
+// Model and record once for each column, after one look whether there is a record.
+TEST_P(ScreenContentsTest, TheModelIsAskedAnewForEachColumn) {
+  AskedOrientation target;
+  AskedGeolocation farEnd;
+  AskedModel model;
+  model.SetCurrentSiteInformation(new AskedSite(&target));
+  model.SetCurrentPathInformation(new AskedPath(&farEnd));
+  asked.clear();
+  EXPECT_TRUE(store_->StoreInputContents(&model));
+  EXPECT_EQ(asked, (QStringList{"CurrentSite",       "CurrentSite", "SiteIdentifier",    "CurrentSite",
+                                "SectorName",        "CurrentSite", "AntennaPosition",   "CurrentSite",
+                                "TargetOrientation", "TiltDegrees", "CurrentSite",       "TargetOrientation",
+                                "RollDegrees",       "CurrentSite", "TargetOrientation", "AzimuthDegrees",
+                                "CurrentPath",       "CurrentPath", "PathIdentifier",    "CurrentPath",
+                                "PathLocation",      "Latitude",    "CurrentPath",       "PathLocation",
+                                "Longitude",         "CurrentPath", "PathLocation",      "Elevation"}));
 }
 
 // ---- failures

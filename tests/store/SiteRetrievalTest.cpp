@@ -1,9 +1,9 @@
 // Reading the alignments of a site.
 #include <QRegularExpression>
-#include <QTextCodec>
 #include <limits>
 
 #include "tests/store/RetrievalTest.h"
+#include "tests/support/LocalEncoding.h"
 
 namespace {
 
@@ -56,6 +56,34 @@ TEST_P(SiteRetrievalTest, LocationsAreOfThisMoment) {
   EXPECT_EQ(static_cast<int>(location.Datum()), 0);
 }
 
+// Each record's, not of the first one's.
+TEST_P(SiteRetrievalTest, TheMomentIsThatOfEachRecord) {
+  SaveSample(store_, SampleSiteAlignment(1, "Site", "a"));
+  SaveSample(store_, SampleSiteAlignment(2, "Site", "b"));
+  qint64 first = 0;
+  qint64 second = 0;
+  SqliteCalls::Reset();
+  // The second row comes when the clock has moved on.
+  SqliteCalls::Arm(Fault::Before("step",
+                                 [&] {
+                                   first = QDateTime::currentMSecsSinceEpoch();
+                                   do {
+                                     second = QDateTime::currentMSecsSinceEpoch();
+                                   } while (second <= first);
+                                 })
+                       .OnText("FROM AntennaAlignment a")
+                       .At(2));
+  const SiteReport report = GetSite("Site");
+  EXPECT_EQ(SqliteCalls::Count("step"), Version().HasThresholdsFile() ? 1 + 3 + 3 : 3);
+  ASSERT_EQ(report->AlignmentData()->size(), 2);
+  const auto fixTime = [&](int index) {
+    return report->AlignmentData()->at(index)->GetGeolocation()->FixTime().toMSecsSinceEpoch();
+  };
+  EXPECT_LE(fixTime(0), first);
+  EXPECT_LT(first, second);
+  EXPECT_GE(fixTime(1), second);
+}
+
 TEST_P(SiteRetrievalTest, RowsThatAreNotThereReadAsNothing) {
   SaveChanged("DELETE FROM Orientation; DELETE FROM Geolocation; DELETE FROM Height");
   EXPECT_EQ(Site("Site 2"),
@@ -94,17 +122,15 @@ TEST_P(SiteRetrievalTest, NumbersKeepTheirValue) {
 }
 
 TEST_P(SiteRetrievalTest, IdentifiersAreAskedForInTheLocalEncodingAndReadAsUtf8) {
-  QTextCodec* const before = QTextCodec::codecForLocale();
-  QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+  const LocalEncoding utf8("UTF-8");
   const QString text = QString::fromUtf8("\u0141\u00f3d\u017a \u5317 'x\"");
   SaveSample(store_, SampleSiteAlignment(2, text, text));
   const SiteReport report = GetSite(text);
   EXPECT_EQ(report->AlignmentData()->size(), 1);
   EXPECT_EQ(report->Name(), text);
   EXPECT_EQ(report->AlignmentData()->value(0)->GetSiteInformation()->SectorName(), text);
-  QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
-  EXPECT_EQ(Site(text), QStringList());
-  QTextCodec::setCodecForLocale(before);
+  const LocalEncoding latin1("ISO-8859-1");
+  EXPECT_EQ(Site(text).isEmpty(), LocalEncoding::Varies);
 }
 
 TEST_P(SiteRetrievalTest, OnlyDoneEndsTheLoops) {

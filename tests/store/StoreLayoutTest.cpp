@@ -30,9 +30,7 @@ struct StoreName {
   }
 };
 
-using Stores = testing::Types<AlignmentDatabaseVersion1, AlignmentDatabaseVersion2, AlignmentDatabaseVersion3,
-                              AlignmentDatabaseVersion4, AlignmentDatabaseVersion5, AlignmentDatabaseVersion6,
-                              AlignmentDatabaseVersion7>;
+using Stores = AllStores::As<testing::Types>;
 TYPED_TEST_SUITE(StoreLayoutTest, Stores, StoreName);
 
 TYPED_TEST(StoreLayoutTest, OperationsStandInTheOrderOfTheInterface) {

@@ -13,13 +13,7 @@
 
 #include "model/IAntennaAlignmentReportData.h"
 #include "model/IPathAlignmentReportData.h"
-#include "store/AlignmentDatabaseVersion7.h"
-#include "store/legacy/AlignmentDatabaseVersion1.h"
-#include "store/legacy/AlignmentDatabaseVersion2.h"
-#include "store/legacy/AlignmentDatabaseVersion3.h"
-#include "store/legacy/AlignmentDatabaseVersion4.h"
-#include "store/legacy/AlignmentDatabaseVersion5.h"
-#include "store/legacy/AlignmentDatabaseVersion6.h"
+#include "store/AllStores.h"
 #include "tests/support/DatabaseDump.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TemporaryFolder.h"
@@ -42,13 +36,11 @@ struct StoreVersion {
   bool HasTiltInversion() const { return number >= 3; }
   bool HasSiteNote() const { return number >= 4; }
   bool HasRollPrecision() const { return number >= 5; }
-  bool HasPathNote() const { return number == 7; }
+  bool HasPathNote() const { return number >= 7; }
   // Whether the version keeps thresholds in a second file. The others never touch their second path.
-  bool HasThresholdsFile() const { return number == 7; }
+  bool HasThresholdsFile() const { return number >= 7; }
   // Whether deleting alignments deletes what they refer to as well.
   bool DeletesAssociatedRecords() const { return number >= 3; }
-  // Whether creating alters the alignment tables, and so fails on those that are there.
-  bool AltersTables() const { return number >= 3 && number <= 6; }
 
   static const std::vector<StoreVersion>& All();
 };
@@ -69,17 +61,16 @@ StoreVersion MakeStoreVersion(unsigned int number) {
 }
 
 inline const std::vector<StoreVersion>& StoreVersion::All() {
-  static const std::vector<StoreVersion> versions = {
-      MakeStoreVersion<AlignmentDatabaseVersion1>(1), MakeStoreVersion<AlignmentDatabaseVersion2>(2),
-      MakeStoreVersion<AlignmentDatabaseVersion3>(3), MakeStoreVersion<AlignmentDatabaseVersion4>(4),
-      MakeStoreVersion<AlignmentDatabaseVersion5>(5), MakeStoreVersion<AlignmentDatabaseVersion6>(6),
-      MakeStoreVersion<AlignmentDatabaseVersion7>(7)};
+  static const std::vector<StoreVersion> versions = [] {
+    unsigned int number = 0;
+    const auto all = AllStores::Table(
+        [&number](auto store) { return MakeStoreVersion<typename decltype(store)::Type>(++number); });
+    return std::vector<StoreVersion>(all.begin(), all.end());
+  }();
   return versions;
 }
 
-inline void PrintTo(const StoreVersion& version, std::ostream* out) {
-  *out << "version " << version.number;
-}
+inline void PrintTo(const StoreVersion& version, std::ostream* out) { *out << "version " << version.number; }
 
 inline std::string StoreVersionName(const testing::TestParamInfo<StoreVersion>& info) {
   return "Version" + std::to_string(info.param.number);

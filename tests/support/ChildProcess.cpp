@@ -14,9 +14,7 @@ extern "C" void __gcov_dump();
 
 namespace {
 
-int Parts() {
-  return testing::UnitTest::GetInstance()->current_test_info()->result()->total_part_count();
-}
+int Parts() { return testing::UnitTest::GetInstance()->current_test_info()->result()->total_part_count(); }
 
 // A child leaves by _exit: the clean-up of the test program belongs to the parent.
 [[noreturn]] void Work(const std::function<void()>& work, bool showOutput) {
@@ -43,14 +41,22 @@ void LeaveProcess(int status) {
   _exit(status);
 }
 
-int RunInChild(const std::function<void()>& work, bool showOutput) {
+pid_t StartChild(const std::function<void()>& work, bool showOutput) {
   fflush(nullptr);
   const pid_t child = fork();
   if (child == 0) Work(work, showOutput);
+  return child;
+}
+
+int WaitForChild(pid_t child) {
   int status = 0;
   if (child < 0 || waitpid(child, &status, 0) != child) {
     ADD_FAILURE() << "no child process";
     return -1;
   }
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+int RunInChild(const std::function<void()>& work, bool showOutput) {
+  return WaitForChild(StartChild(work, showOutput));
 }

@@ -40,9 +40,7 @@ Fault& Fault::Times(int number) {
   return *this;
 }
 
-Fault& Fault::Always() {
-  return Times(-1);
-}
+Fault& Fault::Always() { return Times(-1); }
 
 Fault& Fault::Results(const std::vector<int>& results) {
   results_ = results;

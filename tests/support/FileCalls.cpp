@@ -1,7 +1,9 @@
 #include "tests/support/FileCalls.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/sendfile.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,6 +14,7 @@
 #include <utility>
 
 #include "tests/support/NextDefinition.h"
+#include "tests/support/PowerCut.h"
 
 namespace {
 
@@ -28,13 +31,9 @@ State& Activated() {
   return *active;
 }
 
-QByteArray Target(const char* path) {
-  return path;
-}
+QByteArray Target(const char* path) { return path; }
 
-QByteArray Target(const char* from, const char* to) {
-  return QByteArray(from) + " -> " + to;
-}
+QByteArray Target(const char* from, const char* to) { return QByteArray(from) + " -> " + to; }
 
 QByteArray Target(int descriptor) {
   char path[PATH_MAX];
@@ -43,13 +42,15 @@ QByteArray Target(int descriptor) {
   return length < 0 ? QByteArray() : QByteArray(path, static_cast<int>(length));
 }
 
-bool IsStandard(int descriptor) {
-  return descriptor >= 0 && descriptor <= STDERR_FILENO;
-}
+bool IsStandard(int descriptor) { return descriptor >= 0 && descriptor <= STDERR_FILENO; }
 
 template <typename... Rest>
 bool IsStandard(const char*, Rest...) {
   return false;
+}
+
+bool IsSwept(const QByteArray& name) {
+  return name != "open" && name != "close" && name != "stat" && name != "read";
 }
 
 // Whether the call is to fail; errno is then set.
@@ -58,47 +59,32 @@ bool Fails(const char* name, On... on) {
   if (!active || IsStandard(on...)) return false;
   const int errnoBefore = errno;
   const QByteArray target = Target(on...);
-  const bool swept = qstrcmp(name, "open") != 0 && qstrcmp(name, "close") != 0;
+  const bool swept = IsSwept(name);
   int code = errnoBefore;
   active->trace.append(QLatin1String(name) + QLatin1Char(' ') + QString::fromLocal8Bit(target));
   const bool fails = active->plan.Meet({name, swept, target, {}}, &code) != nullptr;
+  if (!fails) PowerCut::Before(name, on...);
   errno = fails ? code : errnoBefore;
   return fails;
 }
 
-const char* OpenName(int flags) {
-  return flags & (O_CREAT | O_TRUNC) ? "create" : "open";
-}
+const char* OpenName(int flags) { return flags & (O_CREAT | O_TRUNC) ? "create" : "open"; }
 
-bool TakesMode(int flags) {
-  return (flags & O_CREAT) || (flags & O_TMPFILE) == O_TMPFILE;
-}
+bool TakesMode(int flags) { return (flags & O_CREAT) || (flags & O_TMPFILE) == O_TMPFILE; }
 
 }  // namespace
 
-void FileCalls::Arm(const Fault& fault) {
-  Activated().plan.Arm(fault);
-}
+void FileCalls::Arm(const Fault& fault) { Activated().plan.Arm(fault); }
 
-void FileCalls::Record() {
-  Activated();
-}
+void FileCalls::Record() { Activated(); }
 
-void FileCalls::Reset() {
-  delete std::exchange(active, nullptr);
-}
+void FileCalls::Reset() { delete std::exchange(active, nullptr); }
 
-bool FileCalls::Fired() {
-  return active && active->plan.Fired() > 0;
-}
+bool FileCalls::Fired() { return active && active->plan.Fired() > 0; }
 
-int FileCalls::Count(const QByteArray& calls) {
-  return active ? active->plan.Count(calls) : 0;
-}
+int FileCalls::Count(const QByteArray& calls) { return active ? active->plan.Count(calls) : 0; }
 
-QStringList FileCalls::TakeTrace() {
-  return active ? std::exchange(active->trace, {}) : QStringList();
-}
+QStringList FileCalls::TakeTrace() { return active ? std::exchange(active->trace, {}) : QStringList(); }
 
 // Qt and SQLite are shared objects: their calls only come here when the definition is exported.
 #define EXPORTED extern "C" __attribute__((visibility("default")))
@@ -125,6 +111,19 @@ FORWARD_OPEN(openat, (int folder, const char* path, int flags, ...), (folder, pa
 FORWARD_OPEN(openat64, (int folder, const char* path, int flags, ...), (folder, path, flags, mode))
 
 FORWARD(("close", fd), int, close, (int fd), (fd), noexcept(false))
+FORWARD(("create", path), int, mkostemp, (char* path, int flags), (path, flags), noexcept(false))
+FORWARD(("create", path), int, mkostemp64, (char* path, int flags), (path, flags), noexcept(false))
+FORWARD(("stat", path), int, stat, (const char* path, struct stat* status), (path, status), noexcept)
+FORWARD(("stat", path), int, stat64, (const char* path, struct stat64* status), (path, status), noexcept)
+FORWARD(("stat", fd), int, fstat, (int fd, struct stat* status), (fd, status), noexcept)
+FORWARD(("stat", fd), int, fstat64, (int fd, struct stat64* status), (fd, status), noexcept)
+FORWARD(("chmod", fd), int, fchmod, (int fd, mode_t mode), (fd, mode), noexcept)
+FORWARD(("flock", fd), int, flock, (int fd, int operation), (fd, operation), noexcept)
+FORWARD(("read", fd), ssize_t, read, (int fd, void* data, size_t size), (fd, data, size), noexcept(false))
+FORWARD(("read", fd), ssize_t, pread, (int fd, void* data, size_t size, off_t at), (fd, data, size, at),
+        noexcept(false))
+FORWARD(("read", fd), ssize_t, pread64, (int fd, void* data, size_t size, off64_t at), (fd, data, size, at),
+        noexcept(false))
 FORWARD(("write", fd), ssize_t, write, (int fd, const void* data, size_t size), (fd, data, size),
         noexcept(false))
 FORWARD(("write", fd), ssize_t, pwrite, (int fd, const void* data, size_t size, off_t at),

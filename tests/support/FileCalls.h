@@ -6,12 +6,14 @@
 #include "tests/support/Fault.h"
 #include "tests/support/PrintQt.h"
 
-// The libc calls that change files, as the test program defines them for itself, for Qt and for SQLite: each
+// The libc calls that work on files, as the test program defines them for itself, for Qt and for SQLite: each
 // forwards and, once a fault is armed or counting is on, can be made to fail with an errno or to end the
 // process. Several libc functions share one name:
-//   create (open that may create or empty a file), write (also pwrite), sync (fsync, fdatasync), rename,
-//   unlink, truncate, copy (copy_file_range, sendfile), link — these take part in sweeps;
-//   open (of what is there), close — only where named, since they change nothing.
+//   create (open that may create or empty a file, mkostemp), write (also pwrite), sync (fsync, fdatasync),
+//   rename, unlink, truncate, copy (copy_file_range, sendfile), link, chmod (fchmod), flock — these take part
+//   in sweeps;
+//   open (of what is there), close, stat (fstat), read (also pread) — only where named, since they change
+//   nothing.
 // A fault's file is looked for in the path that the call names or that its descriptor stands for (for a
 // rename: in "old -> new"). Standard input, output and error are never touched. Not seen: what libc calls
 // inside itself, such as the writing of FILE streams.

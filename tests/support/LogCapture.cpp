@@ -15,9 +15,7 @@ LogCapture::~LogCapture() {
   qInstallMessageHandler(previous_);
 }
 
-QStringList LogCapture::TakeLines() {
-  return std::exchange(lines_, QStringList());
-}
+QStringList LogCapture::TakeLines() { return std::exchange(lines_, QStringList()); }
 
 void LogCapture::Handle(QtMsgType type, const QMessageLogContext& context, const QString& text) {
   innermost->lines_.append(text);

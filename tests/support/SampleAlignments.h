@@ -15,7 +15,7 @@
 // Every float is exact in binary.
 struct SampleMeasurement {
   explicit SampleMeasurement(int number)
-      : time(QDateTime::fromTime_t(1500000000U + static_cast<unsigned>(number))),
+      : time(QDateTime::fromSecsSinceEpoch(1500000000 + number)),
         location(51.5 + number, -0.125 - number, 35.25 + number, GpsDatum::Wgs84, time, true),
         measured(120.5F + Step(number), -3.25F - Step(number), 1.75F + Step(number)),
         height(22.5 + number, static_cast<HeightSource>(1 + number % 3)),

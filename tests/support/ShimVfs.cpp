@@ -27,9 +27,7 @@ struct ShimFile {
   sqlite3_file* Real() { return reinterpret_cast<sqlite3_file*>(this + 1); }
 };
 
-ShimFile* Own(sqlite3_file* file) {
-  return reinterpret_cast<ShimFile*>(file);
-}
+ShimFile* Own(sqlite3_file* file) { return reinterpret_cast<ShimFile*>(file); }
 
 template <typename Forward>
 int Faulty(const char* name, const char* path, Forward forward) {
@@ -130,26 +128,14 @@ ShimVfs::~ShimVfs() {
   Reset();
 }
 
-void ShimVfs::Arm(const Fault& fault) {
-  Shim().plan.Arm(fault);
-}
+void ShimVfs::Arm(const Fault& fault) { Shim().plan.Arm(fault); }
 
-void ShimVfs::FullAfter(long long bytes) {
-  Shim().capacity = Shim().written + bytes;
-}
+void ShimVfs::FullAfter(long long bytes) { Shim().capacity = Shim().written + bytes; }
 
-void ShimVfs::Reset() {
-  Shim() = State();
-}
+void ShimVfs::Reset() { Shim() = State(); }
 
-bool ShimVfs::Fired() {
-  return Shim().plan.Fired() > 0 || Shim().filled;
-}
+bool ShimVfs::Fired() { return Shim().plan.Fired() > 0 || Shim().filled; }
 
-int ShimVfs::Count(const QByteArray& calls) {
-  return Shim().plan.Count(calls);
-}
+int ShimVfs::Count(const QByteArray& calls) { return Shim().plan.Count(calls); }
 
-long long ShimVfs::BytesWritten() {
-  return Shim().written;
-}
+long long ShimVfs::BytesWritten() { return Shim().written; }

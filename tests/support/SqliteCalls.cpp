@@ -111,9 +111,9 @@ void SqliteCalls::Record() { Calls().recording = true; }
 
 QStringList SqliteCalls::TakeTrace() { return std::exchange(Calls().trace, QStringList()); }
 
-int SqliteCalls::OpenConnections() { return Calls().connections.size(); }
+int SqliteCalls::OpenConnections() { return static_cast<int>(Calls().connections.size()); }
 
-int SqliteCalls::LiveStatements() { return Calls().statements.size(); }
+int SqliteCalls::LiveStatements() { return static_cast<int>(Calls().statements.size()); }
 
 void SqliteCalls::CloseLeaked() {
   for (sqlite3_stmt* statement : std::exchange(Calls().statements, {})) {

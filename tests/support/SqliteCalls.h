@@ -21,7 +21,7 @@
 //  - open_v2: a connection in memory stands in for the file, so that errmsg and close work; WithoutOutput
 //    leaves the handle null, Performed opens the file itself.
 //  - exec: the message is handed out where it was asked for; WithoutOutput leaves it null.
-//  - prepare_v2: the statement is null, also when performed.
+//  - prepare_v2: the statement is null, even if it was performed.
 //  - close: the connection really stays open.
 class SqliteCalls {
  public:

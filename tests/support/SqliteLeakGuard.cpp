@@ -27,9 +27,7 @@ class Listener : public testing::EmptyTestEventListener {
 
 }  // namespace
 
-void SqliteLeakGuard::Install() {
-  testing::UnitTest::GetInstance()->listeners().Append(new Listener);
-}
+void SqliteLeakGuard::Install() { testing::UnitTest::GetInstance()->listeners().Append(new Listener); }
 
 void SqliteLeakGuard::ExpectLeaked(int connections, int statements) {
   expectedConnections = connections;

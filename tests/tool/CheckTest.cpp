@@ -1,5 +1,5 @@
 // Looking files over.
-#include <QFile>
+#include <QJsonDocument>
 
 #include "tests/support/DatabaseDump.h"
 #include "tests/tool/ToolTest.h"
@@ -7,21 +7,29 @@
 namespace {
 
 const QString Clean = QStringLiteral(
-    "ok     unknown version in m: none\n"
-    "ok     integrity errors in m: none\n"
-    "ok     foreign key violations in m: none\n"
-    "ok     schema differences in m: none\n"
-    "ok     sites that no alignment refers to: none\n"
-    "ok     paths that no alignment refers to: none\n"
-    "ok     orientations that no alignment refers to: none\n"
-    "ok     locations that no alignment refers to: none\n"
-    "ok     heights that no alignment refers to: none\n"
-    "ok     integrity errors in t: none\n"
-    "ok     schema differences in t: none\n"
-    "ok     site alignments without thresholds: none\n"
-    "ok     path alignments without thresholds: none\n"
-    "ok     thresholds without site alignment: none\n"
-    "ok     thresholds without path alignment: none\n");
+    "ok       integrity errors in m: none\n"
+    "ok       unknown version in m: none\n"
+    "ok       foreign key violations in m: none\n"
+    "ok       schema differences in m: none\n"
+    "ok       defaults and references of converted files in m: none\n"
+    "ok       values of a wrong type or not finite in m: none\n"
+    "ok       sites that no alignment refers to in m: none\n"
+    "ok       paths that no alignment refers to in m: none\n"
+    "ok       orientations that no alignment refers to in m: none\n"
+    "ok       locations that no alignment refers to in m: none\n"
+    "ok       heights that no alignment refers to in m: none\n"
+    "ok       integrity errors in t: none\n"
+    "ok       schema differences in t: none\n"
+    "ok       defaults and references of converted files in t: none\n"
+    "ok       values of a wrong type or not finite in t: none\n"
+    "ok       site alignments without thresholds in t: none\n"
+    "ok       path alignments without thresholds in t: none\n"
+    "ok       thresholds without site alignment in t: none\n"
+    "ok       thresholds without path alignment in t: none\n"
+    "ok       two thresholds rows for one site alignment in t: none\n"
+    "ok       two thresholds rows for one path alignment in t: none\n"
+    "ok       thresholds that name another site than their alignment in t: none\n"
+    "ok       thresholds that name another path than their alignment in t: none\n");
 
 using CheckTest = ToolTest;
 
@@ -40,6 +48,8 @@ struct Damage {
   const char* file;
   const char* sql;
   QStringList lines;
+  int status;
+  int strictStatus;
 };
 
 void PrintTo(const Damage& damage, std::ostream* out) { *out << damage.name; }
@@ -53,13 +63,14 @@ TEST_P(DamageTest, IsCountedAndNamed) {
   RunSql(Path(GetParam().file), GetParam().sql);
   const QByteArray before = ReadFile(GetParam().file);
   const Outcome outcome = Run({"check", "m", "t"});
-  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.status, GetParam().status);
+  EXPECT_EQ(Run({"check", "m", "t", "--strict"}).status, GetParam().strictStatus);
   EXPECT_EQ(outcome.err, QString());
   EXPECT_EQ(ReadFile(GetParam().file), before);
   QStringList expected = Clean.split('\n');
   for (const QString& line : GetParam().lines) {
-    const QString what = line.mid(7).section(':', 0, 0);
-    expected.replaceInStrings("ok     " + what + ": none", line);
+    const QString what = line.mid(9).section(':', 0, 0);
+    expected.replaceInStrings("ok       " + what + ": none", line);
   }
   EXPECT_EQ(outcome.out.split('\n'), expected);
 }
@@ -72,89 +83,166 @@ INSTANTIATE_TEST_SUITE_P(
                "INSERT INTO Sites VALUES (7, 'Å'); INSERT INTO Paths VALUES (8, 'P8');"
                "INSERT INTO Orientation VALUES (20, 1, 2, 3), (21, 1, 2, 3);"
                "INSERT INTO Geolocation VALUES (30, 1, 2, 3); INSERT INTO Height VALUES (40, 1, 2)",
-               {"WRONG  sites that no alignment refers to: 1 (7 Å)",
-                "WRONG  paths that no alignment refers to: 1 (8 P8)",
-                "WRONG  orientations that no alignment refers to: 2 (20, 21)",
-                "WRONG  locations that no alignment refers to: 1 (30)",
-                "WRONG  heights that no alignment refers to: 1 (40)"}},
+               {"WARNING  sites that no alignment refers to in m: 1 (7 Å)",
+                "WARNING  paths that no alignment refers to in m: 1 (8 P8)",
+                "WARNING  orientations that no alignment refers to in m: 2 (20, 21)",
+                "WARNING  locations that no alignment refers to in m: 1 (30)",
+                "WARNING  heights that no alignment refers to in m: 1 (40)"},
+               0,
+               4},
         Damage{"ForeignKeys",
                "m",
                "DELETE FROM Height WHERE HeightKey = 1",
-               {"WRONG  foreign key violations in m: 1 (AntennaAlignment row 1 names no row of Height)"}},
+               {"ERROR    foreign key violations in m: 1 (AntennaAlignment row 1 names no row of Height)"},
+               4,
+               4},
         Damage{"NoThresholds",
                "t",
                "DELETE FROM AntennaAlignmentThresholds; DELETE FROM PathAlignmentThresholds",
-               {"WRONG  site alignments without thresholds: 1 (1)",
-                "WRONG  path alignments without thresholds: 1 (1)"}},
+               {"WARNING  site alignments without thresholds in t: 1 (1)",
+                "WARNING  path alignments without thresholds in t: 1 (1)"},
+               0,
+               4},
         Damage{"ThresholdsAlone",
                "t",
                "INSERT INTO AntennaAlignmentThresholds (AntennaAlignmentKey, SiteIdentifier) VALUES (5, 1);"
                "INSERT INTO PathAlignmentThresholds (PathAlignmentKey, PathKey) VALUES (6, 1), (7, 1)",
-               {"WRONG  thresholds without site alignment: 1 (5)",
-                "WRONG  thresholds without path alignment: 2 (6, 7)"}},
+               {"note     thresholds without site alignment in t: 1 (5)",
+                "note     thresholds without path alignment in t: 2 (6, 7)"},
+               0,
+               0},
+        Damage{"ThresholdsTwice",
+               "t",
+               "INSERT INTO AntennaAlignmentThresholds (AntennaAlignmentKey, SiteIdentifier) VALUES (1, 1);"
+               "INSERT INTO PathAlignmentThresholds (PathAlignmentKey, PathKey) VALUES (1, 1), (1, 1)",
+               {"WARNING  two thresholds rows for one site alignment in t: 1 (1)",
+                "WARNING  two thresholds rows for one path alignment in t: 1 (1)"},
+               0,
+               4},
+        Damage{"ThresholdsOfOthers",
+               "t",
+               "INSERT INTO AntennaAlignmentThresholds (AntennaAlignmentKey, SiteIdentifier) VALUES (1, 9);"
+               "INSERT INTO PathAlignmentThresholds (PathAlignmentKey, PathKey) VALUES (1, 9), (1, 8)",
+               {"WARNING  thresholds that name another site than their alignment in t: 1 (1)",
+                "WARNING  thresholds that name another path than their alignment in t: 2 (1, 1)"},
+               0,
+               4},
+        Damage{
+            "Types",
+            "m",
+            "UPDATE Height SET HeightInMeters = 9e999 WHERE HeightKey = 1; UPDATE Orientation SET "
+            "TiltDegrees = 'steep' WHERE OrientationKey = 2; UPDATE AntennaAlignment SET Note = x'00'",
+            {"ERROR    values of a wrong type or not finite in m: 3 (AntennaAlignment row 1, Height row 1, "
+             "Orientation row 2)"},
+            4,
+            4},
         Damage{"Column",
                "m",
                "ALTER TABLE Height ADD Extra INTEGER",
-               {"WRONG  schema differences in m: 1 (the columns of Height differ)"}},
+               {"ERROR    schema differences in m: 1 (the columns of Height differ)",
+                "skipped  values of a wrong type or not finite in m: 1 (not looked at)",
+                "skipped  sites that no alignment refers to in m: 1 (not looked at)",
+                "skipped  paths that no alignment refers to in m: 1 (not looked at)",
+                "skipped  orientations that no alignment refers to in m: 1 (not looked at)",
+                "skipped  locations that no alignment refers to in m: 1 (not looked at)",
+                "skipped  heights that no alignment refers to in m: 1 (not looked at)",
+                "skipped  site alignments without thresholds in t: 1 (not looked at)",
+                "skipped  path alignments without thresholds in t: 1 (not looked at)",
+                "skipped  thresholds without site alignment in t: 1 (not looked at)",
+                "skipped  thresholds without path alignment in t: 1 (not looked at)",
+                "skipped  two thresholds rows for one site alignment in t: 1 (not looked at)",
+                "skipped  two thresholds rows for one path alignment in t: 1 (not looked at)",
+                "skipped  thresholds that name another site than their alignment in t: 1 (not looked at)",
+                "skipped  thresholds that name another path than their alignment in t: 1 (not looked at)"},
+               4,
+               4},
         Damage{"Objects",
                "m",
-               "DROP TABLE SiteScreenContents; CREATE TABLE Extra (x); CREATE INDEX i ON Sites(SiteKey)",
-               {"WRONG  schema differences in m: 3 (index i does not belong there, table Extra does not "
-                "belong there, table SiteScreenContents is missing)"}},
-        Damage{"ThresholdsSchema",
-               "t",
-               "DROP TABLE PreferencesPathLength",
-               {"WRONG  schema differences in t: 1 (table PreferencesPathLength is missing)"}}),
+               "CREATE TABLE Extra (x); CREATE INDEX i ON Sites(SiteKey)",
+               {"ERROR    schema differences in m: 2 (index i does not belong there, table Extra does not "
+                "belong there)"},
+               4,
+               4}),
     NameOf);
+
+// The line about the rule.
+QString LineAbout(const Outcome& outcome, const QString& rule) {
+  return outcome.out.split('\n').filter(rule).value(0);
+}
 
 TEST_F(CheckTest, TheVersionDecidesWhichTablesBelong) {
   CreateFiles();
-  const auto look = [this](const char* version) {
+  const auto look = [this](const char* version, const char* rule) {
     RunSql(Path("m"), QString("UPDATE Version SET VersionNumber = %1").arg(version));
     const Outcome outcome = Run({"check", "m"});
-    EXPECT_EQ(outcome.status, 1);
-    return outcome.out.split('\n');
+    EXPECT_EQ(outcome.status, 4);
+    return LineAbout(outcome, rule);
   };
-  EXPECT_EQ(
-      look("6").at(3),
-      "WRONG  schema differences in m: 2 (the columns of PathAlignment differ, the columns of Preferences "
-      "differ)");
-  EXPECT_EQ(look("8").at(0), "WRONG  unknown version in m: 1 (version 8 is not known)");
+  EXPECT_EQ(look("6", "schema"),
+            "ERROR    schema differences in m: 2 (the columns of PathAlignment differ, the columns of "
+            "Preferences differ)");
+  EXPECT_EQ(look("8", "version"), "ERROR    unknown version in m: 1 (version 8 is not known)");
 }
 
 TEST_F(CheckTest, DamagedPagesAreFound) {
   CreateFilesWith({SiteEntry(), PathEntry()});
-  const QString root = Rows(Path("m"), "SELECT rootpage FROM sqlite_master WHERE name = 'Height'").first();
-  QFile file(Path("m"));
-  ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-  ASSERT_TRUE(file.seek((root.toInt() - 1) * 4096));
-  file.write(QByteArray(64, '\x55'));
-  file.close();
+  Overwrite("m", PageOf("m", "Height") * 4096, QByteArray(64, '\x55'));
   const Outcome outcome = Run({"check", "m", "t"});
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_TRUE(outcome.out.contains("\nWRONG  integrity errors in m: ")) << outcome.out.toStdString();
+  EXPECT_EQ(outcome.status, 4);
+  EXPECT_TRUE(outcome.out.startsWith("ERROR    integrity errors in m: ")) << outcome.out.toStdString();
 }
 
 TEST_F(CheckTest, FilesThatAreNone) {
   CreateFiles();
   ExpectFailure({"check", "none", "t"}, "none: no such file");
   WriteFile("text", "text");
-  ExpectFailure({"check", "text"}, "text: is no database");
+  ExpectFailure({"check", "text"}, "text: is no database", 4);
 }
 
-// A new file of every version is right; the golden files besides hold rows that nothing refers to.
+TEST_F(CheckTest, AFileInUseIsNotDamaged) {
+  CreateFiles();
+  const Holder holder(Path("t"), "BEGIN EXCLUSIVE");
+  ExpectFailure({"check", "m", "t", "--wait", "0"}, InUse("t"), 3);
+}
+
+TEST_F(CheckTest, JsonHasTheRulesWithFindings) {
+  CreateFilesWith({SiteEntry("S")});
+  RunSql(Path("m"), "INSERT INTO Sites VALUES (7, 'Å')");
+  const QString json = RunWell({"check", "m", "t", "--format", "json"});
+  EXPECT_TRUE(json.endsWith("}\n"));
+  const QJsonObject expected{
+      {"version", 7},
+      {"findings", QJsonArray{QJsonObject{{"file", "main"},
+                                          {"rule", "sites that no alignment refers to"},
+                                          {"severity", "warning"},
+                                          {"count", 1},
+                                          {"keys", QJsonArray{"7 Å"}}}}}};
+  EXPECT_EQ(QJsonDocument::fromJson(json.toUtf8()).object(), expected);
+}
+
+// The golden files hold rows that nothing refers to.
 TEST_F(CheckTest, MainFilesOfEarlierVersionsStandAlone) {
   for (int version = 1; version <= 6; ++version) {
     const QString name = QString("v%1").arg(version);
     LoadSqlFile(Path(name), QString(TARNBEAM_GOLDEN_FOLDER "/version_%1.sql").arg(version));
     const Outcome outcome = Run({"check", name});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.out.split('\n').mid(0, 5),
-              (QStringList{"ok     unknown version in " + name + ": none",
-                           "ok     integrity errors in " + name + ": none",
-                           "ok     foreign key violations in " + name + ": none",
-                           "ok     schema differences in " + name + ": none",
-                           "WRONG  sites that no alignment refers to: 1 (6 Site without alignments)"}));
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_FALSE(outcome.out.contains("ERROR")) << outcome.out.toStdString();
+    EXPECT_EQ(LineAbout(outcome, "sites that"),
+              "WARNING  sites that no alignment refers to in " + name + ": 1 (6 Site without alignments)");
+  }
+}
+
+// A view that never comes to an end stands where a table has to be.
+TEST_F(CheckTest, AViewWithoutEndIsNotAsked) {
+  CreateFiles();
+  RunSql(
+      Path("m"),
+      "DROP TABLE Sites; CREATE VIEW Sites AS WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM "
+      "n) SELECT i AS SiteKey, 'S' || i AS SiteIdentifier FROM n");
+  EXPECT_EQ(Run({"check", "m", "t"}).status, 4);
+  for (const char* command : {"list", "export"}) {
+    ExpectFailure({command, "m", "t"}, "m: has no table Sites; 'tarnbeam-db check' tells more", 4);
   }
 }
 

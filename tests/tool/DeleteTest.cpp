@@ -41,12 +41,13 @@ TEST_F(DeleteTest, WholePath) {
                  {"3", "3", "0", "0"});
 }
 
-TEST_F(DeleteTest, OneReportOfASiteLeavesItsThresholds) {
+TEST_F(DeleteTest, OneReportOfASiteGoesWithItsThresholds) {
   ExpectDeletion({"--site", "S", "--index", "1"},
-                 "1 report of site S will be deleted: 2024-05-14T07:12:33Z, of 2 that there are; its row of "
-                 "thresholds stays in t",
-                 "deleted report 1 of site S", {"2", "3", "2", "2"});
+                 "1 report of site S will be deleted: 2024-05-14T07:12:33Z, of 2 that there are",
+                 "deleted report 1 of site S", {"2", "2", "2", "2"});
   EXPECT_EQ(Rows(Path("m"), "SELECT SectorName FROM AntennaAlignment"), (QStringList{"'1'", "'Alpha'"}));
+  EXPECT_EQ(Rows(Path("t"), "SELECT AntennaAlignmentKey FROM AntennaAlignmentThresholds"),
+            (QStringList{"1", "3"}));
 }
 
 TEST_F(DeleteTest, OneReportOfAPath) {
@@ -85,14 +86,73 @@ TEST_F(DeleteTest, WhatIsNotThere) {
   EXPECT_EQ(Counts(), (QStringList{"3", "3", "2", "2"}));
 }
 
-// The library answers true to this; what its debug lines tell counts.
+// The library answers true to this.
 TEST_F(DeleteTest, ADeletionThatFailedIsSaid) {
   RunSql(Path("m"),
          "CREATE TRIGGER keep BEFORE DELETE ON PathAlignment BEGIN SELECT RAISE(FAIL, 'kept'); END");
   const Outcome outcome = Run({"delete", "m", "t", "--path", "P", "--yes"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out, QString());
-  EXPECT_EQ(outcome.err.section('\n', 1, 1), "tarnbeam-db: path P could not be deleted whole");
+  EXPECT_EQ(outcome.err.section('\n', 1, 1), "tarnbeam-db: path P could not be deleted");
+  EXPECT_EQ(Counts(), (QStringList{"3", "3", "2", "2"}));
+}
+
+TEST_F(DeleteTest, WhatIsShownIsDeletedOrNothing) {
+  const Outcome outcome = RunWhileAsked({"delete", "m", "t", "--site", "S", "--index", "0"}, [this] {
+    RunSql(Path("m"), "UPDATE AntennaAlignment SET SectorName = '0' WHERE AntennaAlignmentKey = 1");
+  });
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(
+      outcome.err.endsWith("m: site S was changed meanwhile by another program; nothing was deleted\n"));
+  EXPECT_EQ(Counts(), (QStringList{"3", "3", "2", "2"}));
+}
+
+// While it asks, nobody is kept from the files.
+TEST_F(DeleteTest, AnotherReportMayGoMeanwhile) {
+  const Outcome outcome = RunWhileAsked({"delete", "m", "t", "--site", "S", "--index", "1"}, [this] {
+    EXPECT_EQ(Run({"delete", "m", "t", "--site", "S", "--index", "0", "--yes"}).status, 0);
+  });
+  EXPECT_EQ(outcome.status, 0) << outcome.err.toStdString();
+  EXPECT_EQ(Rows(Path("m"), "SELECT SectorName FROM AntennaAlignment"), (QStringList{"'Alpha'"}));
+  EXPECT_EQ(Counts(), (QStringList{"1", "1", "2", "2"}));
+}
+
+TEST_F(DeleteTest, AReaderOfOneFileKeepsBothAsTheyAre) {
+  for (const char* file : {"m", "t"}) {
+    const Holder reader(Path(file), "BEGIN; SELECT count(*) FROM sqlite_schema");
+    const Outcome outcome = Run({"delete", "m", "t", "--site", "S", "--yes", "--wait", "0"});
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_TRUE(outcome.err.endsWith(InUse(file) + "\n")) << outcome.err.toStdString();
+    EXPECT_EQ(Counts(), (QStringList{"3", "3", "2", "2"}));
+  }
+}
+
+TEST_F(DeleteTest, ThresholdsOfSomethingElseStay) {
+  RunSql(
+      Path("t"),
+      "INSERT INTO AntennaAlignmentThresholds (AntennaAlignmentKey, SiteIdentifier) VALUES (3, 1), (99, 1)");
+  EXPECT_EQ(Run({"delete", "m", "t", "--site", "S", "--yes"}).status, 0);
+  EXPECT_EQ(Rows(Path("t"), "SELECT AntennaAlignmentKey, SiteIdentifier FROM AntennaAlignmentThresholds"),
+            (QStringList{"3|2", "3|1"}));
+}
+
+TEST_F(DeleteTest, FilesThatAreNoPairAreRefused) {
+  RunSql(Path("t"), "UPDATE AntennaAlignmentThresholds SET SiteIdentifier = SiteIdentifier + 5");
+  RunSql(Path("t"), "UPDATE PathAlignmentThresholds SET PathKey = PathKey + 5");
+  const Outcome outcome = Run({"delete", "m", "t", "--site", "S", "--yes"});
+  EXPECT_EQ(outcome.status, 4);
+  EXPECT_TRUE(outcome.err.contains("m and t: are no pair")) << outcome.err.toStdString();
+  EXPECT_EQ(Counts(), (QStringList{"3", "3", "2", "2"}));
+}
+
+TEST_F(DeleteTest, AnIdentifierThatIsNoUtf8) {
+  RunSql(Path("m"), "UPDATE Sites SET SiteIdentifier = CAST(x'53ff' AS TEXT) WHERE SiteIdentifier = 'S'");
+  EXPECT_EQ(Run({"delete", "m", "t", "--site", QString("S") + QChar(QChar::ReplacementCharacter), "--index",
+                 "0", "--yes"})
+                .status,
+            0);
+  EXPECT_EQ(Counts(), (QStringList{"2", "2", "2", "2"}));
+  EXPECT_EQ(Rows(Path("m"), "SELECT hex(SiteIdentifier) FROM Sites"), (QStringList{"'53FF'", "'54'"}));
 }
 
 }  // namespace

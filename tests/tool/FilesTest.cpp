@@ -1,6 +1,6 @@
 // Making the two files, telling right from wrong ones, listing, preferences.
 #include "model/PreferencesModel.h"
-#include "store/AlignmentDatabaseVersion7.h"
+#include "store/AllStores.h"
 #include "tests/support/DatabaseDump.h"
 #include "tests/tool/ToolTest.h"
 
@@ -33,14 +33,14 @@ TEST_F(FilesTest, CreateMakesTheMissingFileAlone) {
 
 TEST_F(FilesTest, CreateRefuses) {
   ExpectFailure({"create", "f", "f"}, "f: cannot be main and thresholds file at once");
-  ExpectFailure({"create", "no/m", "t"}, Path("no") + ": No such file or directory");
+  ExpectFailure({"create", "no/m", "t"}, "no/m: No such file or directory");
   EXPECT_EQ(FilesInFolder(), QStringList());
-  ExpectFailure({"create", "m", "no/t"}, "no/t: Cannot open destination file: No such file or directory");
+  ExpectFailure({"create", "m", "no/t"}, "no/t: No such file or directory");
   EXPECT_EQ(FilesInFolder(), QStringList());
   CreateFiles();
   ExpectFailure({"create", "m", "t"}, "m and t exist already");
   ExpectFailure({"create", "m", "m"}, "m: cannot be main and thresholds file at once");
-  ExpectFailure({"create", "new", "m"}, "m: is no thresholds file");
+  ExpectFailure({"create", "new", "m"}, "m: is no thresholds file", 4);
   RunSql(Path("m"), "UPDATE Version SET VersionNumber = 3");
   ExpectFailure({"create", "m", "new"}, "m: exists and is of version 3, not 7");
   EXPECT_EQ(FilesInFolder(), (QStringList{"m", "t"}));
@@ -53,17 +53,27 @@ TEST_F(FilesTest, FilesThatAreNotWhatTheyHaveToBe) {
   ExpectFailure({"list", "none", "t"}, "none: no such file");
   ExpectFailure({"list", "m", "none"}, "none: no such file");
   ExpectFailure({"list", ".", "t"}, ".: is not a file");
-  ExpectFailure({"list", "text", "t"}, "text: is no database");
-  ExpectFailure({"list", "m", "empty"}, "empty: is no database");
+  ExpectFailure({"list", "text", "t"}, "text: is no database", 4);
+  ExpectFailure({"list", "m", "empty"}, "empty: is no database", 4);
   ExpectFailure({"list", "m", "./m"}, "m: cannot be main and thresholds file at once");
-  ExpectFailure({"list", "t", "m"},
-                "t: carries no version, so it is no main file of alignments\n"
-                "  library: sqlite3_prepare_v2 failed with  1 : no such table: Version");
+  ExpectFailure({"list", "t", "m"}, "t: carries no version, so it is no main file of alignments", 4);
   RunSql(Path("m"), "UPDATE Version SET VersionNumber = 8");
-  ExpectFailure({"list", "m", "t"}, "m: is of version 8, newer than this program knows (7)");
+  ExpectFailure({"list", "m", "t"}, "m: is of version 8, newer than this program knows (7)", 4);
   RunSql(Path("m"), "UPDATE Version SET VersionNumber = 6");
-  ExpectFailure({"list", "m", "t"}, "m: is of version 6; 'tarnbeam-db migrate' brings it to version 7");
+  ExpectFailure({"list", "m", "t"},
+                "m: is of version 6, which has no thresholds file: leave THRESHOLDS out" + Hint, 2);
+  WriteJson("in.json", {SiteEntry("S")});
+  ExpectFailure({"import", "m", "t", "in.json"},
+                "m: is of version 6; 'tarnbeam-db migrate' brings it to version 7");
+  QFile::remove(Path("in.json"));
   EXPECT_EQ(FilesInFolder(), (QStringList{"empty", "m", "t", "text"}));
+}
+
+TEST_F(FilesTest, ThresholdsBelongToTheCurrentVersion) {
+  CreateFiles();
+  for (const char* command : {"list", "export", "preferences"}) {
+    ExpectFailure({command, "m"}, "m: is of version 7, so THRESHOLDS has to be given" + Hint, 2);
+  }
 }
 
 TEST_F(FilesTest, VersionOfFiles) {
@@ -87,25 +97,43 @@ TEST_F(FilesTest, ListCountsReports) {
 TEST_F(FilesTest, ReadingThatFailsIsNoEmptyAnswer) {
   CreateFilesWith({SiteEntry("A")});
   RunSql(Path("m"), "ALTER TABLE Height RENAME TO Gone");
-  ExpectFailure(
-      {"list", "m", "t"},
-      "m: the reports of site A cannot be read\n  library: SQL prepare  Fetch Report Data for Site  "
-      "failed with  1 : no such table: Height");
+  ExpectFailure({"list", "m", "t"}, "m: has no table Height; 'tarnbeam-db check' tells more", 4);
 }
 
-// Each path leaves two connections open; the program lifts the limit that it is started under.
-TEST_F(FilesTest, ManyPathsNeedManyOpenFiles) {
+// Each retrieval of a path leaves connections open in the library.
+TEST_F(FilesTest, ManyPathsNeedFewOpenFiles) {
   QJsonArray entries;
   constexpr int Count = 20;
   for (int number = 0; number < Count; ++number) entries.append(PathEntry(QString::number(number)));
   CreateFilesWith(entries);
-  QProcess process;
-  process.setWorkingDirectory(Path("."));
-  process.start("sh", {"-c", "ulimit -S -n 24 && exec \"$0\" list m t", TARNBEAM_TOOL});
-  ASSERT_TRUE(process.waitForFinished());
-  EXPECT_EQ(process.exitCode(), 0);
-  EXPECT_EQ(process.readAllStandardError(), "");
-  EXPECT_EQ(process.readAllStandardOutput().count("path        1  "), Count);
+  for (const char* command : {"list", "export"}) {
+    QProcess process;
+    process.setWorkingDirectory(Path("."));
+    process.start("sh", {"-c", "ulimit -n 24 && exec \"$0\" \"$1\" m t", TARNBEAM_TOOL, command});
+    ASSERT_TRUE(process.waitForFinished());
+    EXPECT_EQ(process.exitCode(), 0);
+    EXPECT_EQ(process.readAllStandardError(), "");
+    EXPECT_GE(process.readAllStandardOutput().count("path"), Count);
+  }
+}
+
+TEST_F(FilesTest, FilesOfEarlierVersionsAreReadAsTheyAre) {
+  for (int version = 1; version <= 6; ++version) {
+    const QString name = QString("v%1").arg(version);
+    LoadSqlFile(Path(name), QString(TARNBEAM_GOLDEN_FOLDER "/version_%1.sql").arg(version));
+    const QByteArray before = ReadFile(name);
+    const QString exported = RunWell({"export", name});
+    const qint64 count = Rows(Path(name),
+                              "SELECT (SELECT count(*) FROM AntennaAlignment JOIN Sites USING "
+                              "(SiteKey)) + (SELECT count(*) FROM PathAlignment JOIN Paths USING (PathKey))")
+                             .value(0)
+                             .toLongLong();
+    EXPECT_GT(count, 0);
+    EXPECT_EQ(exported.count("\"identifier\""), count);
+    EXPECT_TRUE(RunWell({"list", name}).contains("Site without alignments"));
+    RunWell({"preferences", name});
+    EXPECT_EQ(ReadFile(name), before);
+  }
 }
 
 TEST_F(FilesTest, Preferences) {
@@ -119,8 +147,7 @@ TEST_F(FilesTest, Preferences) {
   model.CalibrationDate()->SetValue(QString("2024-05-14 Zürich"));
   model.SerialNumber()->SetValue(-17);
   model.ShowTarget()->SetValue(false);
-  const std::unique_ptr<AlignmentDatabaseVersion7> store(
-      AlignmentDatabaseVersion7::Open(Path("m"), Path("t")));
+  const std::unique_ptr<CurrentStore> store(CurrentStore::Open(Path("m"), Path("t")));
   ASSERT_TRUE(store->SavePreferences(&model));
   const QStringList lines = RunWell({"preferences", "m", "t"}).split('\n');
   // 35 stored columns but the language, which no model has, and two of the path length.
@@ -134,8 +161,9 @@ TEST_F(FilesTest, Preferences) {
   }
   RunSql(Path("m"), "DROP TABLE Preferences");
   const Outcome broken = Run({"preferences", "m", "t"});
-  EXPECT_EQ(broken.status, 1);
-  EXPECT_EQ(broken.err.section('\n', 0, 0), "tarnbeam-db: the preferences cannot be read");
+  EXPECT_EQ(broken.status, 4);
+  EXPECT_EQ(broken.err.section('\n', 0, 0),
+            "tarnbeam-db: m: has no table Preferences; 'tarnbeam-db check' tells more");
 }
 
 }  // namespace

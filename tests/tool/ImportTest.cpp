@@ -1,6 +1,5 @@
 // Import and export.
-#include <sqlite3.h>
-
+#include <QFile>
 #include <QJsonDocument>
 
 #include "tests/support/DatabaseDump.h"
@@ -123,9 +122,11 @@ TEST_F(ImportTest, EveryFaultIsNamed) {
   const QStringList lines = outcome.err.split('\n');
   EXPECT_EQ(lines.first(), "tarnbeam-db: in.json: entry 1: identifier is missing");
   EXPECT_EQ(lines.at(1), "tarnbeam-db: in.json: entry 1: sector is missing");
-  EXPECT_EQ(lines.mid(lines.size() - 4),
-            (QStringList{"tarnbeam-db: in.json: entry 1: options.thresholds.azimuth is missing", "and 4 more",
-                         "nothing was saved", ""}))
+  EXPECT_EQ(lines.mid(lines.size() - 6),
+            (QStringList{"tarnbeam-db: in.json: entry 1: options.thresholds.tilt is missing",
+                         "tarnbeam-db: in.json: entry 1: options.thresholds.roll is missing",
+                         "tarnbeam-db: in.json: entry 2: must be an object",
+                         "tarnbeam-db: in.json: entry 3: kind is missing", "nothing was saved", ""}))
       << outcome.err.toStdString();
 }
 
@@ -182,32 +183,79 @@ TEST_F(ImportTest, ExportIntoNewFilesGivesEqualReports) {
 TEST_F(ImportTest, AnInfiniteNumberIsNotExported) {
   CreateFilesWith({SiteEntry("S")});
   RunSql(Path("m"), "UPDATE Height SET HeightInMeters = 9e999");
-  ExpectFailure({"export", "m", "t"}, "site S: height.value is no number that JSON can hold");
+  ExpectFailure({"export", "m", "t"},
+                "m: row 1 of Height holds what is no finite number; 'tarnbeam-db check' tells more", 4);
 }
 
-TEST_F(ImportTest, ASaveThatFailsIsSaid) {
+TEST_F(ImportTest, ASaveThatFailsKeepsNone) {
   CreateFiles();
   WriteJson("in.json", {SiteEntry("S"), PathEntry("P"), SiteEntry("T")});
   RunSql(Path("m"), "CREATE TRIGGER full BEFORE INSERT ON Paths BEGIN SELECT RAISE(FAIL, 'full'); END");
+  const QByteArray mainFile = ReadFile("m");
+  const QByteArray thresholds = ReadFile("t");
   const Outcome outcome = Run({"import", "m", "t", "in.json"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err.section('\n', 0, 0),
-            "tarnbeam-db: in.json: entry 2: could not be saved; the entries before it were");
-  EXPECT_EQ(Rows(Path("m"), "SELECT SiteIdentifier FROM Sites"), QStringList{"'S'"});
+            "tarnbeam-db: in.json: entry 2: could not be saved, so nothing was");
+  EXPECT_EQ(ReadFile("m"), mainFile);
+  EXPECT_EQ(ReadFile("t"), thresholds);
 }
 
-TEST_F(ImportTest, AFileLockedByAnotherIsSaidWithTheLibrarysLines) {
+// The library is told that all went well.
+TEST_F(ImportTest, RowsThatATriggerDoesAwayWithAreMissed) {
+  WriteJson("in.json", {SiteEntry("S"), PathEntry("P")});
+  for (const char* table : {"AntennaAlignment", "PathAlignment", "Orientation", "Geolocation", "Height"}) {
+    for (const char* file : {"m", "t"}) QFile::remove(Path(file));
+    CreateFiles();
+    RunSql(Path("m"),
+           QString("CREATE TRIGGER away BEFORE INSERT ON %1 BEGIN SELECT RAISE(IGNORE); END").arg(table));
+    const QByteArray before = ReadFile("m");
+    const Outcome outcome = Run({"import", "m", "t", "in.json"});
+    EXPECT_EQ(outcome.status, 1) << table;
+    EXPECT_EQ(outcome.out, QString());
+    EXPECT_EQ(ReadFile("m"), before) << table;
+  }
+}
+
+TEST_F(ImportTest, AFileInUseKeepsBothAsTheyAre) {
   CreateFiles();
   WriteJson("in.json", {SiteEntry("S")});
-  sqlite3* other = nullptr;
-  ASSERT_EQ(sqlite3_open(Path("t").toUtf8().constData(), &other), SQLITE_OK);
-  ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
-  const Outcome outcome = Run({"import", "m", "t", "in.json"});
-  sqlite3_close(other);
+  const QByteArray mainFile = ReadFile("m");
+  const QByteArray thresholds = ReadFile("t");
+  for (const char* file : {"m", "t"}) {
+    for (const char* work :
+         {"BEGIN IMMEDIATE", "BEGIN EXCLUSIVE", "BEGIN; SELECT count(*) FROM sqlite_schema"}) {
+      const Holder holder(Path(file), work);
+      ExpectFailure({"import", "m", "t", "in.json", "--wait", "0"}, InUse(file), 3);
+      EXPECT_EQ(ReadFile("m"), mainFile);
+      EXPECT_EQ(ReadFile("t"), thresholds);
+    }
+  }
+}
+
+// Nothing is told from debug lines.
+TEST_F(ImportTest, LoggingRulesChangeNothing) {
+  CreateFiles();
+  WriteJson("in.json", {SiteEntry("S")});
+  qputenv("QT_LOGGING_RULES", "*.debug=false");
+  {
+    const Holder reader(Path("m"), "BEGIN; SELECT count(*) FROM sqlite_schema");
+    ExpectFailure({"import", "m", "t", "in.json", "--wait", "0"}, InUse("m"), 3);
+  }
+  RunSql(Path("m"), "CREATE TRIGGER full BEFORE INSERT ON Sites BEGIN SELECT RAISE(FAIL, 'full'); END");
+  EXPECT_EQ(Run({"import", "m", "t", "in.json"}).status, 1);
+  qunsetenv("QT_LOGGING_RULES");
+}
+
+TEST_F(ImportTest, AWriteProtectedFileKeepsBothAsTheyAre) {
+  CreateFiles();
+  WriteJson("in.json", {SiteEntry("S")});
+  const QByteArray before = ReadFile("t");
+  ASSERT_TRUE(QFile::setPermissions(Path("m"), QFile::ReadOwner));
+  const Outcome outcome = RunUnprivileged({"import", "m", "t", "in.json"});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.out, QString());
-  EXPECT_EQ(outcome.err.section('\n', 0, 0),
-            "tarnbeam-db: in.json: entry 1: could not be saved; the entries before it were");
+  EXPECT_EQ(outcome.err, "tarnbeam-db: m: cannot be written; both files are as they were\n");
+  EXPECT_EQ(ReadFile("t"), before);
 }
 
 }  // namespace

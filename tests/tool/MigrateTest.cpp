@@ -2,6 +2,7 @@
 #include <QFile>
 #include <QRegularExpression>
 
+#include "store/AllStores.h"
 #include "tests/support/DatabaseDump.h"
 #include "tests/tool/ToolTest.h"
 
@@ -27,12 +28,12 @@ TEST_P(MigrateFromTest, BringsTheFileToTheCurrentVersion) {
   const QByteArray before = ReadFile("m");
   ASSERT_TRUE(QFile::setPermissions(Path("m"), QFile::ReadOwner | QFile::WriteOwner));
   QString expected = "^copied to b\n";
-  for (int version = from; version < 7; ++version) {
+  for (int version = from; version < static_cast<int>(CurrentSchemaVersion); ++version) {
     expected += QString("version %1 to %2: [0-9]+ ms\n").arg(version).arg(version + 1);
   }
   const QString out = RunWell({"migrate", "m", "--backup", "b"});
   EXPECT_TRUE(QRegularExpression(expected + "$").match(out).hasMatch()) << out.toStdString();
-  QFile golden(QString(TARNBEAM_GOLDEN_FOLDER "/version_%1_as_7.txt").arg(from));
+  QFile golden(QString(TARNBEAM_GOLDEN_FOLDER "/version_%1_as_%2.txt").arg(from).arg(CurrentSchemaVersion));
   ASSERT_TRUE(golden.open(QIODevice::ReadOnly));
   EXPECT_EQ(DumpDatabase(Path("m")), QString::fromUtf8(golden.readAll()));
   EXPECT_EQ(ReadFile("b"), before);
@@ -40,7 +41,7 @@ TEST_P(MigrateFromTest, BringsTheFileToTheCurrentVersion) {
   EXPECT_EQ(FilesInFolder(), (QStringList{"b", "m"}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Version, MigrateFromTest, testing::Range(1, 7));
+INSTANTIATE_TEST_SUITE_P(Version, MigrateFromTest, testing::Range(1, static_cast<int>(CurrentSchemaVersion)));
 
 TEST_F(MigrateTest, ACurrentFileIsLeftAlone) {
   CreateFilesWith({SiteEntry()});
@@ -53,13 +54,12 @@ TEST_F(MigrateTest, RefusesWhatItCannotMigrate) {
   Load(6);
   ExpectFailure({"migrate", "none"}, "none: no such file");
   WriteFile("text", "text");
-  ExpectFailure({"migrate", "text"}, "text: is no database");
+  ExpectFailure({"migrate", "text"}, "text: is no database", 4);
   EXPECT_EQ(ReadFile("text"), "text");
-  for (const char* version : {"0", "8"}) {
-    RunSql(Path("m"), QString("UPDATE Version SET VersionNumber = %1").arg(version));
-    ExpectFailure({"migrate", "m"},
-                  QString("m: is of version %1, which this program does not know (1 to 7)").arg(version));
-  }
+  RunSql(Path("m"), "UPDATE Version SET VersionNumber = 0");
+  ExpectFailure({"migrate", "m"}, "m: is of version 0, which this program does not know (1 to 7)", 4);
+  RunSql(Path("m"), "UPDATE Version SET VersionNumber = 8");
+  ExpectFailure({"migrate", "m"}, "m: is of version 8, newer than this program knows (7)", 4);
   EXPECT_EQ(FilesInFolder(), (QStringList{"m", "text"}));
 }
 
@@ -67,7 +67,7 @@ TEST_F(MigrateTest, AnExistingBackupIsNotOverwritten) {
   Load(5);
   const QByteArray before = ReadFile("m");
   WriteFile("b", "precious");
-  ExpectFailure({"migrate", "m", "--backup", "b"}, "b: Destination file exists");
+  ExpectFailure({"migrate", "m", "--backup", "b"}, "b: File exists");
   EXPECT_EQ(ReadFile("b"), "precious");
   ExpectUntouched(before, {"b", "m"});
 }
@@ -80,12 +80,11 @@ TEST_F(MigrateTest, AStepThatFailsLeavesTheFileAsItWas) {
   const Outcome outcome = Run({"migrate", "m"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out, QString());
-  EXPECT_EQ(outcome.err,
-            "tarnbeam-db: m: version 2 could not be converted to 3; the file is as it was. Conversions work "
-            "through /opt/tarnbeam/database/TemporaryDB.sqlite: that folder must exist and be writable.\n"
-            "  library: SQL  Copy Antenna Alignment Table  failed with  19 : FOREIGN KEY constraint failed\n"
-            "  library: Unable to create new paths table\n"
-            "  library: Aborting conversion, UpdateAntennaAlignmentTabble failed\n");
+  EXPECT_EQ(
+      outcome.err.section('\n', 0, 0),
+      "tarnbeam-db: m: version 2 to 3 could not be done; the file is as it was. Conversions work through "
+      "/opt/tarnbeam/database/TemporaryDB.sqlite: that folder must exist and be writable.");
+  EXPECT_TRUE(outcome.err.contains("FOREIGN KEY constraint failed")) << outcome.err.toStdString();
   ExpectUntouched(before, {"m"});
 }
 

@@ -1,6 +1,7 @@
 #include "tests/tool/ToolTest.h"
 
 #include <fcntl.h>
+#include <sqlite3.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -8,6 +9,8 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QProcess>
+
+#include "tests/support/DatabaseDump.h"
 
 namespace {
 
@@ -45,29 +48,95 @@ ToolTest::ToolTest() {
   qputenv("ASAN_OPTIONS", "fast_unwind_on_malloc=0");
 }
 
-Outcome ToolTest::Run(const QStringList& words, const QString& terminalInput) {
-  QProcess process;
+Holder::Holder(const QString& path, const char* sql) {
+  EXPECT_EQ(sqlite3_open(path.toUtf8().constData(), &db_), SQLITE_OK);
+  EXPECT_EQ(sqlite3_exec(db_, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+}
+
+Holder::~Holder() { sqlite3_close(db_); }
+
+QString InUse(const QString& file) {
+  return file + ": is in use by another program; try again, or wait longer with --wait SECONDS";
+}
+
+void ToolTest::Prepare(QProcess* process) const {
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
   environment.insert("LC_ALL", "C");
-  process.setProcessEnvironment(environment);
-  process.setWorkingDirectory(folder_.Folder());
-  int terminal = -1;
-  if (terminalInput.isEmpty()) {
-    process.setStandardInputFile(QProcess::nullDevice());
-  } else {
-    terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    EXPECT_TRUE(grantpt(terminal) == 0 && unlockpt(terminal) == 0);
-    process.setStandardInputFile(QString::fromLatin1(ptsname(terminal)));
-    const QByteArray typed = terminalInput.toUtf8();
-    EXPECT_EQ(write(terminal, typed.constData(), static_cast<size_t>(typed.size())), typed.size());
+  process->setProcessEnvironment(environment);
+  process->setWorkingDirectory(folder_.Folder());
+  process->setStandardInputFile(QProcess::nullDevice());
+}
+
+Outcome ToolTest::Finish(QProcess* process) {
+  constexpr int Patience = 60'000;
+  EXPECT_TRUE(process->waitForFinished(Patience)) << process->errorString().toStdString();
+  EXPECT_EQ(process->exitStatus(), QProcess::NormalExit);
+  return {process->exitCode(), QString::fromUtf8(process->readAllStandardOutput()),
+          QString::fromUtf8(process->readAllStandardError())};
+}
+
+namespace {
+
+// What is typed on it the program reads from its standard input.
+class Terminal {
+ public:
+  Terminal() : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+    EXPECT_TRUE(grantpt(master_) == 0 && unlockpt(master_) == 0);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+  ~Terminal() { close(master_); }
+  QString Name() const { return QString::fromLatin1(ptsname(master_)); }
+  void Type(const QString& text) const {
+    const QByteArray typed = text.toUtf8();
+    EXPECT_EQ(write(master_, typed.constData(), static_cast<size_t>(typed.size())), typed.size());
+  }
+
+ private:
+  int master_;
+};
+
+}  // namespace
+
+Outcome ToolTest::Run(const QStringList& words, const QString& terminalInput) {
+  QProcess process;
+  Prepare(&process);
+  const Terminal terminal;
+  if (!terminalInput.isEmpty()) {
+    process.setStandardInputFile(terminal.Name());
+    terminal.Type(terminalInput);
   }
   process.start(TARNBEAM_TOOL, words);
-  constexpr int Patience = 60'000;
-  EXPECT_TRUE(process.waitForFinished(Patience)) << process.errorString().toStdString();
-  if (terminal >= 0) close(terminal);
-  EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-  return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-          QString::fromUtf8(process.readAllStandardError())};
+  return Finish(&process);
+}
+
+// Root without the right to pass over permissions is as good as anybody.
+Outcome ToolTest::RunUnprivileged(const QStringList& words) {
+  QProcess process;
+  Prepare(&process);
+  if (geteuid() == 0) {
+    process.start("setpriv",
+                  QStringList{"--bounding-set", "-dac_override,-dac_read_search", TARNBEAM_TOOL} + words);
+  } else {
+    process.start(TARNBEAM_TOOL, words);
+  }
+  return Finish(&process);
+}
+
+Outcome ToolTest::RunWhileAsked(const QStringList& words, const std::function<void()>& meanwhile) {
+  QProcess process;
+  Prepare(&process);
+  const Terminal terminal;
+  process.setStandardInputFile(terminal.Name());
+  process.setReadChannel(QProcess::StandardError);
+  process.start(TARNBEAM_TOOL, words);
+  QByteArray said;
+  while (!said.endsWith("[y/N] ") && process.waitForReadyRead()) said += process.readAllStandardError();
+  meanwhile();
+  terminal.Type("y\n");
+  Outcome outcome = Finish(&process);
+  outcome.err.prepend(QString::fromUtf8(said));
+  return outcome;
 }
 
 QString ToolTest::RunWell(const QStringList& words) {
@@ -112,6 +181,19 @@ QStringList ToolTest::FilesInFolder() const {
   return QDir(folder_.Folder()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
 }
 
+int ToolTest::PageOf(const QString& file, const QString& table) const {
+  return Rows(Path(file), "SELECT rootpage - 1 FROM sqlite_schema WHERE name = '" + table + "'")
+      .value(0)
+      .toInt();
+}
+
+void ToolTest::Overwrite(const QString& name, qint64 at, const QByteArray& bytes) {
+  QFile file(Path(name));
+  ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+  ASSERT_TRUE(file.seek(at));
+  ASSERT_EQ(file.write(bytes), bytes.size());
+}
+
 QJsonObject SiteEntry(const QString& identifier, const QString& sector) {
   QJsonObject entry = Entry("site", identifier, {{"azimuth", 1.5}, {"tilt", 0.125}, {"roll", 0}});
   entry["sector"] = sector;
@@ -126,7 +208,7 @@ QJsonObject PathEntry(const QString& identifier) {
 }
 
 QJsonObject With(QJsonObject entry, const QString& name, const QJsonValue& value) {
-  const int dot = name.indexOf('.');
+  const auto dot = name.indexOf('.');
   if (dot >= 0) {
     entry[name.left(dot)] = With(entry[name.left(dot)].toObject(), name.mid(dot + 1), value);
   } else if (value.isUndefined()) {

@@ -6,9 +6,13 @@
 #include <QJsonObject>
 #include <QString>
 #include <QStringList>
+#include <functional>
 
 #include "tests/support/PrintQt.h"
 #include "tests/support/TemporaryFolder.h"
+
+class QProcess;
+struct sqlite3;
 
 // What a run of the program left behind.
 struct Outcome {
@@ -17,6 +21,23 @@ struct Outcome {
   QString err;
 };
 
+// Another program at work on a file until it goes out of scope.
+class Holder {
+ public:
+  Holder(const QString& path, const char* sql);
+  Holder(const Holder&) = delete;
+  Holder& operator=(const Holder&) = delete;
+  ~Holder();
+
+ private:
+  sqlite3* db_ = nullptr;
+};
+
+// What the program says of a file that another one has in use.
+QString InUse(const QString& file);
+// What wrong usage ends with.
+const QString Hint = QStringLiteral("\nTry 'tarnbeam-db --help' or 'tarnbeam-db COMMAND --help'.");
+
 // Runs the program in a folder of the test's own, in the C locale and without a terminal. File names within
 // that folder are given without it.
 class ToolTest : public testing::Test {
@@ -24,6 +45,10 @@ class ToolTest : public testing::Test {
   ToolTest();
   // `terminalInput`, if not empty, is typed on a terminal that is then the standard input.
   Outcome Run(const QStringList& words, const QString& terminalInput = QString());
+  // The same by an ordinary user, for whom permissions count.
+  Outcome RunUnprivileged(const QStringList& words);
+  // Does something while the program waits for an answer on its terminal, and then answers yes.
+  Outcome RunWhileAsked(const QStringList& words, const std::function<void()>& meanwhile);
   // Expects success and silence on standard error, and answers standard output.
   QString RunWell(const QStringList& words);
   // Expects the exit status, nothing on standard output and these lines, after the program's name, on
@@ -35,12 +60,19 @@ class ToolTest : public testing::Test {
   void CreateFilesWith(const QJsonArray& entries);
 
   QString Path(const QString& name) const { return folder_.Path(name); }
+  QString Folder() const { return folder_.Folder(); }
   void WriteFile(const QString& name, const QByteArray& content);
   void WriteJson(const QString& name, const QJsonArray& entries);
   QByteArray ReadFile(const QString& name);
   QStringList FilesInFolder() const;
+  // The number, from 0, of the first page of a table; and what takes the place of bytes in a file.
+  int PageOf(const QString& file, const QString& table) const;
+  void Overwrite(const QString& name, qint64 at, const QByteArray& bytes);
 
  private:
+  void Prepare(QProcess* process) const;
+  static Outcome Finish(QProcess* process);
+
   TemporaryFolder folder_;
 };
 

@@ -3,8 +3,6 @@
 
 namespace {
 
-const QString Hint = QStringLiteral("\nTry 'tarnbeam-db --help' or 'tarnbeam-db COMMAND --help'.");
-
 struct Misuse {
   QStringList words;
   const char* message;
@@ -23,11 +21,15 @@ INSTANTIATE_TEST_SUITE_P(
         Misuse{{}, "a command has to be given"}, Misuse{{"crate"}, "there is no command crate"},
         Misuse{{"create"}, "MAIN is missing"}, Misuse{{"create", "m"}, "THRESHOLDS is missing"},
         Misuse{{"create", "m", "t", "x"}, "x is one too many"},
-        Misuse{{"import", "m", "t"}, "FILE.json is missing"}, Misuse{{"list", "m"}, "THRESHOLDS is missing"},
-        Misuse{{"check"}, "MAIN is missing"}, Misuse{{"check", "m", "t", "x"}, "x is one too many"},
-        Misuse{{"version"}, "MAIN is missing"}, Misuse{{"migrate", "m", "b"}, "b is one too many"},
+        Misuse{{"import", "m", "t"}, "FILE.json is missing"}, Misuse{{"list"}, "MAIN is missing"},
+        Misuse{{"check"}, "MAIN is missing"},
+        Misuse{{"list", "m", "t", "--wait", "soon"},
+               "--wait must be a whole number of seconds, at most 86400"},
+        Misuse{{"list", "m", "t", "--wait=-1"}, "--wait must be a whole number of seconds, at most 86400"},
+        Misuse{{"check", "m", "t", "x"}, "x is one too many"}, Misuse{{"version"}, "MAIN is missing"},
+        Misuse{{"migrate", "m", "t", "b"}, "b is one too many"},
         Misuse{{"migrate", "m", "--backup"}, "Missing value after '--backup'."},
-        Misuse{{"export", "m"}, "THRESHOLDS is missing"}, Misuse{{"preferences"}, "MAIN is missing"},
+        Misuse{{"export"}, "MAIN is missing"}, Misuse{{"preferences"}, "MAIN is missing"},
         Misuse{{"list", "m", "t", "--site", "S"}, "Unknown option 'site'."},
         Misuse{{"report", "m", "t"}, "either --site or --path has to be given"},
         Misuse{{"report", "m", "t", "--site", "S", "--path", "P"}, "either --site or --path has to be given"},
@@ -57,14 +59,14 @@ TEST_P(HelpTest, NamesOperandsAndOptions) {
 INSTANTIATE_TEST_SUITE_P(Usage, HelpTest,
                          testing::Values(Help{"create", "create MAIN THRESHOLDS [options]"},
                                          Help{"import", "import MAIN THRESHOLDS FILE.json [options]"},
-                                         Help{"list", "list MAIN THRESHOLDS [options]"},
-                                         Help{"report", "report MAIN THRESHOLDS [options]"},
+                                         Help{"list", "list MAIN [THRESHOLDS] [options]"},
+                                         Help{"report", "report MAIN [THRESHOLDS] [options]"},
                                          Help{"delete", "delete MAIN THRESHOLDS [options]"},
                                          Help{"version", "version MAIN [options]"},
-                                         Help{"migrate", "migrate MAIN [options]"},
+                                         Help{"migrate", "migrate MAIN [THRESHOLDS] [options]"},
                                          Help{"check", "check MAIN [THRESHOLDS] [options]"},
-                                         Help{"export", "export MAIN THRESHOLDS [options]"},
-                                         Help{"preferences", "preferences MAIN THRESHOLDS [options]"}));
+                                         Help{"export", "export MAIN [THRESHOLDS] [options]"},
+                                         Help{"preferences", "preferences MAIN [THRESHOLDS] [options]"}));
 
 using UsageTest = ToolTest;
 

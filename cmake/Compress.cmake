@@ -1,0 +1,13 @@
+# tarnbeam_compress(FILE NAME): makes NAME in the build folder, the same bytes whenever and wherever it is made.
+find_program(GZIP gzip)
+if(NOT GZIP)
+  message(FATAL_ERROR "gzip is needed for the manual page and the packages' changelog")
+endif()
+function(tarnbeam_compress file name)
+  get_filename_component(file ${file} ABSOLUTE)
+  execute_process(COMMAND ${GZIP} -9nc ${file} OUTPUT_FILE ${CMAKE_CURRENT_BINARY_DIR}/${name} RESULT_VARIABLE failed)
+  if(failed)
+    message(FATAL_ERROR "${file} could not be compressed")
+  endif()
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
+endfunction()

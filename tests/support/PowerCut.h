@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QByteArray>
+#include <functional>
+
+// A power cut, played in a child process. What the process changes in files goes through FileCalls; from
+// Begin() on the contents that each file had when it was synced last are kept, and the names that were made,
+// removed or replaced since their folder was synced last. When the power goes, some of that is taken back.
+// What was synced always stays.
+class PowerCut {
+ public:
+  // What becomes of names in folders that are not synced, and of contents that are not. Torn: every second
+  // sector of those that differ is the new one, and the first of them is half new and half old.
+  enum class Names { Kept, Undone };
+  enum class Data { Kept, Torn, Dropped };
+  struct Loss {
+    Names names;
+    Data data;
+  };
+  static constexpr Loss losses[] = {{Names::Kept, Data::Dropped},
+                                    {Names::Undone, Data::Dropped},
+                                    {Names::Kept, Data::Torn},
+                                    {Names::Undone, Data::Torn},
+                                    {Names::Undone, Data::Kept}};
+
+  PowerCut() = delete;
+
+  // Runs `work` in a child process until the power goes: before its file call `number`, counted as a Fault
+  // does that names none, or, for 0, when `work` has answered true. Answers the child's exit status:
+  // Fault::KilledStatus if the power went. Syncs of paths that contain `ignoredSyncs`, if that is not empty,
+  // do nothing.
+  static int RunUntil(int number, const Loss& loss, const std::function<bool()>& work,
+                      const QByteArray& ignoredSyncs = {});
+
+  // What FileCalls tells before it forwards a call.
+  static void Before(const char* name, int descriptor);
+  static void Before(const char* name, const char* path);
+  static void Before(const char* name, const char* from, const char* to);
+};

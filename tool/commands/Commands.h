@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QCommandLineOption>
+#include <QCommandLineParser>
+#include <QStringList>
+#include <vector>
+
+#include "tool/pair/Deadline.h"
+
+/// What a command is given: its operands in order and its options.
+struct Arguments {
+  QStringList operands;
+  const QCommandLineParser& options;
+  /// For files that another program has in use; counts from the start.
+  Deadline Waiting() const;
+};
+
+struct Command {
+  const char* name;
+  const char* summary;
+  /// Names of the operands; one in brackets may be left out.
+  std::vector<const char*> operands;
+  std::vector<QCommandLineOption> options;
+  /// Whether it makes or changes files.
+  bool changes;
+  /// Answers the exit status; failures and wrong usage are thrown.
+  int (*run)(const Arguments& arguments);
+};
+
+/// The option that every command has for its waiting.
+QCommandLineOption WaitOption();
+
+const std::vector<Command>& AllCommands();
+
+// One file each.
+Command CheckCommand();
+Command CreateCommand();
+Command DeleteCommand();
+Command ExportCommand();
+Command ImportCommand();
+Command ListCommand();
+Command MapCommand();
+Command MigrateCommand();
+Command PreferencesCommand();
+Command ReportCommand();
+Command VersionCommand();

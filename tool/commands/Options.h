@@ -1,0 +1,45 @@
+#pragma once
+
+#include <initializer_list>
+#include <vector>
+
+#include "tool/Alignment.h"
+#include "tool/commands/Commands.h"
+#include "tool/formats/AlignmentFilter.h"
+#include "tool/formats/AlignmentWriter.h"
+#include "tool/formats/Csv.h"
+
+/// An option with a value.
+QCommandLineOption ValueOption(const char* name, const char* description, const char* valueName,
+                               const char* byDefault = "");
+QCommandLineOption SiteOption();
+QCommandLineOption PathOption();
+
+/// The one site or path that --site or --path name.
+struct Subject {
+  Kind kind;
+  QString identifier;
+};
+Subject SubjectOf(const Arguments& arguments);
+
+/// The value of --format, which has to be one of these: "table, json or csv".
+QString FormatOf(const Arguments& arguments, const QStringList& allowed);
+
+/// Options that say which alignments are asked for, and what they say.
+std::vector<QCommandLineOption> FilterOptions();
+AlignmentFilter FilterOf(const Arguments& arguments);
+/// Whether any of them is given.
+bool HasFilter(const Arguments& arguments);
+
+/// Options about CSV, and what they say; they go with no other format.
+std::vector<QCommandLineOption> CsvOptions();
+CsvForm CsvFormOf(const Arguments& arguments, bool guardsFormulas);
+
+/// Options of a command in their order.
+std::vector<QCommandLineOption> Together(std::initializer_list<std::vector<QCommandLineOption>> options);
+
+/// "site S".
+QString ShownSubject(Kind kind, const QString& identifier);
+
+/// Prints what a writer hands on.
+TextSink StandardOutput();

@@ -1,0 +1,46 @@
+#include "tool/pair/Belonging.h"
+
+namespace Belonging {
+
+const Tables& Of(Kind kind) {
+  static constexpr Tables Site{Kind::Site,
+                               "Sites",
+                               "SiteKey",
+                               "SiteIdentifier",
+                               "AntennaAlignment",
+                               "AntennaAlignmentKey",
+                               "AntennaAlignmentThresholds",
+                               "SiteIdentifier"};
+  static constexpr Tables Path{Kind::Path,
+                               "Paths",
+                               "PathKey",
+                               "PathIdentifier",
+                               "PathAlignment",
+                               "PathAlignmentKey",
+                               "PathAlignmentThresholds",
+                               "PathKey"};
+  return kind == Kind::Site ? Site : Path;
+}
+
+QByteArray Joined(Kind kind, const QByteArray& columns) {
+  const Tables& tables = Of(kind);
+  return "SELECT " + columns + " FROM thresholds." + tables.thresholds + " t JOIN main." + tables.alignments +
+         " a ON a." + tables.alignmentKey + " = t." + tables.alignmentKey + " WHERE ";
+}
+
+QByteArray Disagree(Kind kind) {
+  const Tables& tables = Of(kind);
+  return QByteArray("t.") + tables.thresholdsOwner + " IS NOT a." + tables.ownerKey;
+}
+
+bool IsPair(const Sqlite& db) {
+  qint64 agreeing = 0;
+  qint64 disagreeing = 0;
+  for (const Kind kind : {Kind::Site, Kind::Path}) {
+    disagreeing += db.Number(Joined(kind, "count(*)") + Disagree(kind));
+    agreeing += db.Number(Joined(kind, "count(*)") + "NOT (" + Disagree(kind) + ')');
+  }
+  return disagreeing == 0 || agreeing > 0;
+}
+
+}  // namespace Belonging

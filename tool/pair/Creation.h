@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include "tool/pair/Deadline.h"
+
+/// Makes those of the two files that are missing, and answers their names as they can be shown. Each is at
+/// its place complete or not at all. A run that is killed may leave the thresholds file alone; the next one
+/// then makes the main file.
+QStringList CreateMissing(const QString& mainName, const QString& thresholdsName, const Deadline& deadline);
+
+/// Throws a Failure unless the file at that place is a sound thresholds file.
+void RequireThresholdsFile(const QString& name, const Deadline& deadline);
+
+/// Whether something stands at that place.
+bool FileExists(const QString& name);

@@ -1,0 +1,266 @@
+#include "tool/pair/Edit.h"
+
+#include <glob.h>
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+
+#include "tool/Console.h"
+#include "tool/FileName.h"
+#include "tool/pair/FileCopy.h"
+#include "tool/pair/NewFile.h"
+#include "tool/pair/RowChanges.h"
+#include "tool/pair/SourceFile.h"
+#include "tool/pair/Versions.h"
+
+namespace {
+
+QByteArray JournalMode(const Sqlite& db, const QByteArray& pragma) {
+  Sqlite::Rows mode = db.Select(pragma);
+  return mode.Next() ? mode.Bytes(0) : QByteArray();
+}
+
+constexpr int ReadBackSeconds = 10;
+/// What the change and the return to WAL mode add to a file's counter.
+constexpr quint32 ChangesOfOurs = 2;
+
+/// The file as the connection has it locked. Opening it otherwise would give up the connection's locks when
+/// it is closed again.
+sqlite3_file* FileOf(const Sqlite& db, const char* schema) {
+  sqlite3_file* file = nullptr;
+  sqlite3_file_control(db.Handle(), schema, SQLITE_FCNTL_FILE_POINTER, &file);
+  return file;
+}
+
+/// A number in the file's head that every change adds one to.
+quint32 ChangeCounter(const Sqlite& db, const char* schema) {
+  constexpr sqlite3_int64 At = 24;
+  std::array<unsigned char, 4> bytes{};
+  sqlite3_file* const file = FileOf(db, schema);
+  if (file->pMethods->xRead(file, bytes.data(), bytes.size(), At) != SQLITE_OK) return 0;
+  quint32 counter = 0;
+  for (const unsigned char byte : bytes) counter = counter << 8 | byte;
+  return counter;
+}
+
+/// A journal that a killed run had only begun: it is empty or starts with a zero, and SQLite passes it over.
+void RemoveIfBegun(const QByteArray& journal) {
+  char first = 0;
+  const Descriptor file(journal, O_RDONLY);
+  if (file.IsOpen() && pread(file.Number(), &first, 1, 0) >= 0 && first == 0) unlink(journal.constData());
+}
+
+/// A journal that two files shared in a transaction. It is of no use once neither has a journal of its own.
+void RemoveIfAbandoned(const QByteArray& superJournal) {
+  const Descriptor file(superJournal, O_RDONLY);
+  if (!file.IsOpen()) return;
+  std::array<char, 1 << 14> names{};
+  const ssize_t size = pread(file.Number(), names.data(), names.size(), 0);
+  if (size < 0) return;
+  for (const QByteArray& name : QByteArray(names.data(), int(size)).split('\0')) {
+    if (!name.isEmpty() && access(name.constData(), F_OK) == 0) return;
+  }
+  unlink(superJournal.constData());
+}
+
+}  // namespace
+
+Edit::Edit(const QString& mainName, const QString& thresholdsName, const Deadline& deadline, Files files)
+    : copies_(FileName::Shown(mainName),
+              thresholdsName.isEmpty() ? QString() : FileName::Shown(thresholdsName)) {
+  PrivateFolder::RemoveLeftovers();
+  FindFiles(mainName, thresholdsName);
+  try {
+    Lock(deadline);
+    RequireWritable();
+    RemoveLeftovers();
+    CopyLocked("main", copies_.MainPath());
+    if (copies_.HasThresholds()) CopyLocked("thresholds", copies_.ThresholdsPath());
+    LookAtCopies(files);
+  } catch (...) {
+    Release();
+    throw;
+  }
+}
+
+Edit::~Edit() { Release(); }
+
+// Each is closed before SQLite opens it: closing gives up all locks that the process has on a file.
+void Edit::FindFiles(const QString& mainName, const QString& thresholdsName) {
+  const SourceFile mainFile(mainName);
+  mainPath_ = mainFile.Path();
+  if (!copies_.HasThresholds()) return;
+  const SourceFile thresholdsFile(thresholdsName);
+  thresholdsPath_ = thresholdsFile.Path();
+  if (mainFile.IsSameFileAs(thresholdsFile)) {
+    throw Failure(mainFile.Shown() + QStringLiteral(": cannot be main and thresholds file at once"));
+  }
+}
+
+void Edit::Lock(const Deadline& deadline) {
+  db_ = std::make_unique<Sqlite>(mainPath_, copies_.ShownMain());
+  // Keys, triggers and conditions have their say on the copies.
+  db_->Execute("PRAGMA ignore_check_constraints = ON");
+  while (!TryLock()) {
+    if (!deadline.Pause()) throw InUse(FindInUse());
+  }
+}
+
+bool Edit::TryLock() {
+  try {
+    const bool attached = sqlite3_db_filename(db_->Handle(), "thresholds") != nullptr;
+    if (copies_.HasThresholds() && !attached) db_->Attach(thresholdsPath_, "thresholds");
+    SetRollbackJournal("main", &mainHasLog_);
+    db_->Execute("PRAGMA main.synchronous = EXTRA");
+    if (copies_.HasThresholds()) {
+      SetRollbackJournal("thresholds", &thresholdsHaveLog_);
+      db_->Execute("PRAGMA thresholds.synchronous = EXTRA");
+    }
+    db_->Execute("BEGIN EXCLUSIVE");
+    return true;
+  } catch (const InUse&) {
+    return false;
+  }
+}
+
+/// Which of the two files it was that could not be locked. Asked once nothing more is to be locked.
+QString Edit::FindInUse() const {
+  const bool both = copies_.HasThresholds();
+  return both && !SourceFile::IsLockedByOthers(mainPath_) ? copies_.ShownThresholds() : copies_.ShownMain();
+}
+
+// The lock that goes with exclusive mode is kept until a transaction ends, so nobody comes in between.
+void Edit::SetRollbackJournal(const char* schema, bool* hasLog) const {
+  const QByteArray pragma = QByteArray("PRAGMA ") + schema + '.';
+  if (JournalMode(*db_, pragma + "journal_mode") != "wal") return;
+  db_->Execute(pragma + "locking_mode = EXCLUSIVE");
+  const QByteArray mode = JournalMode(*db_, pragma + "journal_mode = DELETE");
+  db_->Execute(pragma + "locking_mode = NORMAL");
+  if (mode != "delete") throw InUse(QString());
+  *hasLog = true;
+}
+
+void Edit::RequireWritable() const {
+  for (const char* schema : {"main", "thresholds"}) {
+    if (sqlite3_db_readonly(db_->Handle(), schema) != 1) continue;
+    throw Failure((qstrcmp(schema, "main") == 0 ? copies_.ShownMain() : copies_.ShownThresholds()) +
+                  QStringLiteral(": cannot be written; both files are as they were"));
+  }
+}
+
+void Edit::RemoveLeftovers() const {
+  RemoveIfBegun(mainPath_ + "-journal");
+  if (copies_.HasThresholds()) RemoveIfBegun(thresholdsPath_ + "-journal");
+  glob_t found{};
+  if (glob((EscapedForPattern(mainPath_) + "-mj?????????").constData(), GLOB_NOSORT, nullptr, &found) == 0) {
+    for (std::size_t number = 0; number < found.gl_pathc; ++number) RemoveIfAbandoned(found.gl_pathv[number]);
+  }
+  globfree(&found);
+  NewFile::RemoveLeftovers(mainPath_);
+  if (copies_.HasThresholds()) NewFile::RemoveLeftovers(thresholdsPath_);
+}
+
+void Edit::CopyLocked(const char* schema, const QByteArray& target) const {
+  sqlite3_file* const file = FileOf(*db_, schema);
+  sqlite3_int64 size = 0;
+  int result = file->pMethods->xFileSize(file, &size);
+  const Descriptor copy(target, O_RDWR | O_CREAT | O_TRUNC, 0600);
+  if (!copy.IsOpen()) FailWithErrno(target);
+  constexpr sqlite3_int64 BlockSize = 1 << 20;
+  QByteArray block(int(BlockSize), Qt::Uninitialized);
+  for (sqlite3_int64 at = 0; result == SQLITE_OK && at < size; at += BlockSize) {
+    const int count = int(std::min(BlockSize, size - at));
+    result = file->pMethods->xRead(file, block.data(), count, at);
+    if (result == SQLITE_OK) WriteAll(copy.Number(), block.constData(), count, target);
+  }
+  if (result == SQLITE_OK) return;
+  throw Failure((qstrcmp(schema, "main") == 0 ? copies_.ShownMain() : copies_.ShownThresholds()) +
+                QStringLiteral(": cannot be read: ") + QString::fromUtf8(sqlite3_errstr(result)));
+}
+
+void Edit::LookAtCopies(Files files) {
+  copies_.Open();
+  if (files == Files::AsTheyAre) return;
+  if (copies_.RequireVersion() != CurrentSchemaVersion) {
+    throw Failure(copies_.ShownMain() + QStringLiteral(": is of version ") +
+                  QString::number(copies_.Version()) +
+                  QStringLiteral("; 'tarnbeam-db migrate' brings it to version ") +
+                  QString::number(CurrentSchemaVersion));
+  }
+  copies_.RequireShape();
+  copies_.RequireBelonging();
+}
+
+void Edit::Commit() {
+  try {
+    copies_.RequireSoundCopies();
+    db_->Attach(copies_.MainPath(), "wanted_main");
+    if (copies_.HasThresholds()) db_->Attach(copies_.ThresholdsPath(), "wanted_thresholds");
+    mainCounter_ = ChangeCounter(*db_, "main");
+    if (copies_.HasThresholds()) thresholdsCounter_ = ChangeCounter(*db_, "thresholds");
+    ForBoth(
+        [this](const QByteArray& wanted, const QByteArray& file) { RowChanges::Apply(*db_, wanted, file); });
+    RequireEqual(*db_);
+    db_->Execute("COMMIT");
+  } catch (const Failure& failure) {
+    throw Failure(QString::fromUtf8(failure.what()) + QStringLiteral("; both files are as they were"),
+                  failure.ExitStatus());
+  }
+  Release();
+  ReadBack();
+}
+
+template <typename Work>
+void Edit::ForBoth(Work work) const {
+  work("wanted_main", "main");
+  if (copies_.HasThresholds()) work("wanted_thresholds", "thresholds");
+}
+
+void Edit::RequireEqual(const Sqlite& db) const {
+  ForBoth([&](const QByteArray& wanted, const QByteArray& file) {
+    if (RowChanges::AreEqual(db, wanted, file)) return;
+    throw Failure((file == "main" ? copies_.ShownMain() : copies_.ShownThresholds()) +
+                  QStringLiteral(": does not take what is written to it"));
+  });
+}
+
+/// Over a connection of its own, so that the files are read and not what the first one remembers.
+void Edit::ReadBack() const {
+  const Deadline patience(ReadBackSeconds);
+  for (;;) {
+    try {
+      const Sqlite db(mainPath_, copies_.ShownMain());
+      if (copies_.HasThresholds()) db.Attach(thresholdsPath_, "thresholds");
+      db.Attach(copies_.MainPath(), "wanted_main");
+      if (copies_.HasThresholds()) db.Attach(copies_.ThresholdsPath(), "wanted_thresholds");
+      db.Execute("BEGIN");
+      bool othersCameIn = false;
+      ForBoth([&](const QByteArray& /*wanted*/, const QByteArray& file) {
+        db.Number("SELECT count(*) FROM " + file + ".sqlite_schema");
+        const quint32 before = file == "main" ? mainCounter_ : thresholdsCounter_;
+        if (ChangeCounter(db, file.constData()) - before > ChangesOfOurs) othersCameIn = true;
+      });
+      // What another program made of the files since is its own.
+      if (!othersCameIn) RequireEqual(db);
+      return;
+    } catch (const InUse&) {
+      if (patience.Pause()) continue;
+      Console::Message(
+          copies_.ShownMain() +
+          QStringLiteral(": was changed, but is in use by another program and was not read back"));
+      return;
+    }
+  }
+}
+
+void Edit::Release() {
+  if (db_ == nullptr) return;
+  sqlite3* const db = db_->Handle();
+  if (sqlite3_get_autocommit(db) == 0) sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
+  // Where another program is quicker the file keeps its rollback journal.
+  if (mainHasLog_) sqlite3_exec(db, "PRAGMA main.journal_mode = WAL", nullptr, nullptr, nullptr);
+  if (thresholdsHaveLog_) sqlite3_exec(db, "PRAGMA thresholds.journal_mode = WAL", nullptr, nullptr, nullptr);
+  db_.reset();
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <functional>
+#include <vector>
+
+#include "tool/pair/PrivatePair.h"
+
+/// What was found by one rule in one of the files.
+struct Finding {
+  enum class Severity {
+    None,
+    Skipped,  ///< Not looked at, since the file is damaged or has not its tables.
+    Note,     ///< What normal work leaves.
+    Warning,
+    Error
+  };
+  bool inMain = true;
+  QString shownFile;
+  QString rule;
+  Severity severity = Severity::None;
+  qint64 count = 0;
+  /// What it is about, the first of them.
+  QStringList keys;
+};
+
+/// Looks private copies over by every rule there is.
+class FileCheck {
+ public:
+  explicit FileCheck(PrivatePair* files);
+
+  const std::vector<Finding>& Findings() const { return findings_; }
+  Finding::Severity Worst() const;
+  /// 0 where there is none to be read.
+  qint64 Version() const { return version_; }
+
+ private:
+  struct Rule;
+  /// Files that a rule is about; it is looked at where these are sound.
+  enum class About { Main, Thresholds };
+
+  void Add(About file, const char* rule, Finding::Severity severity, const QStringList& found);
+  /// Calls `look`; what it cannot read is an error, too.
+  void Look(About file, const char* rule, Finding::Severity severity,
+            const std::function<QStringList()>& look);
+  void Skip(About file, const char* rule);
+  void LookAtMain();
+  void LookAtThresholds();
+  void LookAtPair();
+  bool LookAtFile(About file);
+  bool LookAtSchema(About file, const Sqlite& db, const QByteArray& freshPath);
+  void LookByRules(About file, const Sqlite* db, const std::vector<Rule>& rules);
+  bool IsConverted() const;
+
+  PrivatePair* const files_;
+  std::vector<Finding> findings_;
+  qint64 version_ = 0;
+  bool mainIsSound_ = false;
+  bool thresholdsAreSound_ = false;
+};

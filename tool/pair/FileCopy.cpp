@@ -1,0 +1,55 @@
+#include "tool/pair/FileCopy.h"
+
+#include <cerrno>
+#include <vector>
+
+#include "tool/Console.h"
+#include "tool/FileName.h"
+
+void WriteAll(int descriptor, const char* content, qint64 size, const QByteArray& target) {
+  while (size > 0) {
+    const ssize_t count = write(descriptor, content, static_cast<std::size_t>(size));
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) FailWithErrno(target);
+    content += count;
+    size -= count;
+  }
+}
+
+void FailWithErrno(const QString& shown) {
+  throw Failure(shown + QStringLiteral(": ") + FileName::SystemError(errno));
+}
+
+void FailWithErrno(const QByteArray& path) { FailWithErrno(FileName::Shown(FileName::FromBytes(path))); }
+
+void CopyContent(int from, const QString& shown, int to, const QByteArray& target) {
+  constexpr std::size_t BlockSize = 1 << 20;
+  std::vector<char> block(BlockSize);
+  for (off_t at = 0;;) {
+    const ssize_t count = pread(from, block.data(), block.size(), at);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) FailWithErrno(shown);
+    if (count == 0) return;
+    WriteAll(to, block.data(), count, target);
+    at += count;
+  }
+}
+
+void CopyFile(const QByteArray& from, const QByteArray& target) {
+  const Descriptor source(from, O_RDONLY);
+  if (!source.IsOpen()) FailWithErrno(from);
+  const Descriptor copy(target, O_RDWR | O_CREAT | O_TRUNC, 0600);
+  if (!copy.IsOpen()) FailWithErrno(target);
+  CopyContent(source.Number(), FileName::Shown(FileName::FromBytes(from)), copy.Number(), target);
+}
+
+void Sync(const QByteArray& path) {
+  const Descriptor file(path, O_RDONLY);
+  if (!file.IsOpen() || fsync(file.Number()) != 0) FailWithErrno(path);
+}
+
+QByteArray FolderOf(const QByteArray& path) {
+  const int slash = path.lastIndexOf('/');
+  if (slash < 0) return ".";
+  return slash == 0 ? QByteArray("/") : path.left(slash);
+}

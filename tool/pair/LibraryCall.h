@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+#include "core/OperationGuard.h"
+#include "tool/Console.h"
+
+/// A stretch of calls of the library that is watched: what goes wrong in it is told, and it comes to an end.
+class LibraryCall {
+ public:
+  LibraryCall() : guard_({FailedSteps, Milliseconds}) {}
+
+  /// Throws a Failure with the message, and what the library met, unless all went well so far.
+  void RequireSuccess(bool result, const QString& message);
+
+ private:
+  static constexpr int FailedSteps = 5;
+  /// Of one call. Files were looked over before, so this is for what nobody thought of.
+  static constexpr int Milliseconds = 120'000;
+
+  OperationGuard guard_;
+};

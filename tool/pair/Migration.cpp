@@ -1,0 +1,161 @@
+#include "tool/pair/Migration.h"
+
+#include <QElapsedTimer>
+#include <memory>
+
+#include "migration/AllConverters.h"
+#include "store/AllStores.h"
+#include "tool/Console.h"
+#include "tool/FileName.h"
+#include "tool/pair/Creation.h"
+#include "tool/pair/Edit.h"
+#include "tool/pair/LibraryCall.h"
+#include "tool/pair/NewFile.h"
+#include "tool/pair/Schema.h"
+#include "tool/pair/Versions.h"
+
+namespace {
+
+template <typename Converter>
+bool Convert(QString* path) {
+  return Converter().Convert(*path);
+}
+
+// The converter at index N - 1 starts from version N.
+constexpr auto Steps =
+    AllConverters::Table([](auto converter) { return &Convert<typename decltype(converter)::Type>; });
+static_assert(Steps.size() == CurrentSchemaVersion - 1, "a version without its converter");
+
+/// Tables whose rows all steps are to carry over.
+constexpr const char* KeptTables[] = {"AntennaAlignment", "PathAlignment", "Preferences",
+                                      "SiteScreenContents", "PathScreenContents"};
+
+class Conversion {
+ public:
+  Conversion(PrivatePair* copies, bool acceptLosses) : copies_(copies), acceptLosses_(acceptLosses) {}
+
+  /// What was done, a line a step.
+  QString Run() {
+    TakeOutSurplus();
+    const QVector<qint64> before = Counts();
+    const unsigned int from = copies_->Version();
+    copies_->Close();
+    QString lines;
+    for (unsigned int version = from; version < CurrentSchemaVersion; ++version) lines += RunStep(version);
+    copies_->Open();
+    copies_->RequireVersion();
+    copies_->RequireShape();
+    RequireRows(before);
+    return lines;
+  }
+
+ private:
+  void Lose(const QStringList& losses) const {
+    if (losses.isEmpty() || acceptLosses_) return;
+    throw Failure(copies_->ShownMain() + QStringLiteral(": the conversion would lose ") +
+                  Console::Printable(losses.join(QStringLiteral(", "))) +
+                  QStringLiteral("; nothing was changed. --accept-losses goes on without"));
+  }
+
+  void TakeOutSurplus() const {
+    const Sqlite fresh(copies_->FreshMainPath(), copies_->ShownMain());
+    const Schema::Surplus surplus = Schema::SurplusOf(copies_->Db(), fresh);
+    Lose(surplus.shown);
+    for (const QByteArray& removal : surplus.removals) copies_->Db().Execute(removal);
+  }
+
+  QVector<qint64> Counts() const {
+    QVector<qint64> counts;
+    for (const char* table : KeptTables) {
+      counts.append(copies_->Db().Number(QByteArray("SELECT count(*) FROM main.") + table));
+    }
+    return counts;
+  }
+
+  QString RunStep(unsigned int version) const {
+    QElapsedTimer timer;
+    timer.start();
+    const QString step = QStringLiteral("version ") + QString::number(version) + QStringLiteral(" to ") +
+                         QString::number(version + 1);
+    QString path = QString::fromLocal8Bit(copies_->MainPath());
+    LibraryCall call;
+    const bool converted = Steps.at(version - 1)(&path);
+    if (!converted) {
+      call.RequireSuccess(false,
+                          copies_->ShownMain() + QStringLiteral(": ") + step +
+                              QStringLiteral(" could not be done; the file is as it was. Conversions work "
+                                             "through /opt/tarnbeam/database/TemporaryDB.sqlite: that folder "
+                                             "must exist and be writable."));
+    }
+    if (!acceptLosses_) {
+      call.RequireSuccess(
+          true, copies_->ShownMain() + QStringLiteral(": ") + step +
+                    QStringLiteral(" would lose something; nothing was changed. --accept-losses goes "
+                                   "on without"));
+    }
+    return step + QStringLiteral(": ") + QString::number(timer.elapsed()) + QStringLiteral(" ms\n");
+  }
+
+  void RequireRows(const QVector<qint64>& before) const {
+    const QVector<qint64> after = Counts();
+    QStringList losses;
+    for (int at = 0; at < after.size(); ++at) {
+      if (after.at(at) >= before.at(at)) continue;
+      losses.append(Console::Counted(before.at(at) - after.at(at), QStringLiteral("row")) +
+                    QStringLiteral(" of ") + QLatin1String(KeptTables[at]));
+    }
+    Lose(losses);
+  }
+
+  PrivatePair* const copies_;
+  const bool acceptLosses_;
+};
+
+/// Placed at once: should the run be killed before the main file is changed, the next one goes on from there.
+std::unique_ptr<NewFile> MakeThresholds(const PrivatePair& copies, const QString& name,
+                                        const Deadline& deadline) {
+  if (name.isEmpty()) return nullptr;
+  if (FileExists(name)) {
+    RequireThresholdsFile(name, deadline);
+    return nullptr;
+  }
+  NewFile::RemoveLeftovers(FileName::ToBytes(name));
+  auto file = std::make_unique<NewFile>(copies.FreshThresholdsPath(), name);
+  file->Place();
+  return file;
+}
+
+}  // namespace
+
+namespace Migration {
+
+void Run(const QString& mainName, const QString& thresholdsName, const Choices& choices,
+         const Deadline& deadline) {
+  Edit edit(mainName, QString(), deadline, Edit::Files::AsTheyAre);
+  PrivatePair& copies = edit.Copies();
+  const bool isCurrent = copies.RequireVersion() == CurrentSchemaVersion;
+  copies.RequireShape();
+  QString lines;
+  if (isCurrent) {
+    lines = copies.ShownMain() + QStringLiteral(" is of version ") + QString::number(CurrentSchemaVersion) +
+            QStringLiteral(" already\n");
+  } else {
+    if (!choices.backup.isEmpty()) {
+      NewFile backup(copies.MainPath(), choices.backup);
+      backup.Place();
+      lines += QStringLiteral("copied to ") + backup.Shown() + QLatin1Char('\n');
+    }
+    lines += Conversion(&copies, choices.acceptLosses).Run();
+  }
+  const std::unique_ptr<NewFile> thresholds = MakeThresholds(copies, thresholdsName, deadline);
+  try {
+    if (!isCurrent) edit.Commit();
+  } catch (...) {
+    if (thresholds) thresholds->TakeBack();
+    throw;
+  }
+  if (thresholds) lines += QStringLiteral("created ") + thresholds->Shown() + QLatin1Char('\n');
+  Console::Print(lines);
+}
+
+}  // namespace Migration

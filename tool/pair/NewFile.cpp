@@ -1,0 +1,88 @@
+#include "tool/pair/NewFile.h"
+
+#include <fcntl.h>
+#include <glob.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "tool/Console.h"
+#include "tool/FileName.h"
+#include "tool/pair/FileCopy.h"
+
+namespace {
+
+/// What a program that simply makes a file gives it.
+mode_t OrdinaryMode() {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return 0666 & ~mask;
+}
+
+/// Never over another file, also where one comes to stand there meanwhile.
+bool MoveToFreePlace(const QByteArray& from, const QByteArray& to) {
+  if (renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0) return true;
+  if (errno != EINVAL && errno != ENOSYS) return false;
+  if (link(from.constData(), to.constData()) != 0) return false;
+  unlink(from.constData());
+  return true;
+}
+
+}  // namespace
+
+NewFile::NewFile(const QByteArray& content, const QString& name)
+    : shown_(FileName::Shown(name)), path_(FileName::ToBytes(name)) {
+  beside_ = path_ + ".creating-XXXXXX";
+  descriptor_ = mkostemp(beside_.data(), O_CLOEXEC);
+  if (descriptor_ < 0) FailWithErrno(shown_);
+  try {
+    // Held as long as the run lives: what nobody holds was left by one that was killed.
+    flock(descriptor_, LOCK_EX | LOCK_NB);
+    const Descriptor source(content, O_RDONLY);
+    if (!source.IsOpen()) FailWithErrno(content);
+    CopyContent(source.Number(), shown_, descriptor_, path_);
+    if (fchmod(descriptor_, OrdinaryMode()) != 0 || fsync(descriptor_) != 0) FailWithErrno(shown_);
+  } catch (...) {
+    unlink(beside_.constData());
+    close(descriptor_);
+    throw;
+  }
+}
+
+NewFile::~NewFile() {
+  if (!beside_.isEmpty()) unlink(beside_.constData());
+  close(descriptor_);
+}
+
+void NewFile::Place() {
+  if (!MoveToFreePlace(beside_, path_)) FailWithErrno(shown_);
+  beside_.clear();
+  Sync(FolderOf(path_));
+}
+
+void NewFile::TakeBack() { unlink(path_.constData()); }
+
+void NewFile::RemoveLeftovers(const QByteArray& path) {
+  glob_t found{};
+  if (glob((EscapedForPattern(path) + ".creating-??????").constData(), GLOB_NOSORT, nullptr, &found) == 0) {
+    for (std::size_t number = 0; number < found.gl_pathc; ++number) {
+      const Descriptor left(found.gl_pathv[number], O_RDONLY | O_NOFOLLOW);
+      if (left.IsOpen() && flock(left.Number(), LOCK_EX | LOCK_NB) == 0) unlink(found.gl_pathv[number]);
+    }
+  }
+  globfree(&found);
+}
+
+QByteArray EscapedForPattern(const QByteArray& path) {
+  QByteArray pattern;
+  for (const char character : path) {
+    if (std::strchr("\\*?[", character) != nullptr) pattern += '\\';
+    pattern += character;
+  }
+  return pattern;
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+/// A file that is to stand where none does. It is written whole beside its place, under a name of its own
+/// (NAME.creating-XXXXXX), and then moved there, so at its place it is complete or absent.
+class NewFile {
+ public:
+  /// Copies the content and syncs it. Throws a Failure, and leaves nothing.
+  NewFile(const QByteArray& content, const QString& name);
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+  ~NewFile();
+
+  const QString& Shown() const { return shown_; }
+
+  /// Never over another file.
+  void Place();
+  /// Takes away what was placed.
+  void TakeBack();
+
+  /// Removes what killed runs left beside a place.
+  static void RemoveLeftovers(const QByteArray& path);
+
+ private:
+  QString shown_;
+  QByteArray path_;
+  QByteArray beside_;
+  int descriptor_ = -1;
+};
+
+/// A path with nothing in it that a pattern of names would take for more than itself.
+QByteArray EscapedForPattern(const QByteArray& path);

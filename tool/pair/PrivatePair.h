@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QString>
+#include <memory>
+
+#include "tool/pair/PrivateFolder.h"
+#include "tool/pair/Sqlite.h"
+
+class IAlignmentDatabase;
+
+/// Private copies of the two files, or of the main file alone. What they hold is looked over before anything
+/// is read through the library, which neither comes to an end in damaged files nor tells what it met there.
+class PrivatePair {
+ public:
+  /// The names are those of the files copied, for messages; without thresholds file the second is empty.
+  PrivatePair(QString shownMain, QString shownThresholds);
+
+  bool HasThresholds() const { return !shownThresholds_.isEmpty(); }
+  const QString& ShownMain() const { return shownMain_; }
+  const QString& ShownThresholds() const { return shownThresholds_; }
+  /// Where the copies are to be put.
+  QByteArray MainPath() const { return folder_.Path(PrivateFolder::Name::Main); }
+  QByteArray ThresholdsPath() const { return folder_.Path(PrivateFolder::Name::Thresholds); }
+  /// New files of a version, to compare with.
+  void MakeFresh(unsigned int version) const;
+  QByteArray FreshMainPath() const { return folder_.Path(PrivateFolder::Name::FreshMain); }
+  QByteArray FreshThresholdsPath() const { return folder_.Path(PrivateFolder::Name::FreshThresholds); }
+  const PrivateFolder& Folder() const { return folder_; }
+
+  /// Once the copies stand: applies what was left beside the files, opens them, and throws a Failure (4) for
+  /// damage and for what is no database.
+  void Open();
+  /// For one who replaces the copies; Open() again afterwards.
+  void Close() { db_.reset(); }
+  /// Goes through all pages of both.
+  void RequireSoundCopies() const;
+  /// The same for a main file without version, and a version that is not known.
+  unsigned int RequireVersion();
+  /// The same unless both have the tables and columns that their version's have.
+  void RequireShape();
+  /// All of these; and whether a thresholds file was given has to go with the version (else WrongUsage).
+  void RequirePair();
+  /// The same where rows of the thresholds file contradict the main file's, and not one agrees.
+  void RequireBelonging() const;
+
+  /// The main file, with the thresholds file attached under that name.
+  const Sqlite& Db() const { return *db_; }
+  /// Of a pair that was looked over.
+  unsigned int Version() const { return version_; }
+  /// The library's store over the copies.
+  std::shared_ptr<IAlignmentDatabase> Store() const;
+
+ private:
+  void RequireShapeOf(const char* schema, const QByteArray& freshPath, const QString& shown) const;
+
+  const QString shownMain_;
+  const QString shownThresholds_;
+  PrivateFolder folder_;
+  std::unique_ptr<Sqlite> db_;
+  unsigned int version_ = 0;
+};

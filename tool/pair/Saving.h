@@ -1,0 +1,30 @@
+#pragma once
+
+#include <array>
+
+#include "tool/Alignment.h"
+#include "tool/pair/Edit.h"
+#include "tool/pair/LibraryCall.h"
+
+/// Saves alignments through the library into the private copies of an edit.
+class Saving {
+ public:
+  explicit Saving(Edit* edit);
+  /// Throws a Failure that begins with `what` unless all went well.
+  void Save(const Alignment& alignment, const QString& what);
+  /// Throws a Failure unless every row that the saves should have made is there: a trigger can do away with
+  /// one without anybody noticing.
+  void RequireAllKept();
+
+ private:
+  static constexpr std::size_t TableCount = 7;
+  using Counts = std::array<qint64, TableCount>;
+  Counts Count() const;
+
+  Edit* const edit_;
+  const std::shared_ptr<IAlignmentDatabase> store_;
+  const Counts before_;
+  qint64 sites_ = 0;
+  qint64 paths_ = 0;
+  LibraryCall call_;
+};

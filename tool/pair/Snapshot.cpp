@@ -1,0 +1,132 @@
+#include "tool/pair/Snapshot.h"
+
+#include <QHash>
+#include <limits>
+
+#include "store/IAlignmentDatabase.h"
+#include "tool/Console.h"
+#include "tool/FileName.h"
+#include "tool/pair/Belonging.h"
+#include "tool/pair/LibraryCall.h"
+#include "tool/pair/ReportReading.h"
+#include "tool/pair/SourceFile.h"
+
+namespace {
+
+QString ShownOrEmpty(const QString& name) { return name.isEmpty() ? QString() : FileName::Shown(name); }
+
+/// Heights by GPS have another number in earlier versions.
+HeightSource SourceIn(unsigned int version, HeightSource source) {
+  constexpr unsigned int LastWithOldNumber = 5;
+  const bool isOldGps = version <= LastWithOldNumber && source == static_cast<HeightSource>(1);
+  return isOldGps ? HeightSource::Gps : source;
+}
+
+Reports ReportsOf(unsigned int version, const Snapshot::Summary& summary, std::vector<Alignment> alignments) {
+  Reports reports;
+  reports.kind = summary.kind;
+  reports.identifier = summary.identifier;
+  reports.pdfName = ReportReading::PdfName(summary.kind, summary.identifier);
+  reports.alignments = std::move(alignments);
+  int index = 0;
+  for (Alignment& alignment : reports.alignments) {
+    alignment.identifier = summary.identifier;
+    alignment.index = index++;
+    alignment.heightSource = SourceIn(version, alignment.heightSource);
+  }
+  return reports;
+}
+
+}  // namespace
+
+Snapshot::Snapshot(const QString& mainName, const QString& thresholdsName, const Deadline& deadline,
+                   Look look)
+    : files_(FileName::Shown(mainName), ShownOrEmpty(thresholdsName)) {
+  {
+    SourceFile mainFile(mainName);
+    std::unique_ptr<SourceFile> thresholdsFile;
+    if (files_.HasThresholds()) thresholdsFile = std::make_unique<SourceFile>(thresholdsName);
+    if (thresholdsFile && mainFile.IsSameFileAs(*thresholdsFile)) {
+      throw Failure(mainFile.Shown() + QStringLiteral(": cannot be main and thresholds file at once"));
+    }
+    CopyTogether(&mainFile, files_.MainPath(), thresholdsFile.get(), files_.ThresholdsPath(), deadline);
+  }
+  if (look == Look::Pair) files_.RequirePair();
+  if (look == Look::Version) {
+    files_.Open();
+    files_.RequireVersion();
+  }
+}
+
+std::vector<Snapshot::Summary> Snapshot::SummariesOf(Kind kind) const {
+  const Belonging::Tables& tables = Belonging::Of(kind);
+  struct Count {
+    qint64 reports = 0;
+    qint64 lastMeasured = 0;
+  };
+  QHash<qint64, Count> counts;
+  // Times are unsigned numbers of 32 bits that may be stored as signed ones; all bits set means no time.
+  Sqlite::Rows counted = files_.Db().Select(QByteArray("SELECT ") + tables.ownerKey +
+                                            ", count(*), max(CASE LinuxTimeUTC & 4294967295 WHEN 4294967295 "
+                                            "THEN NULL ELSE LinuxTimeUTC & 4294967295 "
+                                            "END) FROM main." +
+                                            tables.alignments + " GROUP BY 1");
+  while (counted.Next()) {
+    counts.insert(counted.Int(0), {counted.Int(1), counted.IsNull(2) ? -1 : counted.Int(2)});
+  }
+  std::vector<Summary> summaries;
+  Sqlite::Rows owners = files_.Db().Select(QByteArray("SELECT ") + tables.ownerKey + ", " + tables.ownerName +
+                                           " FROM main." + tables.owners + " ORDER BY 1");
+  while (owners.Next()) {
+    const Count count = counts.value(owners.Int(0));
+    QDateTime last;
+    if (count.reports > 0 && count.lastMeasured >= 0) {
+      last = QDateTime::fromSecsSinceEpoch(count.lastMeasured, Qt::UTC);
+    }
+    summaries.push_back({kind, owners.Int(0), owners.Text(1), count.reports, last});
+  }
+  return summaries;
+}
+
+std::vector<Snapshot::Summary> Snapshot::Summaries() const {
+  std::vector<Summary> summaries = SummariesOf(Kind::Site);
+  const std::vector<Summary> paths = SummariesOf(Kind::Path);
+  summaries.insert(summaries.end(), paths.begin(), paths.end());
+  return summaries;
+}
+
+std::vector<Reports> Snapshot::ReadAll() const {
+  ReportReading::RequireNumbers(files_);
+  std::vector<Reports> all;
+  for (const Kind kind : {Kind::Site, Kind::Path}) {
+    auto byOwner = ReportReading::Read(files_, kind, nullptr);
+    for (const Summary& summary : SummariesOf(kind)) {
+      all.push_back(ReportsOf(Version(), summary, std::move(byOwner[summary.key])));
+    }
+  }
+  return all;
+}
+
+Snapshot::Summary Snapshot::Find(Kind kind, const QString& identifier) const {
+  for (const Summary& summary : SummariesOf(kind)) {
+    if (summary.identifier == identifier) return summary;
+  }
+  throw Failure(files_.ShownMain() + QStringLiteral(": there is no ") + KindName(kind) + QLatin1Char(' ') +
+                Console::Printable(identifier));
+}
+
+qint64 Snapshot::KeyOf(Kind kind, const QString& identifier) const { return Find(kind, identifier).key; }
+
+Reports Snapshot::ReadOne(Kind kind, const QString& identifier) const {
+  ReportReading::RequireNumbers(files_);
+  const Summary summary = Find(kind, identifier);
+  auto byOwner = ReportReading::Read(files_, kind, &summary.key);
+  return ReportsOf(Version(), summary, std::move(byOwner[summary.key]));
+}
+
+bool Snapshot::RestorePreferences(IPreferencesModel* model) const {
+  LibraryCall call;
+  const bool restored = files_.Store()->RestorePreferences(model);
+  call.RequireSuccess(true, files_.ShownMain() + QStringLiteral(": the preferences cannot be read"));
+  return restored;
+}

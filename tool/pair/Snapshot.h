@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <vector>
+
+#include "tool/Alignment.h"
+#include "tool/pair/Deadline.h"
+#include "tool/pair/PrivatePair.h"
+
+class IPreferencesModel;
+
+/// The state of a pair, or of a main file alone, at one moment. The files themselves are not touched, and
+/// nothing is made beside them.
+class Snapshot {
+ public:
+  /// How much of it is looked over beforehand; each throws a Failure (4) for what is not as it has to be.
+  enum class Look { AsItIs, Version, Pair };
+
+  /// Of a main file without thresholds file the second name is empty.
+  Snapshot(const QString& mainName, const QString& thresholdsName, const Deadline& deadline,
+           Look look = Look::Pair);
+
+  PrivatePair& Files() { return files_; }
+  const PrivatePair& Files() const { return files_; }
+  unsigned int Version() const { return files_.Version(); }
+
+  /// A site or path and how much there is of it.
+  struct Summary {
+    Kind kind = Kind::Site;
+    qint64 key = 0;
+    QString identifier;
+    qint64 reports = 0;
+    /// Invalid where there are no reports.
+    QDateTime lastMeasured;
+  };
+  /// Of all sites, then all paths, in the order of the file.
+  std::vector<Summary> Summaries() const;
+
+  /// The key of a site or path; fails for an identifier that is not stored.
+  qint64 KeyOf(Kind kind, const QString& identifier) const;
+
+  /// All alignments, through the library; with values that are no finite numbers a Failure (4).
+  std::vector<Reports> ReadAll() const;
+  /// Of one site or path; fails for an identifier that is not stored.
+  Reports ReadOne(Kind kind, const QString& identifier) const;
+
+  /// False where none are stored.
+  bool RestorePreferences(IPreferencesModel* model) const;
+
+ private:
+  std::vector<Summary> SummariesOf(Kind kind) const;
+  Summary Find(Kind kind, const QString& identifier) const;
+
+  PrivatePair files_;
+};

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <QByteArray>
+#include <QString>
+
+#include "tool/pair/Deadline.h"
+
+/// A database file of the user's while it is copied. It is opened for reading alone, under the shared locks
+/// that SQLite itself takes, so nothing is ever written to it or beside it. A journal or write-ahead log that
+/// goes with it is copied too, for SQLite to apply to the copy.
+class SourceFile {
+ public:
+  /// Throws a Failure where there is no file, no database, or nothing that can be read.
+  explicit SourceFile(const QString& name);
+  SourceFile(const SourceFile&) = delete;
+  SourceFile& operator=(const SourceFile&) = delete;
+  ~SourceFile();
+
+  const QString& Shown() const { return shown_; }
+  /// Absolute, links resolved: journals stand beside it.
+  const QByteArray& Path() const { return path_; }
+  bool IsSameFileAs(const SourceFile& other) const;
+
+  /// False while another program has the file exclusively.
+  bool TryLock();
+  void Unlock();
+
+  /// Whether another program has any lock on the file. Gives up those that this one has.
+  static bool IsLockedByOthers(const QByteArray& path);
+
+  /// Whether the change that a journal beside the file belongs to is still to be undone. Asked of all files
+  /// under their locks, before one of them is copied.
+  void LookAtJournal();
+
+  /// Copies all that belongs to the file. False where a program that writes to the write-ahead log came
+  /// between: then the copy is to be made again.
+  bool Copy(const QByteArray& target);
+
+ private:
+  bool LockBytes(short type, off_t from, off_t length) const;
+  QByteArray SuperJournal(int journal, off_t size) const;
+  bool LockLog();
+
+  QString shown_;
+  QByteArray path_;
+  int descriptor_ = -1;
+  int logIndex_ = -1;
+  bool rollsBack_ = false;
+  bool namesSuperJournal_ = false;
+};
+
+/// Copies of one or two files that stand for one moment.
+void CopyTogether(SourceFile* mainFile, const QByteArray& mainTarget, SourceFile* thresholdsFile,
+                  const QByteArray& thresholdsTarget, const Deadline& deadline);
