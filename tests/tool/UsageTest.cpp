@@ -29,7 +29,11 @@ INSTANTIATE_TEST_SUITE_P(
         Misuse{{"check", "m", "t", "x"}, "x is one too many"}, Misuse{{"version"}, "MAIN is missing"},
         Misuse{{"migrate", "m", "t", "b"}, "b is one too many"},
         Misuse{{"migrate", "m", "--backup"}, "Missing value after '--backup'."},
-        Misuse{{"export"}, "MAIN is missing"}, Misuse{{"preferences"}, "MAIN is missing"},
+        Misuse{{"backup"}, "MAIN is missing"}, Misuse{{"backup", "m"}, "FOLDER is missing"},
+        Misuse{{"backup", "m", "t", "b", "x"}, "x is one too many"}, Misuse{{"restore"}, "FOLDER is missing"},
+        Misuse{{"restore", "b"}, "MAIN is missing"},
+        Misuse{{"restore", "b", "m", "t", "x"}, "x is one too many"}, Misuse{{"export"}, "MAIN is missing"},
+        Misuse{{"preferences"}, "MAIN is missing"},
         Misuse{{"list", "m", "t", "--site", "S"}, "Unknown option 'site'."},
         Misuse{{"report", "m", "t"}, "either --site or --path has to be given"},
         Misuse{{"report", "m", "t", "--site", "S", "--path", "P"}, "either --site or --path has to be given"},
@@ -66,6 +70,8 @@ INSTANTIATE_TEST_SUITE_P(Usage, HelpTest,
                                          Help{"migrate", "migrate MAIN [THRESHOLDS] [options]"},
                                          Help{"check", "check MAIN [THRESHOLDS] [options]"},
                                          Help{"export", "export MAIN [THRESHOLDS] [options]"},
+                                         Help{"backup", "backup MAIN [THRESHOLDS] FOLDER [options]"},
+                                         Help{"restore", "restore FOLDER MAIN [THRESHOLDS] [options]"},
                                          Help{"preferences", "preferences MAIN [THRESHOLDS] [options]"}));
 
 using UsageTest = ToolTest;

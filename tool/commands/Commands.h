@@ -33,6 +33,7 @@ QCommandLineOption WaitOption();
 const std::vector<Command>& AllCommands();
 
 // One file each.
+Command BackupCommand();
 Command CheckCommand();
 Command CreateCommand();
 Command DeleteCommand();
@@ -43,4 +44,5 @@ Command MapCommand();
 Command MigrateCommand();
 Command PreferencesCommand();
 Command ReportCommand();
+Command RestoreCommand();
 Command VersionCommand();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <QByteArray>
 #include <QString>
 
@@ -30,5 +32,9 @@ class NewFile {
   int descriptor_ = -1;
 };
 
+/// What a program that simply makes a file gives it.
+mode_t OrdinaryMode();
+/// Never over another file, also where one comes to stand there meanwhile; else false, with errno.
+bool MoveToFreePlace(const QByteArray& from, const QByteArray& to);
 /// A path with nothing in it that a pattern of names would take for more than itself.
 QByteArray EscapedForPattern(const QByteArray& path);

@@ -51,6 +51,10 @@ class SourceFile {
   bool namesSuperJournal_ = false;
 };
 
+/// Takes every lock that SQLite has on a database file, so nobody reads or writes it; false while others do.
+/// It goes when the process closes the file, by whatever descriptor.
+bool LockExclusively(int descriptor, const QString& shown);
+
 /// Copies of one or two files that stand for one moment.
 void CopyTogether(SourceFile* mainFile, const QByteArray& mainTarget, SourceFile* thresholdsFile,
                   const QByteArray& thresholdsTarget, const Deadline& deadline);
