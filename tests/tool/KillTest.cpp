@@ -227,7 +227,8 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"Import", {"import", "m", "t", "more.json"}, nullptr},
         Change{"DeleteSite", {"delete", "m", "t", "--site", "S", "--yes"}, nullptr},
         Change{"DeleteReport", {"delete", "m", "t", "--path", "P", "--index", "0", "--yes"}, nullptr},
-        Change{"Restore", {"restore", "b", "m", "t", "--yes"}, nullptr}),
+        Change{"Restore", {"restore", "b", "m", "t", "--yes"}, nullptr},
+        Change{"Repair", {"repair", "m", "t"}, "INSERT INTO Sites VALUES (7, 'nobody refers to it')"}),
     [](const auto& test) { return std::string(test.param.name); });
 
 using KilledBackupTest = ToolTest;

@@ -72,6 +72,7 @@ INSTANTIATE_TEST_SUITE_P(Usage, HelpTest,
                                          Help{"export", "export MAIN [THRESHOLDS] [options]"},
                                          Help{"backup", "backup MAIN [THRESHOLDS] FOLDER [options]"},
                                          Help{"restore", "restore FOLDER MAIN [THRESHOLDS] [options]"},
+                                         Help{"repair", "repair MAIN THRESHOLDS [options]"},
                                          Help{"preferences", "preferences MAIN [THRESHOLDS] [options]"}));
 
 using UsageTest = ToolTest;

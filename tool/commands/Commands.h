@@ -43,6 +43,7 @@ Command ListCommand();
 Command MapCommand();
 Command MigrateCommand();
 Command PreferencesCommand();
+Command RepairCommand();
 Command ReportCommand();
 Command RestoreCommand();
 Command VersionCommand();

@@ -4,23 +4,14 @@
 #include <memory>
 
 #include "tool/Console.h"
-#include "tool/pair/Belonging.h"
 #include "tool/pair/ReportReading.h"
 #include "tool/pair/Schema.h"
 #include "tool/pair/Versions.h"
 
 using Severity = Finding::Severity;
 
-/// A query for the keys of rows that are not as they have to be.
-struct FileCheck::Rule {
-  const char* name;
-  Severity severity;
-  QByteArray sql;
-};
-
 namespace {
 
-constexpr char Integrity[] = "integrity errors";
 constexpr char ForeignKeys[] = "foreign key violations";
 constexpr char UnknownVersion[] = "unknown version";
 constexpr char Differences[] = "schema differences";
@@ -66,43 +57,6 @@ QStringList WrongTypes(const Sqlite& db) {
     }
   }
   return wrong;
-}
-
-/// Rows of a table that no alignment names in these columns.
-QByteArray Unused(const char* table, const char* key, const char* shown,
-                  std::initializer_list<std::pair<const char*, const char*>> users) {
-  QByteArray used;
-  for (const auto& [alignments, column] : users) {
-    used += (used.isEmpty() ? "SELECT " : " UNION SELECT ") + QByteArray(column) + " FROM " + alignments;
-  }
-  return QByteArray("SELECT ") + shown + " FROM " + table + " WHERE " + key + " NOT IN (" + used + ')';
-}
-
-const char* const Sites = "AntennaAlignment";
-const char* const Paths = "PathAlignment";
-
-QByteArray WithoutThresholds(Kind kind) {
-  const Belonging::Tables& tables = Belonging::Of(kind);
-  const QByteArray key = tables.alignmentKey;
-  return "SELECT " + key + " FROM main." + tables.alignments + " WHERE " + key + " NOT IN (" +
-         Belonging::Joined(kind, "t." + key) + "NOT (" + Belonging::Disagree(kind) + "))";
-}
-
-QByteArray WithoutAlignment(Kind kind) {
-  const Belonging::Tables& tables = Belonging::Of(kind);
-  const QByteArray key = tables.alignmentKey;
-  return "SELECT " + key + " FROM thresholds." + tables.thresholds + " WHERE " + key + " NOT IN (SELECT " +
-         key + " FROM main." + tables.alignments + ')';
-}
-
-QByteArray Doubled(Kind kind) {
-  return Belonging::Joined(kind, QByteArray("t.") + Belonging::Of(kind).alignmentKey) + "NOT (" +
-         Belonging::Disagree(kind) + ") GROUP BY 1 HAVING count(*) > 1";
-}
-
-QByteArray OfOthers(Kind kind) {
-  return Belonging::Joined(kind, QByteArray("t.") + Belonging::Of(kind).alignmentKey) +
-         Belonging::Disagree(kind);
 }
 
 }  // namespace
@@ -189,12 +143,12 @@ bool FileCheck::LookAtSchema(About file, const Sqlite& db, const QByteArray& fre
   return right;
 }
 
-void FileCheck::LookByRules(About file, const Sqlite* db, const std::vector<Rule>& rules) {
-  for (const Rule& rule : rules) {
+void FileCheck::LookByRules(About file, const Sqlite* db, const std::vector<CheckRule>& rules) {
+  for (const CheckRule& rule : rules) {
     if (db == nullptr) {
       Skip(file, rule.name);
     } else {
-      Look(file, rule.name, rule.severity, [&] { return Column(*db, rule.sql); });
+      Look(file, rule.name, rule.severity, [&] { return Column(*db, rule.find); });
     }
   }
 }
@@ -203,23 +157,7 @@ void FileCheck::LookAtMain() {
   mainIsSound_ = LookAtFile(About::Main);
   const std::unique_ptr<Sqlite> db =
       mainIsSound_ ? std::make_unique<Sqlite>(files_->MainPath(), files_->ShownMain()) : nullptr;
-  LookByRules(
-      About::Main, db.get(),
-      {{"sites that no alignment refers to", Severity::Warning,
-        Unused("Sites", "SiteKey", "SiteKey || ' ' || SiteIdentifier", {{Sites, "SiteKey"}})},
-       {"paths that no alignment refers to", Severity::Warning,
-        Unused("Paths", "PathKey", "PathKey || ' ' || PathIdentifier", {{Paths, "PathKey"}})},
-       {"orientations that no alignment refers to", Severity::Warning,
-        Unused("Orientation", "OrientationKey", "OrientationKey",
-               {{Sites, "TargetOrientationKey"},
-                {Sites, "MeasuredOrientationKey"},
-                {Paths, "TargetOrientationKey"},
-                {Paths, "MeasuredOrientationKey"}})},
-       {"locations that no alignment refers to", Severity::Warning,
-        Unused("Geolocation", "GeolocationKey", "GeolocationKey",
-               {{Sites, "LocationKey"}, {Paths, "LocationKey"}, {Paths, "PathLocationKey"}})},
-       {"heights that no alignment refers to", Severity::Warning,
-        Unused("Height", "HeightKey", "HeightKey", {{Sites, "SiteHeightKey"}, {Paths, "SiteHeightKey"}})}});
+  LookByRules(About::Main, db.get(), CheckRules::OfMain());
 }
 
 void FileCheck::LookAtThresholds() { thresholdsAreSound_ = LookAtFile(About::Thresholds); }
@@ -236,15 +174,5 @@ void FileCheck::LookAtPair() {
     db = std::make_unique<Sqlite>(files_->MainPath(), files_->ShownMain());
     db->Attach(files_->ThresholdsPath(), "thresholds");
   }
-  const Severity missing = db && !IsConverted() ? Severity::Warning : Severity::Note;
-  LookByRules(
-      About::Thresholds, db.get(),
-      {{"site alignments without thresholds", missing, WithoutThresholds(Kind::Site)},
-       {"path alignments without thresholds", missing, WithoutThresholds(Kind::Path)},
-       {"thresholds without site alignment", Severity::Note, WithoutAlignment(Kind::Site)},
-       {"thresholds without path alignment", Severity::Note, WithoutAlignment(Kind::Path)},
-       {"two thresholds rows for one site alignment", Severity::Warning, Doubled(Kind::Site)},
-       {"two thresholds rows for one path alignment", Severity::Warning, Doubled(Kind::Path)},
-       {"thresholds that name another site than their alignment", Severity::Warning, OfOthers(Kind::Site)},
-       {"thresholds that name another path than their alignment", Severity::Warning, OfOthers(Kind::Path)}});
+  LookByRules(About::Thresholds, db.get(), CheckRules::OfPair(!db || IsConverted()));
 }

@@ -5,29 +5,15 @@
 #include <functional>
 #include <vector>
 
+#include "tool/pair/CheckRules.h"
 #include "tool/pair/PrivatePair.h"
-
-/// What was found by one rule in one of the files.
-struct Finding {
-  enum class Severity {
-    None,
-    Skipped,  ///< Not looked at, since the file is damaged or has not its tables.
-    Note,     ///< What normal work leaves.
-    Warning,
-    Error
-  };
-  bool inMain = true;
-  QString shownFile;
-  QString rule;
-  Severity severity = Severity::None;
-  qint64 count = 0;
-  /// What it is about, the first of them.
-  QStringList keys;
-};
 
 /// Looks private copies over by every rule there is.
 class FileCheck {
  public:
+  /// The rule that what is damaged breaks.
+  static constexpr char Integrity[] = "integrity errors";
+
   explicit FileCheck(PrivatePair* files);
 
   const std::vector<Finding>& Findings() const { return findings_; }
@@ -36,7 +22,6 @@ class FileCheck {
   qint64 Version() const { return version_; }
 
  private:
-  struct Rule;
   /// Files that a rule is about; it is looked at where these are sound.
   enum class About { Main, Thresholds };
 
@@ -50,7 +35,7 @@ class FileCheck {
   void LookAtPair();
   bool LookAtFile(About file);
   bool LookAtSchema(About file, const Sqlite& db, const QByteArray& freshPath);
-  void LookByRules(About file, const Sqlite* db, const std::vector<Rule>& rules);
+  void LookByRules(About file, const Sqlite* db, const std::vector<CheckRule>& rules);
   bool IsConverted() const;
 
   PrivatePair* const files_;
