@@ -1,44 +1,43 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
-#include <QStringList>
 #include <vector>
 
-/// What was found by one rule in one of the files.
-struct Finding {
-  enum class Severity {
-    None,
-    Skipped,  ///< Not looked at, since the file is damaged or has not its tables.
-    Note,     ///< What normal work leaves.
-    Warning,
-    Error
-  };
-  bool inMain = true;
-  QString shownFile;
-  QString rule;
-  Severity severity = Severity::None;
-  qint64 count = 0;
-  /// What it is about, the first of them.
-  QStringList keys;
-};
+#include "tool/pair/FileCheck.h"
+#include "tool/pair/KeyUse.h"
 
-/// Rules about rows of sound files that belong together, or do not: what a check looks for, and what a repair
+/// Rules about rows of sound files that belong together, or do not: what a check names, and what a repair
 /// takes away.
-struct CheckRule {
-  const char* name;
-  Finding::Severity severity;
-  /// A query for the keys of rows that are not as they have to be.
-  QByteArray find;
-  /// Deletes them; empty where nobody can tell what would be right.
-  QByteArray remove;
-};
-
 namespace CheckRules {
 
-/// Over a main file.
-std::vector<CheckRule> OfMain();
-/// Over a main file with the thresholds file attached. Conversions leave alignments without thresholds.
-std::vector<CheckRule> OfPair(bool isConverted);
+struct OfMain {
+  const char* name;
+  KeyUse::Of table;
+};
+
+constexpr OfMain Unused[] = {{"sites that no alignment refers to", KeyUse::Of::Sites},
+                             {"paths that no alignment refers to", KeyUse::Of::Paths},
+                             {"orientations that no alignment refers to", KeyUse::Of::Orientations},
+                             {"locations that no alignment refers to", KeyUse::Of::Locations},
+                             {"heights that no alignment refers to", KeyUse::Of::Heights}};
+
+struct OfPair {
+  const char* ofSites;
+  const char* ofPaths;
+  QStringList ThresholdsUse::*found;
+  Finding::Severity severity;
+  /// Null where nobody can tell what would be right.
+  std::vector<qint64> ThresholdsUse::*deletable;
+};
+
+constexpr OfPair Thresholds[] = {
+    {"site alignments without thresholds", "path alignments without thresholds",
+     &ThresholdsUse::alignmentsWithout, Finding::Severity::Warning, nullptr},
+    {"thresholds without site alignment", "thresholds without path alignment", &ThresholdsUse::rowsWithout,
+     Finding::Severity::Note, &ThresholdsUse::deletableWithout},
+    {"two thresholds rows for one site alignment", "two thresholds rows for one path alignment",
+     &ThresholdsUse::doubled, Finding::Severity::Warning, &ThresholdsUse::deletableDoubled},
+    {"thresholds that name another site than their alignment",
+     "thresholds that name another path than their alignment", &ThresholdsUse::ofOthers,
+     Finding::Severity::Warning, nullptr}};
 
 }  // namespace CheckRules

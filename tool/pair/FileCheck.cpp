@@ -4,7 +4,8 @@
 #include <memory>
 
 #include "tool/Console.h"
-#include "tool/pair/ReportReading.h"
+#include "tool/pair/CheckRules.h"
+#include "tool/pair/ColumnTypes.h"
 #include "tool/pair/Schema.h"
 #include "tool/pair/Versions.h"
 
@@ -41,19 +42,14 @@ QStringList ForeignKeyViolations(const Sqlite& db) {
   return violations;
 }
 
-/// Tables with a text in the place of a number, an infinity, or something else in the place of a text.
-QStringList WrongTypes(const Sqlite& db) {
+QStringList WrongTypes(const Sqlite& db, const Sqlite& fresh) {
   QStringList wrong;
-  for (const QString& name : Column(db,
+  for (const QString& name : Column(fresh,
                                     "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE "
                                     "'sqlite\\_%' ESCAPE '\\' ORDER BY 1")) {
-    const QByteArray table = name.toUtf8();
-    QByteArray condition = ReportReading::WrongNumbers(db, "main", table.constData());
-    Sqlite::Rows texts = db.Select("SELECT name FROM pragma_table_info(?) WHERE upper(type) = 'TEXT'");
-    texts.Bind(1, table);
-    while (texts.Next()) condition += " OR typeof(" + Quoted(texts.Bytes(0)) + ") <> 'text'";
-    for (const QString& row : Column(db, "SELECT rowid FROM " + Quoted(table) + " WHERE " + condition)) {
-      wrong.append(name + QStringLiteral(" row ") + row);
+    for (const qint64 row :
+         ColumnTypes::WrongRows(db, "main", name.toUtf8(), ColumnTypes::Looked::NumbersAndTexts)) {
+      wrong.append(name + QStringLiteral(" row ") + QString::number(row));
     }
   }
   return wrong;
@@ -61,9 +57,10 @@ QStringList WrongTypes(const Sqlite& db) {
 
 }  // namespace
 
-FileCheck::FileCheck(PrivatePair* files) : files_(files) {
+FileCheck::FileCheck(PrivatePair* files) : files_(files), main_(files->MainPath(), files->ShownMain()) {
   LookAtMain();
-  if (!files_->HasThresholds()) return;
+  const bool isEarlier = Versions::IsKnown(version_) && version_ < Versions::FirstWithThresholds;
+  if (!files_->HasThresholds() || isEarlier) return;
   LookAtThresholds();
   LookAtPair();
 }
@@ -95,12 +92,12 @@ void FileCheck::Skip(About file, const char* rule) {
   Add(file, rule, Severity::Skipped, {QStringLiteral("not looked at")});
 }
 
-bool FileCheck::LookAtFile(About file) {
+bool FileCheck::LookAtFile(About file, const Sqlite& db) {
   const bool inMain = file == About::Main;
-  const Sqlite db(inMain ? files_->MainPath() : files_->ThresholdsPath(),
-                  inMain ? files_->ShownMain() : files_->ShownThresholds());
   Look(file, Integrity, Severity::Error, [&] {
     db.Execute("PRAGMA journal_mode = DELETE");
+    // Pages are kept: the file is gone through more than once.
+    db.Execute("PRAGMA cache_size = -65536");
     return IntegrityErrors(db);
   });
   const bool intact = findings_.back().severity == Severity::None;
@@ -118,18 +115,19 @@ bool FileCheck::LookAtFile(About file) {
     if (intact) Look(file, ForeignKeys, Severity::Error, [&] { return ForeignKeyViolations(db); });
   }
   if (!Versions::IsKnown(version_)) return false;
-  const bool right = LookAtSchema(file, db, inMain ? files_->FreshMainPath() : files_->FreshThresholdsPath());
+  const Sqlite fresh(inMain ? files_->FreshMainPath() : files_->FreshThresholdsPath(),
+                     QStringLiteral("a new file"));
+  const bool right = LookAtSchema(file, db, fresh);
   if (!intact || !right) {
     Skip(file, WrongValues);
     return false;
   }
-  Look(file, WrongValues, Severity::Error, [&] { return WrongTypes(db); });
+  Look(file, WrongValues, Severity::Error, [&] { return WrongTypes(db, fresh); });
   return true;
 }
 
 /// Whether all that its version's have is there.
-bool FileCheck::LookAtSchema(About file, const Sqlite& db, const QByteArray& freshPath) {
-  const Sqlite fresh(freshPath, QStringLiteral("a new file"));
+bool FileCheck::LookAtSchema(About file, const Sqlite& db, const Sqlite& fresh) {
   bool right = false;
   Look(file, Differences, Severity::Error, [&] {
     QStringList differences = Schema::Differences(db, fresh);
@@ -143,36 +141,46 @@ bool FileCheck::LookAtSchema(About file, const Sqlite& db, const QByteArray& fre
   return right;
 }
 
-void FileCheck::LookByRules(About file, const Sqlite* db, const std::vector<CheckRule>& rules) {
-  for (const CheckRule& rule : rules) {
-    if (db == nullptr) {
-      Skip(file, rule.name);
-    } else {
-      Look(file, rule.name, rule.severity, [&] { return Column(*db, rule.find); });
-    }
+void FileCheck::LookAtMain() {
+  mainIsSound_ = LookAtFile(About::Main, main_);
+  if (!mainIsSound_) {
+    for (const auto& rule : CheckRules::Unused) Skip(About::Main, rule.name);
+    return;
+  }
+  const Sqlite db(files_->MainPath(), files_->ShownMain());
+  used_ = std::make_unique<KeyUse>(db);
+  for (const auto& rule : CheckRules::Unused) {
+    QStringList shown;
+    for (const KeyUse::Row& row : used_->Unused(db, rule.table)) shown.append(row.shown);
+    Add(About::Main, rule.name, Severity::Warning, shown);
   }
 }
 
-void FileCheck::LookAtMain() {
-  mainIsSound_ = LookAtFile(About::Main);
-  const std::unique_ptr<Sqlite> db =
-      mainIsSound_ ? std::make_unique<Sqlite>(files_->MainPath(), files_->ShownMain()) : nullptr;
-  LookByRules(About::Main, db.get(), CheckRules::OfMain());
+void FileCheck::LookAtThresholds() {
+  const Sqlite db(files_->ThresholdsPath(), files_->ShownThresholds());
+  thresholdsAreSound_ = LookAtFile(About::Thresholds, db);
 }
-
-void FileCheck::LookAtThresholds() { thresholdsAreSound_ = LookAtFile(About::Thresholds); }
 
 /// Conversions leave other texts of tables than new files have, and alignments without thresholds.
 bool FileCheck::IsConverted() const {
-  return Schema::HasOtherTexts(Sqlite(files_->MainPath(), files_->ShownMain()),
-                               Sqlite(files_->FreshMainPath(), QStringLiteral("a new file")));
+  return Schema::HasOtherTexts(main_, Sqlite(files_->FreshMainPath(), QStringLiteral("a new file")));
 }
 
 void FileCheck::LookAtPair() {
-  std::unique_ptr<Sqlite> db;
-  if (mainIsSound_ && thresholdsAreSound_) {
-    db = std::make_unique<Sqlite>(files_->MainPath(), files_->ShownMain());
-    db->Attach(files_->ThresholdsPath(), "thresholds");
+  if (!mainIsSound_ || !thresholdsAreSound_) {
+    for (const auto& rule : CheckRules::Thresholds) {
+      for (const char* name : {rule.ofSites, rule.ofPaths}) Skip(About::Thresholds, name);
+    }
+    return;
   }
-  LookByRules(About::Thresholds, db.get(), CheckRules::OfPair(!db || IsConverted()));
+  main_.Attach(files_->ThresholdsPath(), "thresholds");
+  const ThresholdsUse sites(*used_, main_, Kind::Site);
+  const ThresholdsUse paths(*used_, main_, Kind::Path);
+  const bool isConverted = IsConverted();
+  for (const auto& rule : CheckRules::Thresholds) {
+    const bool isMissing = rule.found == &ThresholdsUse::alignmentsWithout;
+    const Severity severity = isMissing && isConverted ? Severity::Note : rule.severity;
+    Add(About::Thresholds, rule.ofSites, severity, sites.*rule.found);
+    Add(About::Thresholds, rule.ofPaths, severity, paths.*rule.found);
+  }
 }

@@ -3,10 +3,29 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <memory>
 #include <vector>
 
-#include "tool/pair/CheckRules.h"
+#include "tool/pair/KeyUse.h"
 #include "tool/pair/PrivatePair.h"
+
+/// What was found by one rule in one of the files.
+struct Finding {
+  enum class Severity {
+    None,
+    Skipped,  ///< Not looked at, since the file is damaged or has not its tables.
+    Note,     ///< What normal work leaves.
+    Warning,
+    Error
+  };
+  bool inMain = true;
+  QString shownFile;
+  QString rule;
+  Severity severity = Severity::None;
+  qint64 count = 0;
+  /// What it is about, the first of them.
+  QStringList keys;
+};
 
 /// Looks private copies over by every rule there is.
 class FileCheck {
@@ -33,14 +52,16 @@ class FileCheck {
   void LookAtMain();
   void LookAtThresholds();
   void LookAtPair();
-  bool LookAtFile(About file);
-  bool LookAtSchema(About file, const Sqlite& db, const QByteArray& freshPath);
-  void LookByRules(About file, const Sqlite* db, const std::vector<CheckRule>& rules);
+  bool LookAtFile(About file, const Sqlite& db);
+  bool LookAtSchema(About file, const Sqlite& db, const Sqlite& fresh);
   bool IsConverted() const;
 
   PrivatePair* const files_;
+  const Sqlite main_;
   std::vector<Finding> findings_;
   qint64 version_ = 0;
+  /// Of a main file that is sound.
+  std::unique_ptr<KeyUse> used_;
   bool mainIsSound_ = false;
   bool thresholdsAreSound_ = false;
 };

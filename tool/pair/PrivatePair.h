@@ -40,6 +40,8 @@ class PrivatePair {
   void RequireShape();
   /// All of these; and whether a thresholds file was given has to go with the version (else WrongUsage).
   void RequirePair();
+  /// The last of these for a main file of that version.
+  void RequireMainAloneBefore7(qint64 version) const;
   /// The same where rows of the thresholds file contradict the main file's, and not one agrees.
   void RequireBelonging() const;
 

@@ -1,13 +1,10 @@
 #include "tool/pair/Repair.h"
 
-#include <sqlite3.h>
-
 #include <QRegularExpression>
-#include <algorithm>
-#include <array>
 #include <cstdio>
 
 #include "tool/Console.h"
+#include "tool/pair/CheckRules.h"
 #include "tool/pair/FileCheck.h"
 #include "tool/pair/FileCopy.h"
 #include "tool/pair/RowChanges.h"
@@ -128,14 +125,33 @@ void RebuildIndices(const QByteArray& path, const QString& shown, const QByteArr
   }
 }
 
-void RemoveRows(const PrivatePair& copies, const std::vector<CheckRule>& rules, const QString& shown,
-                std::vector<Deed>* deeds) {
-  for (const CheckRule& rule : rules) {
-    if (rule.remove.isEmpty()) continue;
-    copies.Db().Execute(rule.remove);
-    const int rows = sqlite3_changes(copies.Db().Handle());
-    if (rows > 0) deeds->push_back({shown, QString::fromUtf8(rule.name), rows});
+void Delete(const Sqlite& db, const QByteArray& deletion, qint64 key) {
+  db.Select(deletion).Bind(1, key).Next();
+}
+
+void Report(const QString& shown, const char* rule, std::size_t rows, std::vector<Deed>* deeds) {
+  if (rows > 0) deeds->push_back({shown, QString::fromUtf8(rule), qint64(rows)});
+}
+
+void RemoveRows(const PrivatePair& copies, std::vector<Deed>* deeds) {
+  const Sqlite& db = copies.Db();
+  const KeyUse used(db);
+  db.Execute("BEGIN");
+  for (const CheckRules::OfMain& rule : CheckRules::Unused) {
+    const std::vector<KeyUse::Row> unused = used.Unused(db, rule.table);
+    for (const KeyUse::Row& row : unused) Delete(db, KeyUse::Deletion(rule.table), row.key);
+    Report(copies.ShownMain(), rule.name, unused.size(), deeds);
   }
+  const ThresholdsUse sites(used, db, Kind::Site);
+  const ThresholdsUse paths(used, db, Kind::Path);
+  for (const CheckRules::OfPair& rule : CheckRules::Thresholds) {
+    if (rule.deletable == nullptr) continue;
+    for (const qint64 row : sites.*rule.deletable) Delete(db, ThresholdsUse::Deletion(Kind::Site), row);
+    Report(copies.ShownThresholds(), rule.ofSites, (sites.*rule.deletable).size(), deeds);
+    for (const qint64 row : paths.*rule.deletable) Delete(db, ThresholdsUse::Deletion(Kind::Path), row);
+    Report(copies.ShownThresholds(), rule.ofPaths, (paths.*rule.deletable).size(), deeds);
+  }
+  db.Execute("COMMIT");
 }
 
 }  // namespace
@@ -155,8 +171,7 @@ std::vector<Deed> Perform(PrivatePair* copies) {
   RequireNoErrors(*copies, FileCheck(copies), false);
   copies->RequirePair();
   copies->RequireBelonging();
-  RemoveRows(*copies, CheckRules::OfMain(), copies->ShownMain(), &deeds);
-  RemoveRows(*copies, CheckRules::OfPair(false), copies->ShownThresholds(), &deeds);
+  RemoveRows(*copies, &deeds);
   copies->Close();
   RequireNoErrors(*copies, FileCheck(copies), false);
   return deeds;
