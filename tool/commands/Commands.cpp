@@ -28,6 +28,6 @@ const std::vector<Command>& AllCommands() {
   static const std::vector<Command> commands = {
       CreateCommand(),      ImportCommand(),  ListCommand(),    ReportCommand(), DeleteCommand(),
       MapCommand(),         VersionCommand(), MigrateCommand(), CheckCommand(),  ExportCommand(),
-      PreferencesCommand(), BackupCommand(),  RestoreCommand(), RepairCommand()};
+      PreferencesCommand(), BackupCommand(),  RestoreCommand(), RepairCommand(), SalvageCommand()};
   return commands;
 }

@@ -46,4 +46,5 @@ Command PreferencesCommand();
 Command RepairCommand();
 Command ReportCommand();
 Command RestoreCommand();
+Command SalvageCommand();
 Command VersionCommand();

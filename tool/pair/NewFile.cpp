@@ -74,6 +74,16 @@ void NewFile::RemoveLeftovers(const QByteArray& path) {
   globfree(&found);
 }
 
+void PlaceTogether(NewFile* mainFile, NewFile* thresholdsFile) {
+  if (thresholdsFile != nullptr) thresholdsFile->Place();
+  try {
+    if (mainFile != nullptr) mainFile->Place();
+  } catch (...) {
+    if (thresholdsFile != nullptr) thresholdsFile->TakeBack();
+    throw;
+  }
+}
+
 QByteArray EscapedForPattern(const QByteArray& path) {
   QByteArray pattern;
   for (const char character : path) {

@@ -32,6 +32,10 @@ class NewFile {
   int descriptor_ = -1;
 };
 
+/// Places those of the two that are there, the thresholds file first: in the main file alone an alignment
+/// would stand without its thresholds. Both or, unless the run is killed, neither.
+void PlaceTogether(NewFile* mainFile, NewFile* thresholdsFile);
+
 /// What a program that simply makes a file gives it.
 mode_t OrdinaryMode();
 /// Never over another file, also where one comes to stand there meanwhile; else false, with errno.

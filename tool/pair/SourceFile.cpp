@@ -42,7 +42,7 @@ bool Exists(const QByteArray& path) {
 
 }  // namespace
 
-SourceFile::SourceFile(const QString& name) : shown_(FileName::Shown(name)) {
+SourceFile::SourceFile(const QString& name, Needs needs) : shown_(FileName::Shown(name)) {
   path_ = ResolvedPath(name);
   // Without waiting for the other end, should it be a pipe.
   descriptor_ = open(path_.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
@@ -53,6 +53,7 @@ SourceFile::SourceFile(const QString& name) : shown_(FileName::Shown(name)) {
     throw Failure(shown_ + QStringLiteral(": is not a file"));
   }
   std::array<char, 16> start{};
+  if (needs == Needs::AnyFile) return;
   if (!ReadAt(descriptor_, 0, start.data(), start.size()) ||
       std::memcmp(start.data(), "SQLite format 3", start.size()) != 0) {
     close(descriptor_);

@@ -13,7 +13,11 @@
 class SourceFile {
  public:
   /// Throws a Failure where there is no file, no database, or nothing that can be read.
-  explicit SourceFile(const QString& name);
+  enum class Needs {
+    Database,  ///< It begins as a database does.
+    AnyFile    ///< What a damaged one begins with does not matter.
+  };
+  explicit SourceFile(const QString& name, Needs needs = Needs::Database);
   SourceFile(const SourceFile&) = delete;
   SourceFile& operator=(const SourceFile&) = delete;
   ~SourceFile();
