@@ -5,14 +5,14 @@
 
 struct sqlite3;
 
-/// Deleting single rows, and what alignments refer to, each on an open connection. Key lists are added to.
-/// Failures are logged and give false.
+/// Deleting single rows, and what alignments refer to, each on an open connection. Keys are appended to the
+/// lists. Failures are logged and give false.
 namespace RecordDeletion {
 
 bool DeleteSite(sqlite3* db, const long long* siteKey);
 bool DeletePath(sqlite3* db, const long long* pathKey);
 
-// Out of the row of one alignment. Without such a row the keys are left as they were.
+// From the row of one alignment. Without such a row the keys are left as they were.
 bool FindSiteAlignmentKeys(sqlite3* db, long long alignmentKey, long long* targetOrientationKey,
                            long long* measuredOrientationKey, long long* locationKey,
                            long long* siteHeightKey);
@@ -20,7 +20,7 @@ bool FindPathAlignmentKeys(sqlite3* db, long long alignmentKey, long long* targe
                            long long* measuredOrientationKey, long long* pathLocationKey,
                            long long* locationKey, long long* siteHeightKey);
 
-// Out of the rows of all alignments of a site or a path.
+// From the rows of all alignments of a site or a path.
 bool FindSiteKeys(sqlite3* db, long long siteKey, QVector<int>* orientationKeys,
                   QVector<int>* geolocationKeys, QVector<int>* heightKeys);
 bool FindPathKeys(sqlite3* db, long long pathKey, QVector<int>* orientationKeys,

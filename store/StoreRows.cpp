@@ -117,7 +117,7 @@ bool SaveSiteAlignment(sqlite3* db, const SchemaTexts& texts, const SiteAlignmen
   return statement.Insert(key);
 }
 
-// A key of -1 passes: the thresholds of a save that failed midway are kept under it.
+// A key of -1 passes: the thresholds of a save that failed half-way are kept under it.
 bool SaveSiteThresholds(sqlite3* db, long long alignmentKey, long long* thresholdKey, long long siteKey,
                         double azimuthThreshold, double tiltThreshold, double rollThreshold) {
   if (alignmentKey == 0 || db == nullptr) return false;
@@ -133,7 +133,7 @@ bool SaveSiteThresholds(sqlite3* db, long long alignmentKey, long long* threshol
       .Insert(thresholdKey);
 }
 
-// A path has neither sector nor antenna position, but the columns want a text. Required behaviour: no bind is
+// A path has neither sector nor antenna position, but the columns need a text. Required behaviour: no bind is
 // passed over here, and the antenna position reports itself as the sector name.
 bool SavePathAlignment(sqlite3* db, const SchemaTexts& texts, const PathAlignment& alignment,
                        long long* key) {

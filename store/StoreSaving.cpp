@@ -19,8 +19,8 @@ struct SavedKeys {
 };
 
 /// Required behaviour: false when the alignment row itself failed, which undoes everything; a failure before
-/// it keeps what was written and leaves the alignment's key as it was. The options are not asked for values
-/// that the version has no column for.
+/// it keeps what was written and leaves the alignment's key as it was. Values that the version has no column
+/// for are not asked of the options.
 bool WriteRows(sqlite3* db, const SchemaTexts& texts, const SiteMeasurement& saved, SavedKeys* keys) {
   ISiteInformation* site = saved.site;
   IMeasurementOptions* options = saved.options;
@@ -97,7 +97,7 @@ bool WriteThresholds(sqlite3* db, const PathMeasurement& saved, const SavedKeys&
                                        pathLength);
 }
 
-/// Ends the transaction that was begun on `db`, with a commit where `keep` says so; answers `keep`.
+/// Ends the transaction that was begun on `db`, with a commit if `keep` says so; returns `keep`.
 bool Finish(sqlite3* db, bool keep) {
   if (keep) {
     Sql::End(db);
