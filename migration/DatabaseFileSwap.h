@@ -14,8 +14,8 @@ bool IsSameFile(const QString& path, const QString& other);
 /// on another file system, its content goes through a synced file beside the main one, with a name that no
 /// file had.
 ///
-/// False with one line logged if that cannot be done: the main file is as it was, and no copy is left. So it
-/// is if the file's write-ahead log still holds pages: the new file would be read through them.
+/// False with one line logged if that cannot be done: the main file is as it was, and no copy is left. The
+/// same holds if the file's write-ahead log still has pages, since the new file would be read through them.
 bool SwapDatabaseFiles(const QString& path, const QString& copyPath);
 
 }  // namespace DatabaseFileSwap

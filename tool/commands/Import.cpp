@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Says how far a long import has come, once it has taken a second and ten times a second from then on.
+/// Shows how far a long import has come: after one second, and ten times a second from then on.
 class Progress {
  public:
   explicit Progress(std::size_t total) : total_(total) { timer_.start(); }

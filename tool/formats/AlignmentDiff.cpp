@@ -21,7 +21,7 @@ auto MatchKey(const Alignment& a) {
 
 bool MatchesBefore(const Alignment& one, const Alignment& other) { return MatchKey(one) < MatchKey(other); }
 
-/// Takes what is equal on both sides out of both.
+/// Removes from both sides what is equal.
 void DropEqual(Alignments* first, Alignments* second) {
   for (auto one = first->begin(); one != first->end();) {
     const auto same = std::find_if(second->begin(), second->end(), [&one](const Alignment& other) {

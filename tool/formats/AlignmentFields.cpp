@@ -11,7 +11,7 @@ constexpr double MetersHighest = 20000;
 
 }  // namespace
 
-// Both conventions for azimuths, 0 to 360 and -180 to 180, are let in.
+// Both conventions for azimuths, 0 to 360 and -180 to 180, are accepted.
 const std::vector<Field>& AllFields() {
   using A = Alignment;
   using F = Field;

@@ -5,7 +5,7 @@
 #include "tool/formats/AlignmentFields.h"
 
 QString AlignmentUid(const Alignment& alignment) {
-  // This namespace is a part of every uid that was ever given out.
+  // This namespace is a part of every uid ever given out.
   static const QUuid Namespace(QStringLiteral("786e41a7-ca48-4be0-82c1-ea7f3e0135e1"));
   QByteArray name;
   for (const Field& field : AllFields()) {

@@ -11,7 +11,7 @@
 struct Finding {
   enum class Severity {
     None,
-    Skipped,  ///< Not looked at, since the file is damaged or has not its tables.
+    Skipped,  ///< Not looked at, since the file is damaged or lacks tables.
     Note,     ///< What normal work leaves.
     Warning,
     Error
@@ -21,27 +21,27 @@ struct Finding {
   QString rule;
   Severity severity = Severity::None;
   qint64 count = 0;
-  /// What it is about, the first of them.
+  /// The first of the things found.
   QStringList keys;
 };
 
-/// Looks private copies over by every rule there is.
+/// Checks private copies by every rule there is.
 class FileCheck {
  public:
   explicit FileCheck(PrivatePair* files);
 
   const std::vector<Finding>& Findings() const { return findings_; }
   Finding::Severity Worst() const;
-  /// 0 where there is none to be read.
+  /// 0 if none can be read.
   qint64 Version() const { return version_; }
 
  private:
   struct Rule;
-  /// Files that a rule is about; it is looked at where these are sound.
+  /// Files that a rule is about; it is applied only if these are sound.
   enum class About { Main, Thresholds };
 
   void Add(About file, const char* rule, Finding::Severity severity, const QStringList& found);
-  /// Calls `look`; what it cannot read is an error, too.
+  /// Calls `look`; what it cannot read is an error too.
   void Look(About file, const char* rule, Finding::Severity severity,
             const std::function<QStringList()>& look);
   void Skip(About file, const char* rule);

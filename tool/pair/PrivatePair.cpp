@@ -79,7 +79,7 @@ void PrivatePair::RequireShapeOf(const char* schema, const QByteArray& freshPath
     if (!present.contains(table.toLower())) {
       throw Damage(shown, QStringLiteral("has no table ") + QString::fromUtf8(table));
     }
-    // A generated column would be worked out each time that it is read.
+    // A generated column would be computed each time that it is read.
     const QSet<QByteArray> columns = Names(
         *db_, "SELECT name FROM pragma_table_xinfo('" + table + "', '" + schema + "') WHERE hidden = 0");
     const QSet<QByteArray> needed = Names(fresh, "SELECT name FROM pragma_table_info('" + table + "')");

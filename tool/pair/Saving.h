@@ -12,8 +12,8 @@ class Saving {
   explicit Saving(Edit* edit);
   /// Throws a Failure that begins with `what` unless all went well.
   void Save(const Alignment& alignment, const QString& what);
-  /// Throws a Failure unless every row that the saves should have made is there: a trigger can do away with
-  /// one without anybody noticing.
+  /// Throws a Failure unless every row that the saves should have made is there: a trigger can remove one
+  /// without anybody noticing.
   void RequireAllKept();
 
  private:

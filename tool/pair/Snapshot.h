@@ -14,10 +14,10 @@ class IPreferencesModel;
 /// nothing is made beside them.
 class Snapshot {
  public:
-  /// How much of it is looked over beforehand; each throws a Failure (4) for what is not as it has to be.
+  /// How much of it is checked beforehand; each throws a Failure (4) for what is not as it has to be.
   enum class Look { AsItIs, Version, Pair };
 
-  /// Of a main file without thresholds file the second name is empty.
+  /// For a main file without a thresholds file the second name is empty.
   Snapshot(const QString& mainName, const QString& thresholdsName, const Deadline& deadline,
            Look look = Look::Pair);
 
@@ -31,7 +31,7 @@ class Snapshot {
     qint64 key = 0;
     QString identifier;
     qint64 reports = 0;
-    /// Invalid where there are no reports.
+    /// Invalid if there are no reports.
     QDateTime lastMeasured;
   };
   /// Of all sites, then all paths, in the order of the file.
@@ -40,12 +40,12 @@ class Snapshot {
   /// The key of a site or path; fails for an identifier that is not stored.
   qint64 KeyOf(Kind kind, const QString& identifier) const;
 
-  /// All alignments, through the library; with values that are no finite numbers a Failure (4).
+  /// All alignments, through the library; throws a Failure (4) for values that are not finite numbers.
   std::vector<Reports> ReadAll() const;
   /// Of one site or path; fails for an identifier that is not stored.
   Reports ReadOne(Kind kind, const QString& identifier) const;
 
-  /// False where none are stored.
+  /// False if none are stored.
   bool RestorePreferences(IPreferencesModel* model) const;
 
  private:
