@@ -157,7 +157,7 @@ TEST_F(ImportTest, LimitsOfTheRangesAreWithin) {
 TEST_F(ImportTest, ExportIntoNewFilesGivesEqualReports) {
   CreateFiles();
   RunWell({"import", "m", "t", TARNBEAM_EXAMPLE});
-  // A float has its own shortest form; these need the most digits that there are.
+  // A float has its own shortest form; these need the most digits possible.
   WriteJson("digits.json",
             {With(With(SiteEntry("digits"), "measured.tilt", 0.1), "measured.azimuth", 299.999969482421875),
              With(With(PathEntry("digits"), "location.latitude", 0.1 + 0.2), "location.longitude",
@@ -233,7 +233,7 @@ TEST_F(ImportTest, AFileInUseKeepsBothAsTheyAre) {
   }
 }
 
-// Nothing is told from debug lines.
+// Nothing is concluded from debug lines.
 TEST_F(ImportTest, LoggingRulesChangeNothing) {
   CreateFiles();
   WriteJson("in.json", {SiteEntry("S")});

@@ -1,5 +1,5 @@
-// A run is killed at every system call that changes one of the user's files: they are as they were or as they
-// were to be, both, for whoever looks at them next, and the next change comes through.
+// A run is killed at every system call that changes one of the user's files: both are as they were or as they
+// were to be, for whoever looks at them next, and the next change succeeds.
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/ptrace.h>
@@ -148,7 +148,7 @@ class KillTest : public ToolTest, public testing::WithParamInterface<Change> {
     WriteFile("t", thresholds_);
   }
 
-  // What a reading command makes of it, which changes nothing of what was left behind.
+  // What a reading command makes of it; it changes nothing of what was left behind.
   QString Exported() {
     const QStringList files = FilesInFolder();
     const QString exported = RunWell({"export", "m", "t"});
@@ -156,7 +156,7 @@ class KillTest : public ToolTest, public testing::WithParamInterface<Change> {
     return exported;
   }
 
-  // Of both, as SQLite itself makes it of what was left behind.
+  // Of both, as SQLite itself reads them with what was left behind.
   QString Dumped() const {
     EXPECT_EQ(IntegrityCheck(Path("m")), QString("ok"));
     EXPECT_EQ(IntegrityCheck(Path("t")), QString("ok"));
@@ -193,7 +193,7 @@ TEST_P(KillTest, BothFilesAreBeforeOrAfter) {
     ASSERT_TRUE(exported == before_ || exported == after) << exported.toStdString();
     ++(exported == before_ ? oldOnes : newOnes);
     const QStringList left = FilesInFolder();
-    // The next change comes through, and takes away what was left.
+    // The next change succeeds, and removes what was left.
     if (number % 4 == 0) {
       EXPECT_EQ(RunWell({"import", "m", "t", "none.json"}),
                 "0 alignments saved, 0 of sites and 0 of paths\n");

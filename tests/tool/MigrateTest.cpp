@@ -1,4 +1,4 @@
-// Migration by the program.
+// Migration with the program.
 #include <QFile>
 #include <QRegularExpression>
 
@@ -72,7 +72,7 @@ TEST_F(MigrateTest, AnExistingBackupIsNotOverwritten) {
   ExpectUntouched(before, {"b", "m"});
 }
 
-// The step from 1 to 2 comes through; the one from 2 to 3 finds the names gone that its copies go by.
+// The step from 1 to 2 succeeds; the one from 2 to 3 misses the names that its copies use.
 TEST_F(MigrateTest, AStepThatFailsLeavesTheFileAsItWas) {
   Load(2);
   RunSql(Path("m"), "DELETE FROM Height WHERE HeightKey = 1");
