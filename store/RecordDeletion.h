@@ -17,7 +17,7 @@ bool DeletePath(sqlite3* db, const long long* pathKey);
 bool FindSiteAlignmentKeys(sqlite3* db, long long alignmentKey, const std::array<long long*, 4>& keys);
 bool FindPathAlignmentKeys(sqlite3* db, long long alignmentKey, const std::array<long long*, 5>& keys);
 
-/// The caller's. A function that is given a null list refuses.
+/// They stay the caller's. A function that is given a null list refuses.
 struct KeyLists {
   QVector<int>* orientations;
   QVector<int>* geolocations;

@@ -393,8 +393,8 @@ int InsertRow(const QString& path) {
   return result;
 }
 
-// Inserts a row in a child that `arm` has killed at its nth call, for each n until it comes through; how many
-// were killed.
+// Inserts a row in a child that `arm` has killed at its nth call, for each n until the insert succeeds;
+// returns how many were killed.
 template <typename Arm>
 int KillEachInsert(const QString& path, Arm arm) {
   int killed = 0;

@@ -57,7 +57,7 @@ class FileCheck {
   const Sqlite main_;
   std::vector<Finding> findings_;
   qint64 version_ = 0;
-  /// Of a main file that is sound.
+  /// Known once the main file was found sound.
   std::unique_ptr<KeyUse> used_;
   bool mainIsSound_ = false;
   bool thresholdsAreSound_ = false;
