@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 #include "tool/Alignment.h"
@@ -11,3 +12,6 @@
 /// number of bytes, a colon, the text as CSV has it, a comma. A field that the kind does not have is an empty
 /// text.
 QString AlignmentUid(const Alignment& alignment);
+
+/// The fields that do not count, note and thresholds, as such texts.
+QByteArray TextBesideUid(const Alignment& alignment);

@@ -40,6 +40,8 @@ class PrivatePair {
   void RequireShape();
   /// All of these; and whether a thresholds file was given has to go with the version (else WrongUsage).
   void RequirePair();
+  /// The same unless they are a pair that can be changed: of the current version and belonging together.
+  void RequireCurrentPair();
   /// The same where rows of the thresholds file contradict the main file's, and not one agrees.
   void RequireBelonging() const;
 
