@@ -7,6 +7,7 @@
 #include <clocale>
 #include <csignal>
 #include <exception>
+#include <iterator>
 #include <memory>
 
 #include "tool/Console.h"
@@ -59,13 +60,14 @@ const Command& FindCommand(const QString& name) {
 }
 
 void RequireOperands(const Command& command, const QStringList& operands) {
-  const auto required = std::count_if(command.operands.begin(), command.operands.end(),
-                                      [](const char* operand) { return *operand != '['; });
-  if (operands.size() < required) {
-    throw WrongUsage(QStringLiteral("%1 is missing")
-                         .arg(QLatin1String(command.operands.at(static_cast<std::size_t>(operands.size())))));
+  std::vector<const char*> required;
+  std::copy_if(command.operands.begin(), command.operands.end(), std::back_inserter(required),
+               [](const char* operand) { return *operand != '[' && qstrcmp(operand, AndSoOn) != 0; });
+  const auto given = static_cast<std::size_t>(operands.size());
+  if (given < required.size()) {
+    throw WrongUsage(QStringLiteral("%1 is missing").arg(QLatin1String(required.at(given))));
   }
-  if (operands.size() > static_cast<int>(command.operands.size())) {
+  if (given > command.operands.size() && qstrcmp(command.operands.back(), AndSoOn) != 0) {
     throw WrongUsage(FileName::Shown(operands.last()) + QStringLiteral(" is one too many"));
   }
 }

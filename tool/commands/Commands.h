@@ -27,6 +27,9 @@ struct Command {
   int (*run)(const Arguments& arguments);
 };
 
+/// The last operand of a command that takes any number of those before it.
+constexpr const char* AndSoOn = "...";
+
 /// The option of every command that says how long to wait.
 QCommandLineOption WaitOption();
 
@@ -36,10 +39,12 @@ const std::vector<Command>& AllCommands();
 Command CheckCommand();
 Command CreateCommand();
 Command DeleteCommand();
+Command DiffCommand();
 Command ExportCommand();
 Command ImportCommand();
 Command ListCommand();
 Command MapCommand();
+Command MergeCommand();
 Command MigrateCommand();
 Command PreferencesCommand();
 Command ReportCommand();

@@ -17,7 +17,7 @@ struct ChangedAlignment {
 /// How two sets of alignments differ. What is on both sides is matched by kind, identifier, sector, position
 /// and time; of several that agree in these, equal ones first, the rest in order.
 struct AlignmentDiff {
-  AlignmentDiff(std::vector<Alignment> first, std::vector<Alignment> second);
+  AlignmentDiff(const std::vector<Alignment>& first, const std::vector<Alignment>& second);
 
   std::vector<Alignment> onlyInFirst;
   std::vector<Alignment> onlyInSecond;

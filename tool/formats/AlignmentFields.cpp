@@ -235,6 +235,7 @@ QString FieldFromJson(const QJsonValue& value, const Field& field, Alignment* al
 QStringList DifferingFields(const Alignment& one, const Alignment& other) {
   QStringList names;
   for (const Field& field : AllFields()) {
+    if (!field.IsOf(one.kind) && !field.IsOf(other.kind)) continue;
     const bool equal = std::visit([&](auto member) { return one.*member == other.*member; }, field.member);
     if (!equal) names.append(QString::fromLatin1(field.name));
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 #include "tool/Alignment.h"
@@ -10,3 +11,6 @@
 /// It is computed over the fields that count, in order. Each is written as its number of UTF-8 bytes, a
 /// colon, its text as in CSV, and a comma. A field that the kind does not have is an empty text.
 QString AlignmentUid(const Alignment& alignment);
+
+/// The fields that do not count, note and thresholds, as such texts.
+QByteArray TextBesideUid(const Alignment& alignment);

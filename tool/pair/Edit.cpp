@@ -13,7 +13,6 @@
 #include "tool/pair/NewFile.h"
 #include "tool/pair/RowChanges.h"
 #include "tool/pair/SourceFile.h"
-#include "tool/pair/Versions.h"
 
 namespace {
 
@@ -181,16 +180,11 @@ void Edit::CopyLocked(const char* schema, const QByteArray& target) const {
 }
 
 void Edit::LookAtCopies(Files files) {
-  copies_.Open();
-  if (files == Files::AsTheyAre) return;
-  if (copies_.RequireVersion() != CurrentSchemaVersion) {
-    throw Failure(copies_.ShownMain() + QStringLiteral(": is of version ") +
-                  QString::number(copies_.Version()) +
-                  QStringLiteral("; 'tarnbeam-db migrate' brings it to version ") +
-                  QString::number(CurrentSchemaVersion));
+  if (files == Files::AsTheyAre) {
+    copies_.Open();
+  } else {
+    copies_.RequireCurrentPair();
   }
-  copies_.RequireShape();
-  copies_.RequireBelonging();
 }
 
 void Edit::Commit() {

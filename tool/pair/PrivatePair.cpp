@@ -117,6 +117,17 @@ void PrivatePair::RequirePair() {
   RequireShape();
 }
 
+void PrivatePair::RequireCurrentPair() {
+  Open();
+  if (RequireVersion() != CurrentSchemaVersion) {
+    throw Failure(shownMain_ + QStringLiteral(": is of version ") + QString::number(version_) +
+                  QStringLiteral("; 'tarnbeam-db migrate' brings it to version ") +
+                  QString::number(CurrentSchemaVersion));
+  }
+  RequireShape();
+  RequireBelonging();
+}
+
 void PrivatePair::RequireBelonging() const {
   if (!HasThresholds() || Belonging::IsPair(*db_)) return;
   throw Failure(shownMain_ + QStringLiteral(" and ") + shownThresholds_ +

@@ -40,8 +40,13 @@ class Snapshot {
   /// The key of a site or path; fails for an identifier that is not stored.
   qint64 KeyOf(Kind kind, const QString& identifier) const;
 
-  /// All alignments, through the library; throws a Failure (4) for values that are not finite numbers.
-  std::vector<Reports> ReadAll() const;
+  /// All alignments, through the library; with values that are no finite numbers a Failure (4).
+  std::vector<Reports> ReadAll() const { return ReadAllOf(files_); }
+  /// The same of private copies that were looked over.
+  static std::vector<Reports> ReadAllOf(const PrivatePair& files);
+  /// All alignments, one after the other; a Failure (4) also where one of them names a row that is not
+  /// there.
+  std::vector<Alignment> ReadWhole() const;
   /// Of one site or path; fails for an identifier that is not stored.
   Reports ReadOne(Kind kind, const QString& identifier) const;
 
@@ -49,7 +54,6 @@ class Snapshot {
   bool RestorePreferences(IPreferencesModel* model) const;
 
  private:
-  std::vector<Summary> SummariesOf(Kind kind) const;
   Summary Find(Kind kind, const QString& identifier) const;
 
   PrivatePair files_;
