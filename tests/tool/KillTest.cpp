@@ -1,5 +1,5 @@
-// A run is killed at every system call that changes one of the user's files: they are as they were or as they
-// were to be, both, for whoever looks at them next, and the next change comes through.
+// A run is killed at every system call that changes one of the user's files: both are as they were or as they
+// were to be, for whoever looks at them next, and the next change succeeds.
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/ptrace.h>
@@ -89,25 +89,26 @@ class Traced {
       case SYS_unlink:
       case SYS_rename:
       case SYS_link:
-        return IsThere(arguments[0]);
+        return IsThere(AT_FDCWD, arguments[0]);
 #endif
       case SYS_unlinkat:
       case SYS_renameat2:
       case SYS_linkat:
-        return IsThere(arguments[1]);
+        return IsThere(int(arguments[0]), arguments[1]);
       case SYS_openat:
-        return (arguments[2] & O_CREAT) != 0 && IsThere(arguments[1]);
+        return (arguments[2] & O_CREAT) != 0 && IsThere(int(arguments[0]), arguments[1]);
       default:
         return false;
     }
   }
 
   bool LeadsThere(int descriptor) const {
-    return QFile::symLinkTarget(QString("/proc/%1/fd/%2").arg(child_).arg(descriptor))
-        .startsWith(folder_ + '/');
+    const QString target = QFile::symLinkTarget(QString("/proc/%1/fd/%2").arg(child_).arg(descriptor));
+    return (target + '/').startsWith(folder_ + '/');
   }
 
-  bool IsThere(quint64 address) const {
+  // The program empties folders of its own by names that are relative to them.
+  bool IsThere(int folder, quint64 address) const {
     // In two pieces: the page after the one that the text begins in need not be there.
     constexpr quint64 PageSize = 4096;
     std::array<char, 512> text{};
@@ -118,7 +119,8 @@ class Traced {
                                       iovec{reinterpret_cast<void*>(address + inPage), wanted - inPage}};
     if (process_vm_readv(child_, &local, 1, remote.data(), remote.size(), 0) <= 0) return false;
     const QByteArray path(text.data());
-    return !path.startsWith('/') || path.startsWith(folder_.toUtf8() + '/');
+    if (path.startsWith('/')) return path.startsWith(folder_.toUtf8() + '/');
+    return folder == AT_FDCWD || LeadsThere(folder);
   }
 
   const QString folder_;
@@ -147,6 +149,9 @@ class KillTest : public ToolTest, public testing::WithParamInterface<Change> {
     WriteJson("none.json", {});
     WriteJson("more.json", {SiteEntry("T"), PathEntry("P"), PathEntry("Q")});
     if (GetParam().sql != nullptr) RunSql(Path("m"), GetParam().sql);
+    ASSERT_TRUE(QDir(Folder()).mkdir("source"));
+    RunWell({"create", "source/m", "source/t"});
+    RunWell({"import", "source/m", "source/t", "more.json"});
     mainFile_ = ReadFile("m");
     thresholds_ = ReadFile("t");
     before_ = Exported();
@@ -164,7 +169,7 @@ class KillTest : public ToolTest, public testing::WithParamInterface<Change> {
     WriteFile("t", thresholds_);
   }
 
-  // What a reading command makes of it, which changes nothing of what was left behind.
+  // What a reading command makes of it; it changes nothing of what was left behind.
   QString Exported() {
     const QStringList files = FilesInFolder();
     const QString exported = RunWell({"export", "m", "t"});
@@ -172,7 +177,7 @@ class KillTest : public ToolTest, public testing::WithParamInterface<Change> {
     return exported;
   }
 
-  // Of both, as SQLite itself makes it of what was left behind.
+  // Of both, as SQLite itself reads them with what was left behind.
   QString Dumped() const {
     EXPECT_EQ(IntegrityCheck(Path("m")), QString("ok"));
     EXPECT_EQ(IntegrityCheck(Path("t")), QString("ok"));
@@ -208,12 +213,12 @@ TEST_P(KillTest, BothFilesAreBeforeOrAfter) {
     const QString exported = Exported();
     ASSERT_TRUE(exported == before_ || exported == after) << exported.toStdString();
     const QStringList left = FilesInFolder();
-    // The next change comes through, and takes away what was left.
+    // The next change succeeds, and removes what was left.
     if (number % 4 == 0) {
       EXPECT_EQ(RunWell({"import", "m", "t", "none.json"}),
                 "0 alignments saved, 0 of sites and 0 of paths\n");
       EXPECT_EQ(FilesInFolder().filter(QRegularExpression("^(?!.*before-repair)")),
-                (QStringList{"b", "in.json", "m", "more.json", "none.json", "t"}))
+                (QStringList{"b", "in.json", "m", "more.json", "none.json", "source", "t"}))
           << left.join(' ').toStdString();
     }
     const QString dumped = Dumped();
@@ -230,6 +235,7 @@ INSTANTIATE_TEST_SUITE_P(
     Tool, KillTest,
     testing::Values(
         Change{"Import", {"import", "m", "t", "more.json"}, nullptr},
+        Change{"Merge", {"merge", "m", "t", "source/m", "source/t"}, nullptr},
         Change{"DeleteSite", {"delete", "m", "t", "--site", "S", "--yes"}, nullptr},
         Change{"DeleteReport", {"delete", "m", "t", "--path", "P", "--index", "0", "--yes"}, nullptr},
         Change{"Restore", {"restore", "b", "m", "t", "--yes"}, nullptr},

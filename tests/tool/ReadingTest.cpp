@@ -1,4 +1,4 @@
-// What reading does not do: write, wait for readers, believe what is damaged, stumble over names.
+// What reading does not do: write, wait for readers, trust what is damaged, stumble over names.
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,7 +20,7 @@ class ReadingTest : public ToolTest {
     listed_ = RunWell({"list", "m", "t"});
   }
 
-  // The folder and the files are as they were after each command that reads, and it came through.
+  // The folder and the files are as they were after each command that reads, and the command succeeded.
   void ExpectReadable() {
     const QStringList files = FilesInFolder();
     QList<QByteArray> contents;
@@ -28,8 +28,8 @@ class ReadingTest : public ToolTest {
     EXPECT_EQ(RunUnprivileged({"list", "m", "t"}).out, listed_);
     for (const QStringList& words :
          {QStringList{"export", "m", "t"}, QStringList{"report", "m", "t", "--site", "S"},
-          QStringList{"check", "m", "t"}, QStringList{"version", "m"},
-          QStringList{"preferences", "m", "t"}}) {
+          QStringList{"diff", "m", "t", "m", "t"}, QStringList{"check", "m", "t"},
+          QStringList{"version", "m"}, QStringList{"preferences", "m", "t"}}) {
       const Outcome outcome = RunUnprivileged(words);
       EXPECT_EQ(outcome.status, 0) << outcome.err.toStdString();
     }
@@ -76,8 +76,8 @@ TEST_F(ReadingTest, AFileInWalModeIsChangedAndStaysInIt) {
   EXPECT_EQ(Rows(Path("m"), "SELECT SiteIdentifier FROM Sites"), (QStringList{"'S'", "'T'"}));
 }
 
-// Pages of both files are overwritten, one after the other: each command comes to an end, with 4 or, where
-// the page was free or nothing is wrong with it now, with 0.
+// Pages of both files are overwritten, one after the other: each command comes to an end, with 4 or, if the
+// page was free or nothing is wrong with it now, with 0.
 TEST_F(ReadingTest, DamagedPagesComeToAnEnd) {
   const QByteArray whole = ReadFile("m");
   const int pages = whole.size() / 4096;
@@ -128,6 +128,8 @@ TEST_P(NameTest, MayBeAnything) {
   EXPECT_EQ(run("import -- \"$MAIN_FILE\" t in.json"), 0);
   EXPECT_EQ(run("export -- \"$MAIN_FILE\" t"), 0);
   EXPECT_EQ(run("check -- \"$MAIN_FILE\" t"), 0);
+  EXPECT_EQ(run("diff -- \"$MAIN_FILE\" t \"$MAIN_FILE\" t"), 0);
+  EXPECT_EQ(run("merge -- \"$MAIN_FILE\" t \"$MAIN_FILE\" t"), 0);
   EXPECT_EQ(run("delete --site S --yes -- \"$MAIN_FILE\" t"), 0);
   struct stat status {};
   EXPECT_EQ(stat((Folder().toUtf8() + '/' + mainName).constData(), &status), 0);

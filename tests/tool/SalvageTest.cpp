@@ -179,6 +179,10 @@ struct Needs {
   const char* paths;
 };
 
+QString Between(QString condition, int first, int last) {
+  return condition.replace("%1", QString::number(first)).replace("%2", QString::number(last));
+}
+
 constexpr Needs AllNeeds[] = {
     {"m", "Orientation", "TargetOrientationKey BETWEEN %1 AND %2 OR MeasuredOrientationKey BETWEEN %1 AND %2",
      "TargetOrientationKey BETWEEN %1 AND %2 OR MeasuredOrientationKey BETWEEN %1 AND %2"},
@@ -211,7 +215,7 @@ TEST_F(SalvageTest, OnlyWhatStandsOnThePageIsLost) {
           Rows(Path("m"),
                QString("SELECT (SELECT count(*) FROM AntennaAlignment WHERE %1) + (SELECT count(*) "
                        "FROM PathAlignment WHERE %2)")
-                   .arg(QString(needs.sites).arg(first).arg(last), QString(needs.paths).arg(first).arg(last)))
+                   .arg(Between(needs.sites, first, last), Between(needs.paths, first, last)))
               .value(0)
               .toInt();
       EXPECT_GT(lost, 0);

@@ -35,7 +35,7 @@ bool HasFilter(const Arguments& arguments);
 std::vector<QCommandLineOption> CsvOptions();
 CsvForm CsvFormOf(const Arguments& arguments, bool guardsFormulas);
 
-/// Options of a command in their order.
+/// Options of a command, in order.
 std::vector<QCommandLineOption> Together(std::initializer_list<std::vector<QCommandLineOption>> options);
 
 /// Says what is to be done and asks, unless --yes is given. Without a yes a Failure says what was not done.

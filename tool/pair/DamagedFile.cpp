@@ -250,7 +250,8 @@ std::map<quint32, StoredTable> DamagedFile::StrayLeaves(const RowShape& shape) c
     if (visited_.count(number) > 0 || freePages_.count(number) > 0 || page.bytes[0] != LeafTable) continue;
     StoredTable leaf;
     bool any = false;
-    if (ReadLeaf(page, Everywhere, shape, &leaf, &any) && any) leaves.emplace(number, std::move(leaf));
+    if (ReadLeaf(page, Everywhere, shape, &leaf, &any) && !leaf.rows.empty())
+      leaves.emplace(number, std::move(leaf));
   }
   return leaves;
 }

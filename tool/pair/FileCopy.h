@@ -24,7 +24,7 @@ class Descriptor {
   int number_;
 };
 
-/// Tells whether a file was written to meanwhile.
+/// Shows whether a file was written to meanwhile.
 struct Stamp {
   explicit Stamp(const QByteArray& path) { there = stat(path.constData(), &status) == 0; }
   bool operator==(const Stamp& other) const {
@@ -37,7 +37,7 @@ struct Stamp {
   struct stat status {};
 };
 
-/// Throws a Failure that tells errno.
+/// Throws a Failure that says what errno stands for.
 [[noreturn]] void FailWithErrno(const QString& shown);
 [[noreturn]] void FailWithErrno(const QByteArray& path);
 
@@ -45,14 +45,14 @@ struct Stamp {
 void WriteAll(int descriptor, const char* content, qint64 size, const QByteArray& target);
 /// Copies from the beginning of an open file, whose name in messages is `shown`, to the end of another.
 void CopyContent(int from, const QString& shown, int to, const QByteArray& target);
-/// Over what is at the target, if anything.
+/// Replaces what is at the target, if anything.
 void CopyFile(const QByteArray& from, const QByteArray& target);
-/// What was written to a file, or renamed in a folder, is on the disk afterwards.
+/// Makes sure that what was written to a file, or renamed in a folder, is on the disk.
 void Sync(const QByteArray& path);
 /// Absolute, links resolved. Throws a Failure where nothing stands.
 QByteArray ResolvedPath(const QString& name);
 qint64 SizeOf(int descriptor);
 /// Of all that an open file holds.
 QByteArray Sha256(int descriptor, const QString& shown);
-/// The folder that a file stands in.
+/// The folder that a file is in.
 QByteArray FolderOf(const QByteArray& path);

@@ -42,8 +42,7 @@ class KeyUse {
   std::vector<Owned> ofPaths_;
 };
 
-/// What the thresholds rows of a kind make together with the alignments of the main file, by alignments'
-/// keys.
+/// How the thresholds rows of a kind match the alignments of the main file, by alignments' keys.
 struct ThresholdsUse {
   ThresholdsUse(const KeyUse& mainFile, const Sqlite& db, Kind kind);
 

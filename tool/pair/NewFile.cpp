@@ -35,7 +35,7 @@ NewFile::NewFile(const QByteArray& content, const QString& name)
   descriptor_ = mkostemp(beside_.data(), O_CLOEXEC);
   if (descriptor_ < 0) FailWithErrno(shown_);
   try {
-    // Held as long as the run lives: what nobody holds was left by one that was killed.
+    // Locked as long as the run lives: a file that nobody has locked was left by a run that was killed.
     flock(descriptor_, LOCK_EX | LOCK_NB);
     const Descriptor source(content, O_RDONLY);
     if (!source.IsOpen()) FailWithErrno(content);

@@ -5,8 +5,8 @@
 #include <QByteArray>
 #include <QString>
 
-/// A file that is to stand where none does. It is written whole beside its place, under a name of its own
-/// (NAME.creating-XXXXXX), and then moved there, so at its place it is complete or absent.
+/// A file that is to be where none is. It is written whole beside its place, under a name of its own
+/// (NAME.creating-XXXXXX), and then moved there, so in its place it is complete or absent.
 class NewFile {
  public:
   /// Copies the content and syncs it. Throws a Failure, and leaves nothing.
@@ -36,9 +36,9 @@ class NewFile {
 /// would stand without its thresholds. Both or, unless the run is killed, neither.
 void PlaceTogether(NewFile* mainFile, NewFile* thresholdsFile);
 
-/// What a program that simply makes a file gives it.
+/// The mode that a program's files have if it asks for nothing special.
 mode_t OrdinaryMode();
-/// Never over another file, also where one comes to stand there meanwhile; else false, with errno.
+/// Never over another file, even if one appears there meanwhile; else false, with errno.
 bool MoveToFreePlace(const QByteArray& from, const QByteArray& to);
-/// A path with nothing in it that a pattern of names would take for more than itself.
+/// The path without anything that a name pattern would take for more than itself.
 QByteArray EscapedForPattern(const QByteArray& path);

@@ -61,7 +61,7 @@ SourceFile::SourceFile(const QString& name, Needs needs) : shown_(FileName::Show
   }
 }
 
-// Closing a file gives up all locks that the process has on it.
+// Closing a file releases all locks that the process has on it.
 SourceFile::~SourceFile() {
   if (logIndex_ >= 0) close(logIndex_);
   close(descriptor_);
@@ -134,8 +134,8 @@ QByteArray SourceFile::SuperJournal(int journal, off_t size) const {
   return sum == 0 ? name : QByteArray();
 }
 
-// As SQLite decides: a journal counts where nobody is in the middle of the change, and where the journal that
-// it shares with another file, if it does, still stands. Once that is gone the change was committed.
+// As SQLite decides: a journal counts if nobody is in the middle of the change and if the journal that it
+// shares with another file, should there be one, still exists. Once that is gone the change was committed.
 void SourceFile::LookAtJournal() {
   rollsBack_ = false;
   namesSuperJournal_ = false;
@@ -160,7 +160,7 @@ void SourceFile::LookAtJournal() {
 }
 
 // While these are held nobody moves the log into the file or starts it anew; what is added at its end
-// meanwhile is a whole change or passed over.
+// meanwhile is a whole change or is ignored.
 bool SourceFile::LockLog() {
   const QByteArray path = path_ + "-shm";
   logIndex_ = open(path.constData(), O_RDONLY | O_CLOEXEC);
