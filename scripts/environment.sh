@@ -103,6 +103,7 @@ END
 
 large_group benchmarks 'benchmarks' <<'END'
 command -v python3 | python3
+command -v sqlite3 | sqlite3
 pkg-config --exists benchmark | libbenchmark-dev
 have_header SQLiteCpp/SQLiteCpp.h | libsqlitecpp-dev
 compgen -G "$(pkg-config --variable=libdir Qt5Core)/qt5/plugins/sqldrivers/libqsqlite.so" | libqt5sql5-sqlite
