@@ -59,13 +59,6 @@ command -v clang-format-14 | clang-format-14
 command -v clang-tidy-14 | clang-tidy-14
 END
 
-group pictures <<'END'
-command -v pdftoppm | poppler-utils
-command -v ogr2ogr | gdal-bin
-command -v bc | bc
-[ -n "$(fc-list)" ] | fonts-dejavu-core
-END
-
 group coverage <<'END'
 command -v gcovr | gcovr
 END
@@ -101,6 +94,17 @@ command -v GeodSolve | geographiclib-tools
 command -v sqlite3 | sqlite3
 END
 
+large_group pictures 'pages and pictures' <<'END'
+command -v python3 | python3
+command -v pdftoppm | poppler-utils
+command -v ogr2ogr | gdal-bin
+command -v bc | bc
+[ -e /usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf ] | fonts-dejavu-core
+command -v fc-list | fontconfig
+have_font_for ar | fonts-noto-core
+have_font_for ja | fonts-noto-cjk
+END
+
 large_group benchmarks 'benchmarks' <<'END'
 command -v python3 | python3
 command -v sqlite3 | sqlite3
@@ -108,6 +112,8 @@ pkg-config --exists benchmark | libbenchmark-dev
 have_header SQLiteCpp/SQLiteCpp.h | libsqlitecpp-dev
 compgen -G "$(pkg-config --variable=libdir Qt5Core)/qt5/plugins/sqldrivers/libqsqlite.so" | libqt5sql5-sqlite
 END
+
+have_font_for() { [ -n "$(fc-list ":lang=$1")" ]; }
 
 have_header() { echo "#include <$1>" | g++ -std=c++17 -E -x c++ -; }
 
