@@ -150,9 +150,10 @@ void Edit::RequireWritable() const {
   }
 }
 
+// The journal of a file that was in WAL mode until now is this connection's own, in use and empty.
 void Edit::RemoveLeftovers() const {
-  RemoveIfBegun(mainPath_ + "-journal");
-  if (copies_.HasThresholds()) RemoveIfBegun(thresholdsPath_ + "-journal");
+  if (!mainHasLog_) RemoveIfBegun(mainPath_ + "-journal");
+  if (copies_.HasThresholds() && !thresholdsHaveLog_) RemoveIfBegun(thresholdsPath_ + "-journal");
   glob_t found{};
   if (glob((EscapedForPattern(mainPath_) + "-mj?????????").constData(), GLOB_NOSORT, nullptr, &found) == 0) {
     for (std::size_t number = 0; number < found.gl_pathc; ++number) RemoveIfAbandoned(found.gl_pathv[number]);
