@@ -10,6 +10,7 @@
 #include "store/AllStores.h"
 #include "tests/support/DatabaseDump.h"
 #include "tests/tool/KillSweep.h"
+#include "tests/tool/SmallDisk.h"
 
 namespace {
 
@@ -216,6 +217,18 @@ TEST_F(MigrateTest, AFileInUseIsNotConverted) {
   }
   EXPECT_EQ(ReadFile("m"), before);
 }
+
+class MigrateOnSmallDiskTest : public SmallDisk {};
+
+TEST_P(MigrateOnSmallDiskTest, TheFileStaysAsItWas) {
+  LoadSqlFile(Path("m"), TARNBEAM_GOLDEN_FOLDER "/version_5.sql");
+  Sweep({"migrate", "m", "t"}, LimitsFiles() ? 4 : int(ReadFile("m").size()) / 1024, 16);
+  EXPECT_EQ(RunWell({"version", "m"}), "7\n");
+  EXPECT_EQ(Run({"check", "m", "t"}).status, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Shortage, MigrateOnSmallDiskTest,
+                         testing::Values(Shortage::SmallFileSystem, Shortage::SmallFiles), SmallDisk::NameOf);
 
 // Killed while it changes the folder of the file.
 class KillMigrateTest : public KillSweep {
