@@ -71,7 +71,7 @@ class ConversionSweep : public SweptConversion {
                                 QDir::Files | QDir::Hidden);
   }
 
-  // The new file, whole but for what need not succeed.
+  // The new file, whole except for what need not succeed.
   void ExpectConverted() {
     const QString uncounted = QLatin1String(GetParam().uncounted);
     const auto counted = [&](const QStringList& lines) {
@@ -100,7 +100,7 @@ TEST_P(ConversionSweep, EveryCallFailsOnce) {
     for (const int code : CodesOf(call)) {
       SCOPED_TRACE("call " + std::to_string(number) + " fails with " + std::to_string(code) + ": " +
                    call.toStdString());
-      // What fails to be run or prepared is always logged; a step and a bind are the caller's to tell.
+      // A failure to run or prepare is always logged; a failed step or bind is for the caller to log.
       const bool logged = !call.startsWith(QLatin1String("step")) && !call.startsWith(QLatin1String("bind"));
       Fail([&, code] { SqliteCalls::Arm(Fault("", code).At(number)); },
            logged && !call.startsWith(QLatin1String("close")));
@@ -122,7 +122,7 @@ TEST_P(ConversionSweep, ACopyLeftBesideTheFileIsSeen) {
   EXPECT_EQ(CopiesBesideMain(), QStringList{"main.sqlite.converted-a1B2c3"});
 }
 
-// Its calls and lines are those that are recorded, to the letter, also with each of its calls failing once.
+// Its calls and lines are those that are recorded, to the letter, even with each of its calls failing once.
 TEST_P(ConversionSweep, TraceIsAsRecorded) {
   SqliteCalls::Reset();
   const auto run = [&] {

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <algorithm>
 #include <array>
 
@@ -75,25 +76,26 @@ bool Traced::EntersChange() const {
     case SYS_unlink:
     case SYS_rename:
     case SYS_link:
-      return IsThere(arguments[0]);
+      return IsThere(AT_FDCWD, arguments[0]);
 #endif
     case SYS_unlinkat:
     case SYS_renameat2:
     case SYS_linkat:
-      return IsThere(arguments[1]);
+      return IsThere(int(arguments[0]), arguments[1]);
     case SYS_openat:
-      return (arguments[2] & O_CREAT) != 0 && IsThere(arguments[1]);
+      return (arguments[2] & O_CREAT) != 0 && IsThere(int(arguments[0]), arguments[1]);
     default:
       return false;
   }
 }
 
 bool Traced::LeadsThere(int descriptor) const {
-  const QString path = QFile::symLinkTarget(QString("/proc/%1/fd/%2").arg(child_).arg(descriptor));
-  return path == folder_ || path.startsWith(folder_ + '/');
+  const QString target = QFile::symLinkTarget(QString("/proc/%1/fd/%2").arg(child_).arg(descriptor));
+  return (target + '/').startsWith(folder_ + '/');
 }
 
-bool Traced::IsThere(quint64 address) const {
+// The program empties folders of its own by names that are relative to them.
+bool Traced::IsThere(int folder, quint64 address) const {
   // In two pieces: the page after the one that the text begins in need not be there.
   constexpr quint64 PageSize = 4096;
   std::array<char, 512> text{};
@@ -104,22 +106,27 @@ bool Traced::IsThere(quint64 address) const {
                                     iovec{reinterpret_cast<void*>(address + inPage), wanted - inPage}};
   if (process_vm_readv(child_, &local, 1, remote.data(), remote.size(), 0) <= 0) return false;
   const QByteArray path(text.data());
-  return !path.startsWith('/') || path.startsWith(folder_.toUtf8() + '/');
+  if (path.startsWith('/')) return path.startsWith(folder_.toUtf8() + '/');
+  return folder == AT_FDCWD || LeadsThere(folder);
 }
 
 void PrintTo(const Change& change, std::ostream* out) { *out << change.name; }
 
 std::string NameOf(const testing::TestParamInfo<Change>& test) { return test.param.name; }
 
+bool KillSweep::IsOfUser(const QString& name) const {
+  return !name.endsWith(".json") && QFileInfo(Path(name)).isFile();
+}
+
 void KillSweep::Keep() {
   for (const QString& name : FilesInFolder()) {
-    if (!name.endsWith(".json")) files_[name] = ReadFile(name);
+    if (IsOfUser(name)) files_[name] = ReadFile(name);
   }
 }
 
 void KillSweep::Restore() {
   for (const QString& name : FilesInFolder()) {
-    if (!name.endsWith(".json")) QFile::remove(Path(name));
+    if (IsOfUser(name)) QFile::remove(Path(name));
   }
   for (auto file = files_.cbegin(); file != files_.cend(); ++file) WriteFile(file.key(), file.value());
 }

@@ -23,7 +23,7 @@ class Traced {
  private:
   bool EntersChange() const;
   bool LeadsThere(int descriptor) const;
-  bool IsThere(quint64 address) const;
+  bool IsThere(int folder, quint64 address) const;
 
   const QString folder_;
   pid_t child_ = -1;
@@ -46,7 +46,8 @@ std::string NameOf(const testing::TestParamInfo<Change>& test);
 // were to be, all of them, for whoever looks at them next, and the next change comes through.
 class KillSweep : public ToolTest, public testing::WithParamInterface<Change> {
  protected:
-  // Keeps the files of the folder for Restore(). Names that end with .json are no files of the user's.
+  // Keeps the files of the folder for Restore(); not those in further folders, nor those whose names end with
+  // .json.
   void Keep();
   void Restore();
 
@@ -60,6 +61,7 @@ class KillSweep : public ToolTest, public testing::WithParamInterface<Change> {
   void Sweep();
 
  private:
+  bool IsOfUser(const QString& name) const;
   // Seen, which changes nothing of what was left behind.
   QString SeenQuietly();
   // The files that are there, as SQLite itself makes them of what was left behind.

@@ -1,4 +1,6 @@
 // Runs that are killed leave both files as they were or as they were to be.
+#include <QDir>
+
 #include "tests/support/DatabaseDump.h"
 #include "tests/tool/KillSweep.h"
 
@@ -11,6 +13,9 @@ class KillTest : public KillSweep {
     CreateFilesWith({SiteEntry("S", "1"), SiteEntry("S", "2"), PathEntry("P")});
     WriteJson("none.json", {});
     WriteJson("more.json", {SiteEntry("T"), PathEntry("P"), PathEntry("Q")});
+    ASSERT_TRUE(QDir(Folder()).mkdir("source"));
+    RunWell({"create", "source/m", "source/t"});
+    RunWell({"import", "source/m", "source/t", "more.json"});
     Keep();
   }
 
@@ -20,7 +25,7 @@ class KillTest : public KillSweep {
     const QString seen = Seen();
     EXPECT_EQ(RunWell({"import", "m", "t", "none.json"}), "0 alignments saved, 0 of sites and 0 of paths\n");
     EXPECT_EQ(Seen(), seen);
-    return {"in.json", "m", "more.json", "none.json", "t"};
+    return {"in.json", "m", "more.json", "none.json", "source", "t"};
   }
 };
 
@@ -29,6 +34,7 @@ TEST_P(KillTest, BothFilesAreBeforeOrAfter) { Sweep(); }
 INSTANTIATE_TEST_SUITE_P(
     Tool, KillTest,
     testing::Values(Change{"Import", {"import", "m", "t", "more.json"}, 3},
+                    Change{"Merge", {"merge", "m", "t", "source/m", "source/t"}, 3},
                     Change{"DeleteSite", {"delete", "m", "t", "--site", "S", "--yes"}, 3},
                     Change{"DeleteReport", {"delete", "m", "t", "--path", "P", "--index", "0", "--yes"}, 3}),
     NameOf);

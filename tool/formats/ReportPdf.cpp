@@ -402,7 +402,7 @@ class Page {
   QPainter painter_;
   const Reports& reports_;
   const ReportPdf::Head& head_;
-  /// In the order in which they come, and each one's place in it.
+  /// In the order in which they first occur, and the place of each in it.
   QStringList sectors_;
   QHash<QString, int> numbers_;
   double y_ = Margin;
@@ -427,7 +427,7 @@ void Draw(const Reports& reports, const ReportPdf::Head& head, QIODevice* device
   if (!page.End()) throw Failure(QStringLiteral("the pages of %1 cannot be drawn").arg(reports.identifier));
 }
 
-/// Of a file that took its place just now: the place is on the disk as well.
+/// After a file has taken its place: makes sure that the folder's entry is on the disk as well.
 void SyncFolder(const QString& path) {
   const QByteArray folder = QFile::encodeName(QFileInfo(path).absolutePath());
   const int descriptor = open(folder.constData(), O_RDONLY | O_CLOEXEC);
@@ -462,7 +462,7 @@ QString Writer::Write(const Reports& reports) {
     throw Failure(FileName::Shown(path) + QStringLiteral(": cannot be written (%1)").arg(file.errorString()));
   }
   Draw(reports, head_, &file);
-  // What the file system still holds back may be what no longer fits.
+  // What the file system still holds back may no longer fit.
   const bool whole = file.flush() && fsync(file.handle()) == 0;
   const QString reason = whole ? QString() : FileName::SystemError(errno);
   if (!whole) file.cancelWriting();
@@ -475,7 +475,7 @@ QString Writer::Write(const Reports& reports) {
 }
 
 QString Writer::NewPath(const Reports& reports) {
-  // An identifier may hold what separates folders, and what changes a terminal.
+  // An identifier may hold folder separators, and characters that act on a terminal.
   const QString name = Console::Printable(reports.pdfName).replace(QLatin1Char('/'), QLatin1Char('_'));
   QString unique = name;
   for (int number = 2; names_.contains(unique); ++number) {

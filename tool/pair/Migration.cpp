@@ -27,7 +27,7 @@ constexpr auto Steps =
     AllConverters::Table([](auto converter) { return &Convert<typename decltype(converter)::Type>; });
 static_assert(Steps.size() == CurrentSchemaVersion - 1, "a version without its converter");
 
-/// Tables whose rows all steps are to carry over.
+/// Tables whose rows every step has to carry over.
 constexpr const char* KeptTables[] = {"AntennaAlignment", "PathAlignment", "Preferences",
                                       "SiteScreenContents", "PathScreenContents"};
 
@@ -36,7 +36,7 @@ class Conversion {
   Conversion(PrivatePair* copies, bool acceptLosses, const Deadline& deadline)
       : copies_(copies), acceptLosses_(acceptLosses), deadline_(deadline) {}
 
-  /// What was done, a line a step.
+  /// Returns what was done, a line per step.
   QString Run() {
     TakeOutSurplus();
     const QVector<qint64> before = Counts();

@@ -31,7 +31,9 @@ struct Values {
 Values ValuesOf(const Alignment& a) {
   const auto bits = [](int number) { return static_cast<double>(static_cast<quint32>(number)); };
   Values values;
-  values.numbers = {static_cast<double>(a.time.toSecsSinceEpoch()),
+  // All bits set stand for no time.
+  const auto time = static_cast<quint32>(a.time.isValid() ? a.time.toSecsSinceEpoch() : -1);
+  values.numbers = {static_cast<double>(time),
                     a.targetAzimuth,
                     a.targetTilt,
                     a.targetRoll,
@@ -97,9 +99,9 @@ Values ReadValues(const Sqlite::Rows& rows, const Values& like) {
 
 }  // namespace
 
-Saving::Saving(Edit* edit)
-    : edit_(edit),
-      store_(edit->Copies().Store()),
+Saving::Saving(const PrivatePair& copies)
+    : copies_(copies),
+      store_(copies.Store()),
       before_(Count()),
       sitesBefore_(EndsOf(Kind::Site)),
       pathsBefore_(EndsOf(Kind::Path)) {}
@@ -107,7 +109,7 @@ Saving::Saving(Edit* edit)
 Saving::Counts Saving::Count() const {
   Counts counts{};
   for (std::size_t at = 0; at < Growths.size(); ++at) {
-    counts.at(at) = edit_->Copies().Db().Number(QByteArray("SELECT count(*) FROM ") + Growths.at(at).table);
+    counts.at(at) = copies_.Db().Number(QByteArray("SELECT count(*) FROM ") + Growths.at(at).table);
   }
   return counts;
 }
@@ -115,7 +117,7 @@ Saving::Counts Saving::Count() const {
 Saving::Ends Saving::EndsOf(Kind kind) const {
   const Belonging::Tables& tables = Belonging::Of(kind);
   const auto end = [&](const QByteArray& table) {
-    return edit_->Copies().Db().Number("SELECT max(rowid) FROM " + table);
+    return copies_.Db().Number("SELECT max(rowid) FROM " + table);
   };
   return {end(QByteArray("main.") + tables.alignments), end(QByteArray("thresholds.") + tables.thresholds)};
 }
@@ -147,7 +149,7 @@ void Saving::RequireRows() const {
 }
 
 void Saving::RequireValues(Kind kind, const Ends& before, const std::vector<Alignment>& saved) const {
-  Sqlite::Rows rows = edit_->Copies().Db().Select(ValuesSql(kind));
+  Sqlite::Rows rows = copies_.Db().Select(ValuesSql(kind));
   rows.Bind(1, before.alignments).Bind(2, before.thresholds);
   for (const Alignment& alignment : saved) {
     const Values wanted = ValuesOf(alignment);

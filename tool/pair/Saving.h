@@ -4,17 +4,17 @@
 #include <vector>
 
 #include "tool/Alignment.h"
-#include "tool/pair/Edit.h"
 #include "tool/pair/LibraryCall.h"
+#include "tool/pair/PrivatePair.h"
 
-/// Saves alignments through the library into the private copies of an edit.
+/// Saves alignments through the library into private copies.
 class Saving {
  public:
-  explicit Saving(Edit* edit);
+  explicit Saving(const PrivatePair& copies);
   /// Throws a Failure that begins with `what` unless all went well.
   void Save(const Alignment& alignment, const QString& what);
   /// Throws a Failure unless every row that the saves should have made is there, with the values that were to
-  /// be saved: a trigger can do away with one, or alter it, without anybody noticing.
+  /// be saved: a trigger can remove one, or alter it, without anybody noticing.
   void RequireAllKept();
 
  private:
@@ -30,7 +30,7 @@ class Saving {
   void RequireRows() const;
   void RequireValues(Kind kind, const Ends& before, const std::vector<Alignment>& saved) const;
 
-  Edit* const edit_;
+  const PrivatePair& copies_;
   const std::shared_ptr<IAlignmentDatabase> store_;
   const Counts before_;
   const Ends sitesBefore_;

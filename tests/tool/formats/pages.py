@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Pages as poppler shows them: what stands on them, that nothing is cut off or lies on something else.
+"""Pages as poppler shows them: what is on them, and that nothing is cut off or overlaps.
 
 pages.py TOOL SURVEY: SURVEY is a JSON file whose first entries are copied.
 """
