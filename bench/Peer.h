@@ -49,10 +49,7 @@ class Peer : public Contender {
       Connection db(Paths::main);
       db.Execute("BEGIN TRANSACTION;");
       site = FindOrInsert(db, Statements::site, sample_.site);
-      const int target = InsertThree(db, Statements::insertOrientation, sample_.target);
-      const int measured = InsertThree(db, Statements::insertOrientation, sample_.measured);
-      const int location = InsertThree(db, Statements::insertGeolocation, sample_.location);
-      const int height = InsertHeight(db);
+      const auto [target, measured, location, height] = InsertParts(db, sample_.target);
       Query row(db, texts_.insertAntennaAlignment);
       row.Bind(site).Bind(sample_.sector).Bind(sample_.position).Bind(sample_.azimuthOffset).Bind(target);
       row.Bind(location).Bind(static_cast<int>(sample_.time)).Bind(measured).Bind(height);
@@ -73,10 +70,7 @@ class Peer : public Contender {
       db.Execute("BEGIN TRANSACTION;");
       path = FindOrInsert(db, Statements::path, sample_.path);
       const int farEnd = InsertThree(db, Statements::insertGeolocation, sample_.farEnd);
-      const int target = InsertThree(db, Statements::insertOrientation, sample_.pathTarget);
-      const int measured = InsertThree(db, Statements::insertOrientation, sample_.measured);
-      const int location = InsertThree(db, Statements::insertGeolocation, sample_.location);
-      const int height = InsertHeight(db);
+      const auto [target, measured, location, height] = InsertParts(db, sample_.pathTarget);
       Query row(db, texts_.insertPathAlignment);
       row.Bind(path).Bind(sample_.none).Bind(sample_.none).Bind(sample_.azimuthOffset).Bind(farEnd);
       row.Bind(target).Bind(location).Bind(static_cast<int>(sample_.time)).Bind(measured).Bind(height);
@@ -242,10 +236,21 @@ class Peer : public Contender {
     return query.LastKey();
   }
 
-  int InsertHeight(Connection& db) const {
+  struct Parts {
+    int target;
+    int measured;
+    int location;
+    int height;
+  };
+  Parts InsertParts(Connection& db, const double (&target)[3]) const {
+    Parts parts{};
+    parts.target = InsertThree(db, Statements::insertOrientation, target);
+    parts.measured = InsertThree(db, Statements::insertOrientation, sample_.measured);
+    parts.location = InsertThree(db, Statements::insertGeolocation, sample_.location);
     Query query(db, Statements::insertHeight);
     query.Bind(sample_.height).Bind(sample_.heightType).Step();
-    return query.LastKey();
+    parts.height = query.LastKey();
+    return parts;
   }
 
   static void InsertThresholds(const char* sql, int alignment, int owner, const double (&values)[3]) {

@@ -78,6 +78,15 @@ bool End(sqlite3* db) { return Execute(db, "END TRANSACTION;", "End Transaction"
 
 bool RollBack(sqlite3* db) { return Execute(db, "ROLLBACK;", "Roll Back"); }
 
+bool Finish(sqlite3* db, bool commit) {
+  if (commit) {
+    End(db);
+  } else {
+    RollBack(db);
+  }
+  return commit;
+}
+
 sqlite3_stmt* Prepare(sqlite3* db, const char* sql, const char* description) {
   if (db == nullptr || sql == nullptr || description == nullptr) return nullptr;
   sqlite3_stmt* statement = nullptr;

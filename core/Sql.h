@@ -28,6 +28,8 @@ bool Execute(sqlite3* db, const char* sql, const char* description);
 bool Begin(sqlite3* db);
 bool End(sqlite3* db);
 bool RollBack(sqlite3* db);
+/// End() where `commit` says so, else RollBack(); answers `commit`, whatever became of either.
+bool Finish(sqlite3* db, bool commit);
 
 /// Null on failure, which is logged. The caller owns the statement.
 sqlite3_stmt* Prepare(sqlite3* db, const char* sql, const char* description);

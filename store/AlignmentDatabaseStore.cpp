@@ -115,17 +115,10 @@ bool AlignmentDatabaseStore::SaveAntennaAlignment(sqlite3* db, long long siteKey
                                                   long long heightKey, QDateTime& time,
                                                   long long* alignmentKey, bool tiltInversionEnabled,
                                                   QString note, int rollPrecision) {
-  const StoreRows::SiteAlignment alignment{siteKey,
-                                           sectorName,
+  const StoreRows::PartKeys parts{targetOrientationKey, measuredOrientationKey, locationKey, heightKey};
+  const StoreRows::SiteAlignment alignment{sectorName,
                                            antennaPosition,
-                                           azimuthOffset,
-                                           targetOrientationKey,
-                                           measuredOrientationKey,
-                                           locationKey,
-                                           heightKey,
-                                           time,
-                                           tiltInversionEnabled,
-                                           note,
+                                           {siteKey, azimuthOffset, parts, time, tiltInversionEnabled, note},
                                            rollPrecision};
   return StoreRows::SaveSiteAlignment(db, StoreIdentity::Of(this).texts, alignment, alignmentKey);
 }
@@ -143,16 +136,9 @@ bool AlignmentDatabaseStore::SavePathAlignment(sqlite3* db, long long pathKey, f
                                                long long measuredOrientationKey, long long locationKey,
                                                long long heightKey, QDateTime& time, long long* alignmentKey,
                                                bool tiltInversionEnabled, QString note) {
-  const StoreRows::PathAlignment alignment{pathKey,
-                                           azimuthOffset,
-                                           pathLocationKey,
-                                           targetOrientationKey,
-                                           measuredOrientationKey,
-                                           locationKey,
-                                           heightKey,
-                                           time,
-                                           tiltInversionEnabled,
-                                           note};
+  const StoreRows::PartKeys parts{targetOrientationKey, measuredOrientationKey, locationKey, heightKey};
+  const StoreRows::PathAlignment alignment{{pathKey, azimuthOffset, parts, time, tiltInversionEnabled, note},
+                                           pathLocationKey};
   return StoreRows::SavePathAlignment(db, StoreIdentity::Of(this).texts, alignment, alignmentKey);
 }
 
@@ -225,8 +211,8 @@ bool AlignmentDatabaseStore::GetSingleSiteMeasurementKeys(sqlite3* db, long long
                                                           long long* targetOrientationKey,
                                                           long long* measuredOrientationKey,
                                                           long long* locationKey, long long* siteHeightKey) {
-  return RecordDeletion::FindSiteAlignmentKeys(db, alignmentKey, targetOrientationKey, measuredOrientationKey,
-                                               locationKey, siteHeightKey);
+  return RecordDeletion::FindSiteAlignmentKeys(
+      db, alignmentKey, {targetOrientationKey, measuredOrientationKey, locationKey, siteHeightKey});
 }
 
 bool AlignmentDatabaseStore::GetSinglePathMeasurementKeys(sqlite3* db, long long alignmentKey,
@@ -234,20 +220,21 @@ bool AlignmentDatabaseStore::GetSinglePathMeasurementKeys(sqlite3* db, long long
                                                           long long* measuredOrientationKey,
                                                           long long* pathLocationKey, long long* locationKey,
                                                           long long* siteHeightKey) {
-  return RecordDeletion::FindPathAlignmentKeys(db, alignmentKey, targetOrientationKey, measuredOrientationKey,
-                                               pathLocationKey, locationKey, siteHeightKey);
+  return RecordDeletion::FindPathAlignmentKeys(
+      db, alignmentKey,
+      {targetOrientationKey, measuredOrientationKey, pathLocationKey, locationKey, siteHeightKey});
 }
 
 bool AlignmentDatabaseStore::GetAllRelatedSiteKeys(sqlite3* db, long long siteKey,
                                                    QVector<int>* orientationKeys,
                                                    QVector<int>* geolocationKeys, QVector<int>* heightKeys) {
-  return RecordDeletion::FindSiteKeys(db, siteKey, orientationKeys, geolocationKeys, heightKeys);
+  return RecordDeletion::FindSiteKeys(db, siteKey, {orientationKeys, geolocationKeys, heightKeys});
 }
 
 bool AlignmentDatabaseStore::GetAllRelatedPathKeys(sqlite3* db, long long pathKey,
                                                    QVector<int>* orientationKeys,
                                                    QVector<int>* geolocationKeys, QVector<int>* heightKeys) {
-  return RecordDeletion::FindPathKeys(db, pathKey, orientationKeys, geolocationKeys, heightKeys);
+  return RecordDeletion::FindPathKeys(db, pathKey, {orientationKeys, geolocationKeys, heightKeys});
 }
 
 bool AlignmentDatabaseStore::GenericBatchKeyDelete(sqlite3* db, QVector<int>* keys, const char* table,
@@ -258,7 +245,7 @@ bool AlignmentDatabaseStore::GenericBatchKeyDelete(sqlite3* db, QVector<int>* ke
 bool AlignmentDatabaseStore::DeleteAssociatedRecordsByKeys(sqlite3* db, QVector<int>* orientationKeys,
                                                            QVector<int>* geolocationKeys,
                                                            QVector<int>* heightKeys) {
-  return RecordDeletion::DeleteAssociated(db, orientationKeys, geolocationKeys, heightKeys);
+  return RecordDeletion::DeleteAssociated(db, {orientationKeys, geolocationKeys, heightKeys});
 }
 
 // ---- preferences and screens

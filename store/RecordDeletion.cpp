@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 
@@ -23,6 +24,27 @@ bool DeleteRowByKey(sqlite3* db, const long long* key, const char* sql, const ch
   return statement.StepUntilDone([] {}) == SQLITE_DONE;
 }
 
+/// `read` sees each row, `stepped` each step's result.
+template <typename Read, typename Stepped>
+bool ReadRows(Statement* statement, long long key, Read read, Stepped stepped) {
+  statement->Key(key, "SQL bind failed with ");
+  return statement->StepUntilDone(read, stepped) == SQLITE_DONE;
+}
+
+void Silent(int /*result*/) {}
+
+template <size_t Count>
+bool NoneIsNull(const std::array<long long*, Count>& keys) {
+  return std::find(keys.begin(), keys.end(), nullptr) == keys.end();
+}
+
+/// The keys in the order of the row's columns.
+template <size_t Count>
+void ReadColumns(const Statement& row, const std::array<long long*, Count>& keys) {
+  int column = 0;
+  for (long long* key : keys) *key = row.IntColumn(column++);
+}
+
 }  // namespace
 
 namespace RecordDeletion {
@@ -37,53 +59,30 @@ bool DeletePath(sqlite3* db, const long long* pathKey) {
                         "SQL bind PathKey (key delete) failed with ");
 }
 
-bool FindSiteAlignmentKeys(sqlite3* db, long long alignmentKey, long long* targetOrientationKey,
-                           long long* measuredOrientationKey, long long* locationKey,
-                           long long* siteHeightKey) {
-  const std::array<long long*, 4> keys{targetOrientationKey, measuredOrientationKey, locationKey,
-                                       siteHeightKey};
-  for (const long long* key : keys) {
-    if (key == nullptr) return false;
-  }
-  if (db == nullptr) return false;
+bool FindSiteAlignmentKeys(sqlite3* db, long long alignmentKey, const std::array<long long*, 4>& keys) {
+  if (db == nullptr || !NoneIsNull(keys)) return false;
   Statement statement(db,
                       "SELECT TargetOrientationKey, MeasuredOrientationKey, LocationKey, SiteHeightKey FROM "
                       "AntennaAlignment WHERE AntennaAlignmentKey=?",
                       "Fetch Keys For Site");
-  statement.Key(alignmentKey, "SQL bind failed with ");
-  const int result = statement.StepUntilDone([&] {
-    int column = 0;
-    for (long long* key : keys) *key = statement.IntColumn(column++);
-  });
-  return result == SQLITE_DONE;
+  return ReadRows(
+      &statement, alignmentKey, [&] { ReadColumns(statement, keys); }, Silent);
 }
 
-bool FindPathAlignmentKeys(sqlite3* db, long long alignmentKey, long long* targetOrientationKey,
-                           long long* measuredOrientationKey, long long* pathLocationKey,
-                           long long* locationKey, long long* siteHeightKey) {
-  const std::array<long long*, 5> keys{targetOrientationKey, measuredOrientationKey, pathLocationKey,
-                                       locationKey, siteHeightKey};
-  for (const long long* key : keys) {
-    if (key == nullptr) return false;
-  }
-  if (db == nullptr) return false;
+bool FindPathAlignmentKeys(sqlite3* db, long long alignmentKey, const std::array<long long*, 5>& keys) {
+  if (db == nullptr || !NoneIsNull(keys)) return false;
   LogDebug("Finding keys for a specific path measurement");
   Statement statement(db,
                       "SELECT TargetOrientationKey, MeasuredOrientationKey, PathLocationKey, LocationKey, "
                       "SiteHeightKey FROM PathAlignment WHERE PathAlignmentKey=?",
                       "Fetch Keys For Path");
-  statement.Key(alignmentKey, "SQL bind failed with ");
-  const auto readKeys = [&] {
-    int column = 0;
-    for (long long* key : keys) *key = statement.IntColumn(column++);
-  };
-  return statement.StepUntilDone(readKeys, [](int result) { LogDebug("Sqlite step rval: ", result); }) ==
-         SQLITE_DONE;
+  return ReadRows(
+      &statement, alignmentKey, [&] { ReadColumns(statement, keys); },
+      [](int result) { LogDebug("Sqlite step rval: ", result); });
 }
 
-bool FindSiteKeys(sqlite3* db, long long siteKey, QVector<int>* orientationKeys,
-                  QVector<int>* geolocationKeys, QVector<int>* heightKeys) {
-  if (db == nullptr || orientationKeys == nullptr || geolocationKeys == nullptr || heightKeys == nullptr) {
+bool FindSiteKeys(sqlite3* db, long long siteKey, const KeyLists& lists) {
+  if (db == nullptr || !lists.Complete()) {
     LogDebug("Null vector passed in for key site key retrieval");
     return false;
   }
@@ -91,32 +90,27 @@ bool FindSiteKeys(sqlite3* db, long long siteKey, QVector<int>* orientationKeys,
                       "SELECT TargetOrientationKey, MeasuredOrientationKey, LocationKey, SiteHeightKey FROM "
                       "AntennaAlignment WHERE SiteKey=?",
                       "Fetch Keys For Site");
-  statement.Key(siteKey, "SQL bind failed with ");
-  const int result = statement.StepUntilDone([&] {
-    *orientationKeys << statement.IntColumn(0) << statement.IntColumn(1);
-    *geolocationKeys << statement.IntColumn(2);
-    *heightKeys << statement.IntColumn(3);
-  });
-  return result == SQLITE_DONE;
+  const auto read = [&] {
+    *lists.orientations << statement.IntColumn(0) << statement.IntColumn(1);
+    *lists.geolocations << statement.IntColumn(2);
+    *lists.heights << statement.IntColumn(3);
+  };
+  return ReadRows(&statement, siteKey, read, Silent);
 }
 
-bool FindPathKeys(sqlite3* db, long long pathKey, QVector<int>* orientationKeys,
-                  QVector<int>* geolocationKeys, QVector<int>* heightKeys) {
-  if (db == nullptr || orientationKeys == nullptr || geolocationKeys == nullptr || heightKeys == nullptr) {
-    return false;
-  }
+bool FindPathKeys(sqlite3* db, long long pathKey, const KeyLists& lists) {
+  if (db == nullptr || !lists.Complete()) return false;
   LogDebug("Finding relevant path keys...");
   Statement statement(db,
                       "SELECT TargetOrientationKey, MeasuredOrientationKey, PathLocationKey, LocationKey, "
                       "SiteHeightKey FROM PathAlignment WHERE PathKey=?",
                       "Fetch Keys For Path");
-  statement.Key(pathKey, "SQL bind failed with ");
-  const int result = statement.StepUntilDone([&] {
-    *orientationKeys << statement.IntColumn(0) << statement.IntColumn(1);
-    *geolocationKeys << statement.IntColumn(2) << statement.IntColumn(3);
-    *heightKeys << statement.IntColumn(4);
-  });
-  return result == SQLITE_DONE;
+  const auto read = [&] {
+    *lists.orientations << statement.IntColumn(0) << statement.IntColumn(1);
+    *lists.geolocations << statement.IntColumn(2) << statement.IntColumn(3);
+    *lists.heights << statement.IntColumn(4);
+  };
+  return ReadRows(&statement, pathKey, read, Silent);
 }
 
 bool DeleteByKeys(sqlite3* db, const QVector<int>* keys, const char* table, const char* column) {
@@ -135,9 +129,8 @@ bool DeleteByKeys(sqlite3* db, const QVector<int>* keys, const char* table, cons
   return true;
 }
 
-bool DeleteAssociated(sqlite3* db, const QVector<int>* orientationKeys, const QVector<int>* geolocationKeys,
-                      const QVector<int>* heightKeys) {
-  if (db == nullptr || orientationKeys == nullptr || geolocationKeys == nullptr || heightKeys == nullptr) {
+bool DeleteAssociated(sqlite3* db, const KeyLists& lists) {
+  if (db == nullptr || !lists.Complete()) {
     LogDebug("Null vector passed in for record deletion");
     return false;
   }
@@ -146,14 +139,14 @@ bool DeleteAssociated(sqlite3* db, const QVector<int>* orientationKeys, const QV
     const char* table;
     const char* column;
     const char* failureLine;
-  } lists[] = {
-      {orientationKeys, "Orientation", "OrientationKey", "Failed to delete orientation keys"},
-      {geolocationKeys, "Geolocation", "GeolocationKey", "Failed to delete geolocation keys"},
-      {heightKeys, "Height", "HeightKey", "Failed to delete height keys"},
+  } deletions[] = {
+      {lists.orientations, "Orientation", "OrientationKey", "Failed to delete orientation keys"},
+      {lists.geolocations, "Geolocation", "GeolocationKey", "Failed to delete geolocation keys"},
+      {lists.heights, "Height", "HeightKey", "Failed to delete height keys"},
   };
-  for (const auto& list : lists) {
-    if (!DeleteByKeys(db, list.keys, list.table, list.column)) {
-      LogDebug(list.failureLine);
+  for (const auto& deletion : deletions) {
+    if (!DeleteByKeys(db, deletion.keys, deletion.table, deletion.column)) {
+      LogDebug(deletion.failureLine);
       return false;
     }
   }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QVector>
-#include <initializer_list>
+#include <array>
 
 struct sqlite3;
 
@@ -12,22 +12,25 @@ namespace RecordDeletion {
 bool DeleteSite(sqlite3* db, const long long* siteKey);
 bool DeletePath(sqlite3* db, const long long* pathKey);
 
-// Out of the row of one alignment. Without such a row the keys are left as they were.
-bool FindSiteAlignmentKeys(sqlite3* db, long long alignmentKey, long long* targetOrientationKey,
-                           long long* measuredOrientationKey, long long* locationKey,
-                           long long* siteHeightKey);
-bool FindPathAlignmentKeys(sqlite3* db, long long alignmentKey, long long* targetOrientationKey,
-                           long long* measuredOrientationKey, long long* pathLocationKey,
-                           long long* locationKey, long long* siteHeightKey);
+// Out of the row of one alignment: target and measured orientation, far end (paths), location, height.
+// Without such a row the keys are left as they were.
+bool FindSiteAlignmentKeys(sqlite3* db, long long alignmentKey, const std::array<long long*, 4>& keys);
+bool FindPathAlignmentKeys(sqlite3* db, long long alignmentKey, const std::array<long long*, 5>& keys);
+
+/// The caller's. A function that is given a null list refuses.
+struct KeyLists {
+  QVector<int>* orientations;
+  QVector<int>* geolocations;
+  QVector<int>* heights;
+
+  bool Complete() const { return orientations != nullptr && geolocations != nullptr && heights != nullptr; }
+};
 
 // Out of the rows of all alignments of a site or a path.
-bool FindSiteKeys(sqlite3* db, long long siteKey, QVector<int>* orientationKeys,
-                  QVector<int>* geolocationKeys, QVector<int>* heightKeys);
-bool FindPathKeys(sqlite3* db, long long pathKey, QVector<int>* orientationKeys,
-                  QVector<int>* geolocationKeys, QVector<int>* heightKeys);
+bool FindSiteKeys(sqlite3* db, long long siteKey, const KeyLists& lists);
+bool FindPathKeys(sqlite3* db, long long pathKey, const KeyLists& lists);
 
 bool DeleteByKeys(sqlite3* db, const QVector<int>* keys, const char* table, const char* column);
-bool DeleteAssociated(sqlite3* db, const QVector<int>* orientationKeys, const QVector<int>* geolocationKeys,
-                      const QVector<int>* heightKeys);
+bool DeleteAssociated(sqlite3* db, const KeyLists& lists);
 
 }  // namespace RecordDeletion

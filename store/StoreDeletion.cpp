@@ -26,9 +26,9 @@ struct AssociatedKeys {
     height << static_cast<int>(heightKey);
   }
 
-  bool DeleteRecords(sqlite3* db) const {
-    return RecordDeletion::DeleteAssociated(db, &orientation, &geolocation, &height);
-  }
+  RecordDeletion::KeyLists Lists() { return {&orientation, &geolocation, &height}; }
+
+  bool DeleteRecords(sqlite3* db) { return RecordDeletion::DeleteAssociated(db, Lists()); }
 
   void Log() const {
     LogList("OrientationKeys: ", orientation);
@@ -74,7 +74,7 @@ bool DeleteSiteRowsInTransaction(sqlite3* db, const StoreIdentity& store, const 
     return false;
   }
   if (associated) {
-    if (!RecordDeletion::FindSiteKeys(db, *siteKey, &keys.orientation, &keys.geolocation, &keys.height)) {
+    if (!RecordDeletion::FindSiteKeys(db, *siteKey, keys.Lists())) {
       LogDebug("Failed to retrieve relevant keys for this site");
       return false;
     }
@@ -93,12 +93,7 @@ bool DeleteSiteRowsInTransaction(sqlite3* db, const StoreIdentity& store, const 
 bool DeleteSiteRows(const StoreIdentity& store, const QString& siteIdentifier, long long* siteKey) {
   const Connection db(store.OpenMain());
   if (!db || !Sql::Begin(db)) return false;
-  if (!DeleteSiteRowsInTransaction(db, store, siteIdentifier, siteKey)) {
-    Sql::RollBack(db);
-    return false;
-  }
-  Sql::End(db);
-  return true;
+  return Sql::Finish(db, DeleteSiteRowsInTransaction(db, store, siteIdentifier, siteKey));
 }
 
 /// Required behaviour: true once the thresholds were deleted or could not be asked for, whatever became of
@@ -115,12 +110,7 @@ bool DeleteSiteThresholds(const StoreIdentity& store, long long siteKey, bool re
     if (RunOrLeaveOpen(store, &statement)) result = true;
     statement.Finalize();
   }
-  if (result) {
-    Sql::End(db);
-  } else {
-    Sql::RollBack(db);
-  }
-  return result;
+  return Sql::Finish(db, result);
 }
 
 // ---- every report of a path
@@ -132,7 +122,7 @@ void DeletePathRowsInTransaction(sqlite3* db, const StoreIdentity& store, const 
   if (!StoreRows::FindPath(db, pathIdentifier, pathKey)) return;
   if (store.deletion == Deletion::AlignmentsAloneUntilDone) LogDebug("The path key is ", *pathKey);
   if (associated) {
-    if (!RecordDeletion::FindPathKeys(db, *pathKey, &keys.orientation, &keys.geolocation, &keys.height)) {
+    if (!RecordDeletion::FindPathKeys(db, *pathKey, keys.Lists())) {
       LogDebug("Failed to retrieve relevant keys for this path");
     }
     keys.Log();
@@ -200,7 +190,7 @@ bool FindSiteAlignmentKeys(sqlite3* db, long long reportKey, AssociatedKeys* key
   long long measured = 0;
   long long location = 0;
   long long height = 0;
-  if (!RecordDeletion::FindSiteAlignmentKeys(db, reportKey, &target, &measured, &location, &height)) {
+  if (!RecordDeletion::FindSiteAlignmentKeys(db, reportKey, {&target, &measured, &location, &height})) {
     return false;
   }
   keys->Add({measured, target}, {location}, height);
@@ -213,8 +203,8 @@ bool FindPathAlignmentKeys(sqlite3* db, long long reportKey, AssociatedKeys* key
   long long farEnd = 0;
   long long location = 0;
   long long height = 0;
-  if (!RecordDeletion::FindPathAlignmentKeys(db, reportKey, &target, &measured, &farEnd, &location,
-                                             &height)) {
+  if (!RecordDeletion::FindPathAlignmentKeys(db, reportKey,
+                                             {&target, &measured, &farEnd, &location, &height})) {
     return false;
   }
   keys->Add({target, measured}, {farEnd, location}, height);
@@ -260,13 +250,9 @@ constexpr SingleDeletion PathReportDeletion() {
 long long KeyOf(const IAntennaAlignmentReportData& report) { return report.AntennaAlignmentKey(); }
 long long KeyOf(const IPathAlignmentReportData& report) { return report.PathAlignmentKey(); }
 
-void Finish(sqlite3* db, const SingleDeletionLines& lines, bool commit) {
+bool Finish(sqlite3* db, const SingleDeletionLines& lines, bool commit) {
   LogIfAny(commit ? lines.committing : lines.rollingBack);
-  if (commit) {
-    Sql::End(db);
-  } else {
-    Sql::RollBack(db);
-  }
+  return Sql::Finish(db, commit);
 }
 
 /// Binds owner and report and runs the delete. A failed step leaves the statement open, a failed bind does
@@ -320,8 +306,7 @@ bool DeleteReportThresholds(const StoreIdentity& store, const SingleDeletion& de
   const long long key = deletion.deletesThresholds ? reportKey : 0;
   if (!statement || RunSingleDelete(store, &statement, deletion, ownerKey, key)) result = true;
   statement.Finalize();
-  Finish(db, deletion.lines, result);
-  return result;
+  return Finish(db, deletion.lines, result);
 }
 
 /// Both files for the report at `index`. Its key is not asked for before the transaction of the main file was
@@ -337,8 +322,8 @@ bool DeleteOneReport(const StoreIdentity& store, const SingleDeletion& deletion,
   const bool begun = Sql::Begin(db);
   const long long reportKey = KeyOf(*reports->at(index));
   if (begun) {
-    result = DeleteReportRows(db, store, deletion, identifier, reportKey, &ownerKey);
-    Finish(db, deletion.lines, result);
+    result =
+        Finish(db, deletion.lines, DeleteReportRows(db, store, deletion, identifier, reportKey, &ownerKey));
   }
   db.Close();
   if (!store.texts.hasThresholdsFile) return result;

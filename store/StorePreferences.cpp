@@ -37,15 +37,10 @@ bool RestoreMainRow(const StoreIdentity& store, IPreferencesModel* model) {
   if (!Sql::Begin(db)) return false;
   Statement row(db, store.texts.restorePreferences, "Restore preferences");
   if (!row) LogDebug("Failed to prepare statement in prefernces statement");
-  if (row.Step() != SQLITE_ROW) {
-    row.Finalize();
-    Sql::RollBack(db);
-    return false;
-  }
-  PreferenceColumns::OfMainRow(store.version).Restore(row, model);
+  const bool found = row.Step() == SQLITE_ROW;
+  if (found) PreferenceColumns::OfMainRow(store.version).Restore(row, model);
   row.Finalize();
-  Sql::End(db);
-  return true;
+  return Sql::Finish(db, found);
 }
 
 bool RestorePathLengthRow(const StoreIdentity& store, IPreferencesModel* model) {

@@ -33,6 +33,35 @@ bool InsertIdentifier(sqlite3* db, const char* sql, const char* label, const QSt
   return inserted;
 }
 
+struct Thresholds {
+  double azimuth;
+  double tilt;
+  double rollOrPathLength;
+};
+
+struct ThresholdTexts {
+  const char* insert;
+  const char* label;
+  const char* alignmentFailure;
+  const char* ownerFailure;
+  const char* lastFailure;
+};
+
+/// Only a path's insert logs its failure, so it is the caller's. A key of -1 passes: the thresholds of a save
+/// that failed midway are kept under it.
+bool InsertThresholds(sqlite3* db, const ThresholdTexts& texts, long long alignmentKey, long long ownerKey,
+                      const Thresholds& thresholds, bool (Statement::*insert)(long long* key),
+                      long long* thresholdKey) {
+  if (alignmentKey == 0 || db == nullptr) return false;
+  Statement statement(db, texts.insert, texts.label);
+  statement.Key(alignmentKey, texts.alignmentFailure)
+      .Key(ownerKey, texts.ownerFailure)
+      .Double(thresholds.azimuth, "SQL bind AzimuthThreshold failed with ")
+      .Double(thresholds.tilt, "SQL bind TiltThreshold failed with ")
+      .Double(thresholds.rollOrPathLength, texts.lastFailure);
+  return (statement.*insert)(thresholdKey);
+}
+
 }  // namespace
 
 namespace StoreRows {
@@ -97,40 +126,35 @@ bool SaveHeight(sqlite3* db, IHeight* height, long long* key) {
 bool SaveSiteAlignment(sqlite3* db, const SchemaTexts& texts, const SiteAlignment& alignment,
                        long long* key) {
   if (key == nullptr || db == nullptr) return false;
+  const auto& [owner, azimuthOffset, parts, time, tiltInversionEnabled, note] = alignment.common;
   Statement statement(db, texts.insertAntennaAlignment, "Insert Antenna Alignment");
-  statement.Key(alignment.siteKey, "SQL bind SiteKey failed with ")
+  statement.Key(owner, "SQL bind SiteKey failed with ")
       .Text(alignment.sectorName, "SQL bind SectorName failed with ")
       .Text(alignment.antennaPosition, "SQL bind AntennaPosition failed with ")
-      .Double(alignment.azimuthOffset, "SQL bind AzimuthOffsetDegrees failed with ")
-      .Key(alignment.targetOrientationKey, "SQL bind TargetOrientationKey failed with ")
-      .Key(alignment.locationKey, "SQL bind SiteGeolocationKey failed with ")
-      .Int(static_cast<int>(Sql::ToUnixUtc(alignment.time)), "SQL bind LinuxTimeUTC failed with ")
-      .Key(alignment.measuredOrientationKey, "SQL bind MeasuredOrientationKey failed with ")
-      .Key(alignment.heightKey, "SQL bind SiteHeightKey failed with ", passOver);
+      .Double(azimuthOffset, "SQL bind AzimuthOffsetDegrees failed with ")
+      .Key(parts.targetOrientation, "SQL bind TargetOrientationKey failed with ")
+      .Key(parts.location, "SQL bind SiteGeolocationKey failed with ")
+      .Int(static_cast<int>(Sql::ToUnixUtc(time)), "SQL bind LinuxTimeUTC failed with ")
+      .Key(parts.measuredOrientation, "SQL bind MeasuredOrientationKey failed with ")
+      .Key(parts.height, "SQL bind SiteHeightKey failed with ", passOver);
   if (texts.hasTiltInversion) {
-    statement.Int(alignment.tiltInversionEnabled ? 1 : 0, "SQL bind TiltInversionValue failed with ",
-                  passOver);
+    statement.Int(tiltInversionEnabled ? 1 : 0, "SQL bind TiltInversionValue failed with ", passOver);
   }
-  if (texts.hasSiteNote) statement.Text(alignment.note, "SQL bind Note failed with ");
+  if (texts.hasSiteNote) statement.Text(note, "SQL bind Note failed with ");
   if (texts.hasRollPrecision)
     statement.Int(alignment.rollPrecision, "SQL bind RollPrecision failed with ", passOver);
   return statement.Insert(key);
 }
 
-// A key of -1 passes: the thresholds of a save that failed midway are kept under it.
 bool SaveSiteThresholds(sqlite3* db, long long alignmentKey, long long* thresholdKey, long long siteKey,
                         double azimuthThreshold, double tiltThreshold, double rollThreshold) {
-  if (alignmentKey == 0 || db == nullptr) return false;
-  Statement statement(db,
-                      "INSERT INTO AntennaAlignmentThresholds (AntennaAlignmentKey, SiteIdentifier, "
-                      "AzimuthThreshold, TiltThreshold, RollThreshold) VALUES (?,?,?,?,?)",
-                      "Insert Antenna Alignment Thresholds");
-  return statement.Key(alignmentKey, "SQL bind AntennaAlignmentKey failed with ")
-      .Key(siteKey, "SQL bind SiteKey failed with ")
-      .Double(azimuthThreshold, "SQL bind AzimuthThreshold failed with ")
-      .Double(tiltThreshold, "SQL bind TiltThreshold failed with ")
-      .Double(rollThreshold, "SQL bind RollThreshold failed with ")
-      .Insert(thresholdKey);
+  static constexpr ThresholdTexts texts{
+      "INSERT INTO AntennaAlignmentThresholds (AntennaAlignmentKey, SiteIdentifier, "
+      "AzimuthThreshold, TiltThreshold, RollThreshold) VALUES (?,?,?,?,?)",
+      "Insert Antenna Alignment Thresholds", "SQL bind AntennaAlignmentKey failed with ",
+      "SQL bind SiteKey failed with ", "SQL bind RollThreshold failed with "};
+  const Thresholds thresholds{azimuthThreshold, tiltThreshold, rollThreshold};
+  return InsertThresholds(db, texts, alignmentKey, siteKey, thresholds, &Statement::Insert, thresholdKey);
 }
 
 // A path has neither sector nor antenna position, but the columns want a text. Required behaviour: no bind is
@@ -138,38 +162,36 @@ bool SaveSiteThresholds(sqlite3* db, long long alignmentKey, long long* threshol
 bool SavePathAlignment(sqlite3* db, const SchemaTexts& texts, const PathAlignment& alignment,
                        long long* key) {
   if (key == nullptr || db == nullptr) return false;
+  const auto& [owner, azimuthOffset, parts, time, tiltInversionEnabled, note] = alignment.common;
   const QString none = QStringLiteral("ZZZ");
   Statement statement(db, texts.insertPathAlignment, "Save Path Info");
-  statement.Key(alignment.pathKey, "SQL bind PathKey failed with ")
+  statement.Key(owner, "SQL bind PathKey failed with ")
       .Text(none, "SQL bind SectorName failed with ")
       .Text(none, "SQL bind SectorName failed with ")
-      .Double(alignment.azimuthOffset, "SQL bind AzimuthOffset failed with ")
+      .Double(azimuthOffset, "SQL bind AzimuthOffset failed with ")
       .Key(alignment.pathLocationKey, "SQL bind PathGeolocationKey failed with ")
-      .Key(alignment.targetOrientationKey, "SQL bind TargetOrientationKey failed with ")
-      .Key(alignment.locationKey, "SQL bind SiteGeolocationKey failed with ")
-      .Int(static_cast<int>(Sql::ToUnixUtc(alignment.time)), "SQL bind LinuxTimeUTC failed with ")
-      .Key(alignment.measuredOrientationKey, "SQL bind MeasuredOrientationKey failed with ")
-      .Key(alignment.heightKey, "SQL bind SiteHeightKey failed with ");
+      .Key(parts.targetOrientation, "SQL bind TargetOrientationKey failed with ")
+      .Key(parts.location, "SQL bind SiteGeolocationKey failed with ")
+      .Int(static_cast<int>(Sql::ToUnixUtc(time)), "SQL bind LinuxTimeUTC failed with ")
+      .Key(parts.measuredOrientation, "SQL bind MeasuredOrientationKey failed with ")
+      .Key(parts.height, "SQL bind SiteHeightKey failed with ");
   if (texts.hasTiltInversion) {
-    statement.Int(alignment.tiltInversionEnabled ? 1 : 0, "SQL bind TiltInversionEnabled failed with ");
+    statement.Int(tiltInversionEnabled ? 1 : 0, "SQL bind TiltInversionEnabled failed with ");
   }
-  if (texts.hasPathNote) statement.Text(alignment.note, "SQL bind Note failed with ");
+  if (texts.hasPathNote) statement.Text(note, "SQL bind Note failed with ");
   return statement.InsertOrLog(key);
 }
 
 bool SavePathThresholds(sqlite3* db, long long alignmentKey, long long* thresholdKey, long long pathKey,
                         float azimuthThreshold, float tiltThreshold, float pathLengthThreshold) {
-  if (alignmentKey == 0 || db == nullptr) return false;
-  Statement statement(db,
-                      "INSERT INTO PathAlignmentThresholds (PathAlignmentKey, PathKey, AzimuthThreshold, "
-                      "TiltThreshold, PathLengthThreshold ) VALUES (?,?,?,?,?) ",
-                      "Save Path Threshold Info");
-  return statement.Key(alignmentKey, "SQL bind PathAlignmentKey failed with ")
-      .Key(pathKey, "SQL bind PathKey failed with ")
-      .Double(azimuthThreshold, "SQL bind AzimuthThreshold failed with ")
-      .Double(tiltThreshold, "SQL bind TiltThreshold failed with ")
-      .Double(pathLengthThreshold, "SQL bind PathLengthThreshold failed with ")
-      .InsertOrLog(thresholdKey);
+  static constexpr ThresholdTexts texts{
+      "INSERT INTO PathAlignmentThresholds (PathAlignmentKey, PathKey, AzimuthThreshold, "
+      "TiltThreshold, PathLengthThreshold ) VALUES (?,?,?,?,?) ",
+      "Save Path Threshold Info", "SQL bind PathAlignmentKey failed with ", "SQL bind PathKey failed with ",
+      "SQL bind PathLengthThreshold failed with "};
+  const Thresholds thresholds{azimuthThreshold, tiltThreshold, pathLengthThreshold};
+  return InsertThresholds(db, texts, alignmentKey, pathKey, thresholds, &Statement::InsertOrLog,
+                          thresholdKey);
 }
 
 }  // namespace StoreRows

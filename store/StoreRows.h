@@ -14,34 +14,33 @@ struct sqlite3;
 /// binds and prepares that fail are logged. A key that is found or made is written through its pointer.
 namespace StoreRows {
 
-/// A row of AntennaAlignment. A column that the version lacks is not written.
-struct SiteAlignment {
-  long long siteKey;
-  QString sectorName;
-  QString antennaPosition;
-  float azimuthOffset;
-  long long targetOrientationKey;
-  long long measuredOrientationKey;
-  long long locationKey;
-  long long heightKey;
-  QDateTime time;
-  bool tiltInversionEnabled;
-  QString note;
-  int rollPrecision;
+/// The rows that every alignment refers to.
+struct PartKeys {
+  long long targetOrientation = -1;
+  long long measuredOrientation = -1;
+  long long location = -1;
+  long long height = -1;
 };
 
-/// A row of PathAlignment; as SiteAlignment.
-struct PathAlignment {
-  long long pathKey;
+/// What rows of AntennaAlignment and PathAlignment have in common. A column that the version lacks is not
+/// written.
+struct Alignment {
+  long long ownerKey;
   float azimuthOffset;
-  long long pathLocationKey;
-  long long targetOrientationKey;
-  long long measuredOrientationKey;
-  long long locationKey;
-  long long heightKey;
+  PartKeys parts;
   QDateTime time;
   bool tiltInversionEnabled;
   QString note;
+};
+struct SiteAlignment {
+  QString sectorName;
+  QString antennaPosition;
+  Alignment common;
+  int rollPrecision;
+};
+struct PathAlignment {
+  Alignment common;
+  long long pathLocationKey;
 };
 
 // An unknown identifier is a success with key 0, and so is a step that fails.

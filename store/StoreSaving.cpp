@@ -18,65 +18,55 @@ struct SavedKeys {
   long long alignment = -1;
 };
 
+/// What both kinds of alignment refer to.
+template <typename Measurement>
+bool WriteParts(sqlite3* db, IOrientation* target, const Measurement& saved, StoreRows::PartKeys* keys) {
+  return StoreRows::SaveOrientation(db, target, &keys->targetOrientation) &&
+         StoreRows::SaveOrientation(db, saved.measured, &keys->measuredOrientation) &&
+         StoreRows::SaveGeolocation(db, saved.location, &keys->location) &&
+         StoreRows::SaveHeight(db, saved.height, &keys->height);
+}
+
+/// The options are not asked for values that the version has no column for.
+template <typename Measurement>
+StoreRows::Alignment CommonColumns(const SchemaTexts& texts, bool hasNote, const Measurement& saved,
+                                   long long ownerKey, const StoreRows::PartKeys& parts) {
+  IMeasurementOptions* options = saved.options;
+  return {ownerKey,
+          options->AzimuthOffset(),
+          parts,
+          saved.time,
+          texts.hasTiltInversion && options->TiltInversionEnabled(),
+          hasNote ? options->Note() : QString()};
+}
+
 /// Required behaviour: false when the alignment row itself failed, which undoes everything; a failure before
-/// it keeps what was written and leaves the alignment's key as it was. The options are not asked for values
-/// that the version has no column for.
+/// it keeps what was written and leaves the alignment's key as it was.
 bool WriteRows(sqlite3* db, const SchemaTexts& texts, const SiteMeasurement& saved, SavedKeys* keys) {
   ISiteInformation* site = saved.site;
-  IMeasurementOptions* options = saved.options;
-  long long target = -1;
-  long long measured = -1;
-  long long location = -1;
-  long long height = -1;
+  StoreRows::PartKeys parts;
   if (!StoreRows::SaveSite(db, site->SiteIdentifier(), &keys->owner) ||
-      !StoreRows::SaveOrientation(db, site->TargetOrientation(), &target) ||
-      !StoreRows::SaveOrientation(db, saved.measured, &measured) ||
-      !StoreRows::SaveGeolocation(db, saved.location, &location) ||
-      !StoreRows::SaveHeight(db, saved.height, &height)) {
+      !WriteParts(db, site->TargetOrientation(), saved, &parts)) {
     return true;
   }
-  const StoreRows::SiteAlignment alignment{keys->owner,
-                                           site->SectorName(),
-                                           site->AntennaPosition(),
-                                           options->AzimuthOffset(),
-                                           target,
-                                           measured,
-                                           location,
-                                           height,
-                                           saved.time,
-                                           texts.hasTiltInversion && options->TiltInversionEnabled(),
-                                           texts.hasSiteNote ? options->Note() : QString(),
-                                           texts.hasRollPrecision ? options->RollPrecision() : 0};
+  const StoreRows::SiteAlignment alignment{site->SectorName(), site->AntennaPosition(),
+                                           CommonColumns(texts, texts.hasSiteNote, saved, keys->owner, parts),
+                                           texts.hasRollPrecision ? saved.options->RollPrecision() : 0};
   return StoreRows::SaveSiteAlignment(db, texts, alignment, &keys->alignment);
 }
 
 /// As for a site.
 bool WriteRows(sqlite3* db, const SchemaTexts& texts, const PathMeasurement& saved, SavedKeys* keys) {
   IPathInformation* path = saved.path;
-  IMeasurementOptions* options = saved.options;
   long long farEnd = -1;
-  long long target = -1;
-  long long measured = -1;
-  long long location = -1;
-  long long height = -1;
+  StoreRows::PartKeys parts;
   if (!StoreRows::SavePath(db, path->PathIdentifier(), &keys->owner) ||
       !StoreRows::SaveGeolocation(db, path->PathLocation(), &farEnd) ||
-      !StoreRows::SaveOrientation(db, saved.target, &target) ||
-      !StoreRows::SaveOrientation(db, saved.measured, &measured) ||
-      !StoreRows::SaveGeolocation(db, saved.location, &location) ||
-      !StoreRows::SaveHeight(db, saved.height, &height)) {
+      !WriteParts(db, saved.target, saved, &parts)) {
     return true;
   }
-  const StoreRows::PathAlignment alignment{keys->owner,
-                                           options->AzimuthOffset(),
-                                           farEnd,
-                                           target,
-                                           measured,
-                                           location,
-                                           height,
-                                           saved.time,
-                                           texts.hasTiltInversion && options->TiltInversionEnabled(),
-                                           texts.hasPathNote ? options->Note() : QString()};
+  const StoreRows::PathAlignment alignment{CommonColumns(texts, texts.hasPathNote, saved, keys->owner, parts),
+                                           farEnd};
   return StoreRows::SavePathAlignment(db, texts, alignment, &keys->alignment);
 }
 
@@ -97,22 +87,12 @@ bool WriteThresholds(sqlite3* db, const PathMeasurement& saved, const SavedKeys&
                                        pathLength);
 }
 
-/// Ends the transaction that was begun on `db`, with a commit where `keep` says so; answers `keep`.
-bool Finish(sqlite3* db, bool keep) {
-  if (keep) {
-    Sql::End(db);
-  } else {
-    Sql::RollBack(db);
-  }
-  return keep;
-}
-
 // A transaction that does not begin is a failure before the alignment row.
 template <typename Measurement>
 bool SaveRows(const StoreIdentity& store, const Measurement& saved, SavedKeys* keys) {
   const Connection db(store.OpenMain());
   if (!db) return false;
-  return !Sql::Begin(db) || Finish(db, WriteRows(db, store.texts, saved, keys));
+  return !Sql::Begin(db) || Sql::Finish(db, WriteRows(db, store.texts, saved, keys));
 }
 
 // The main file is finished and closed by now: the two files are never changed together.
@@ -120,7 +100,7 @@ template <typename Measurement>
 bool SaveThresholds(const StoreIdentity& store, const Measurement& saved, const SavedKeys& keys) {
   if (!store.texts.hasThresholdsFile) return true;
   const Connection db(store.OpenThresholds());
-  return db && Sql::Begin(db) && Finish(db, WriteThresholds(db, saved, keys));
+  return db && Sql::Begin(db) && Sql::Finish(db, WriteThresholds(db, saved, keys));
 }
 
 }  // namespace

@@ -247,19 +247,24 @@ class RecordParts {
       destroyed + options, 0.0F, false, 1.0F, 0.5F, 0.25F, 9.0F, "windy", 1UL)};
 };
 
+template <typename Record>
+void ExpectCommonParts(const Record& record, const RecordParts& parts, const QString& identifier) {
+  EXPECT_EQ(record.GetGeolocation(), parts.geolocation.get());
+  EXPECT_EQ(record.GetMeasuredOrientation(), parts.measuredOrientation.get());
+  EXPECT_EQ(record.GetHeight(), parts.antennaHeight.get());
+  EXPECT_EQ(record.GetMeasurementTime(), someTime);
+  EXPECT_EQ(record.GetMeasurementOptions(), parts.measurementOptions.get());
+  EXPECT_EQ(record.Identifier(), identifier);
+  EXPECT_EQ(record.Note(), "windy");
+  EXPECT_TRUE(record.IsValid());
+}
+
 TEST(ReportRecordTest, SiteRecordAnswersWhatItIsBuiltFrom) {
   const RecordParts parts;
   const std::unique_ptr<IAntennaAlignmentReportData> record = parts.SiteRecord();
   EXPECT_EQ(record->AntennaAlignmentKey(), 7U);
   EXPECT_EQ(record->GetSiteInformation(), parts.siteInformation.get());
-  EXPECT_EQ(record->GetGeolocation(), parts.geolocation.get());
-  EXPECT_EQ(record->GetMeasuredOrientation(), parts.measuredOrientation.get());
-  EXPECT_EQ(record->GetHeight(), parts.antennaHeight.get());
-  EXPECT_EQ(record->GetMeasurementTime(), someTime);
-  EXPECT_EQ(record->GetMeasurementOptions(), parts.measurementOptions.get());
-  EXPECT_EQ(record->Identifier(), "S1");
-  EXPECT_EQ(record->Note(), "windy");
-  EXPECT_TRUE(record->IsValid());
+  ExpectCommonParts(*record, parts, "S1");
 }
 
 TEST(ReportRecordTest, PathRecordAnswersWhatItIsBuiltFrom) {
@@ -267,15 +272,8 @@ TEST(ReportRecordTest, PathRecordAnswersWhatItIsBuiltFrom) {
   const std::unique_ptr<IPathAlignmentReportData> record = parts.PathRecord();
   EXPECT_EQ(record->PathAlignmentKey(), 8U);
   EXPECT_EQ(record->GetPathInformation(), parts.pathInformation.get());
-  EXPECT_EQ(record->GetGeolocation(), parts.geolocation.get());
-  EXPECT_EQ(record->GetMeasuredOrientation(), parts.measuredOrientation.get());
-  EXPECT_EQ(record->GetHeight(), parts.antennaHeight.get());
   EXPECT_EQ(record->GetTargetOrientation(), parts.targetOrientation.get());
-  EXPECT_EQ(record->GetMeasurementTime(), someTime);
-  EXPECT_EQ(record->GetMeasurementOptions(), parts.measurementOptions.get());
-  EXPECT_EQ(record->Identifier(), "P1");
-  EXPECT_EQ(record->Note(), "windy");
-  EXPECT_TRUE(record->IsValid());
+  ExpectCommonParts(*record, parts, "P1");
 }
 
 TEST(ReportRecordTest, RecordsBorrowTheirObjects) {

@@ -393,6 +393,25 @@ int InsertRow(const QString& path) {
   return result;
 }
 
+// Inserts a row in a child that `arm` has killed at its nth call, for each n until it comes through; how many
+// were killed.
+template <typename Arm>
+int KillEachInsert(const QString& path, Arm arm) {
+  int killed = 0;
+  int status = Fault::KilledStatus;
+  for (int n = 1; n < 50 && status == Fault::KilledStatus; ++n) {
+    status = RunInChild([&] {
+      arm(n);
+      EXPECT_EQ(InsertRow(path), SQLITE_OK);
+    });
+    if (status == Fault::KilledStatus) ++killed;
+    EXPECT_EQ(IntegrityCheck(path), "ok");
+  }
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(Rows(path, "SELECT count(*) FROM T"), QStringList{"1"});
+  return killed;
+}
+
 class ShimVfsTest : public testing::Test {
  protected:
   ShimVfsTest() { RunSql(folder_.Main(), "CREATE TABLE T (V)"); }
@@ -460,19 +479,8 @@ TEST_F(ShimVfsTest, DiskIsFullAfterSoManyBytes) {
 }
 
 TEST_F(ShimVfsTest, KillSweepLeavesOldOrNewContent) {
-  int killed = 0;
-  int status = Fault::KilledStatus;
-  for (int n = 1; n < 50 && status == Fault::KilledStatus; ++n) {
-    status = RunInChild([&] {
-      ShimVfs::Arm(Fault::Kill("write|sync|truncate|delete").At(n));
-      EXPECT_EQ(InsertRow(folder_.Main()), SQLITE_OK);
-    });
-    if (status == Fault::KilledStatus) ++killed;
-    EXPECT_EQ(IntegrityCheck(folder_.Main()), "ok");
-  }
-  EXPECT_EQ(status, 0);
-  EXPECT_GE(killed, 4);
-  EXPECT_EQ(RowCount(), QStringList{"1"});
+  const auto arm = [](int n) { ShimVfs::Arm(Fault::Kill("write|sync|truncate|delete").At(n)); };
+  EXPECT_GE(KillEachInsert(folder_.Main(), arm), 4);
 }
 
 TEST(FileCalls, FailsARenameMadeByQt) {
@@ -543,19 +551,7 @@ TEST(FileCalls, OpenAndCloseFailOnlyWhereNamed) {
 TEST(FileCalls, KillSweepOverAWholeTransaction) {
   TemporaryFolder folder;
   RunSql(folder.Main(), "CREATE TABLE T (V)");
-  int killed = 0;
-  int status = Fault::KilledStatus;
-  for (int n = 1; n < 50 && status == Fault::KilledStatus; ++n) {
-    status = RunInChild([&] {
-      FileCalls::Arm(Fault::Kill("").At(n));
-      EXPECT_EQ(InsertRow(folder.Main()), SQLITE_OK);
-    });
-    if (status == Fault::KilledStatus) ++killed;
-    EXPECT_EQ(IntegrityCheck(folder.Main()), "ok");
-  }
-  EXPECT_EQ(status, 0);
-  EXPECT_GE(killed, 5);
-  EXPECT_EQ(Rows(folder.Main(), "SELECT count(*) FROM T"), QStringList{"1"});
+  EXPECT_GE(KillEachInsert(folder.Main(), [](int n) { FileCalls::Arm(Fault::Kill("").At(n)); }), 5);
 }
 
 TEST(RunInChild, AnswersHowTheChildEnded) {

@@ -107,10 +107,15 @@ class Traced {
   }
 
   bool IsThere(quint64 address) const {
+    // In two pieces: the page after the one that the text begins in need not be there.
+    constexpr quint64 PageSize = 4096;
     std::array<char, 512> text{};
-    iovec local{text.data(), text.size() - 1};
-    iovec remote{reinterpret_cast<void*>(address), text.size() - 1};
-    if (process_vm_readv(child_, &local, 1, &remote, 1, 0) <= 0) return false;
+    const size_t wanted = text.size() - 1;
+    const size_t inPage = std::min<size_t>(wanted, PageSize - address % PageSize);
+    iovec local{text.data(), wanted};
+    const std::array<iovec, 2> remote{iovec{reinterpret_cast<void*>(address), inPage},
+                                      iovec{reinterpret_cast<void*>(address + inPage), wanted - inPage}};
+    if (process_vm_readv(child_, &local, 1, remote.data(), remote.size(), 0) <= 0) return false;
     const QByteArray path(text.data());
     return !path.startsWith('/') || path.startsWith(folder_.toUtf8() + '/');
   }

@@ -4,19 +4,11 @@
 #include <memory>
 
 #include "tool/Console.h"
-#include "tool/pair/Belonging.h"
-#include "tool/pair/ReportReading.h"
+#include "tool/pair/ColumnTypes.h"
 #include "tool/pair/Schema.h"
 #include "tool/pair/Versions.h"
 
 using Severity = Finding::Severity;
-
-/// A query for the keys of rows that are not as they have to be.
-struct FileCheck::Rule {
-  const char* name;
-  Severity severity;
-  QByteArray sql;
-};
 
 namespace {
 
@@ -50,64 +42,22 @@ QStringList ForeignKeyViolations(const Sqlite& db) {
   return violations;
 }
 
-/// Tables with a text in the place of a number, an infinity, or something else in the place of a text.
-QStringList WrongTypes(const Sqlite& db) {
+QStringList WrongTypes(const Sqlite& db, const Sqlite& fresh) {
   QStringList wrong;
-  for (const QString& name : Column(db,
+  for (const QString& name : Column(fresh,
                                     "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE "
                                     "'sqlite\\_%' ESCAPE '\\' ORDER BY 1")) {
-    const QByteArray table = name.toUtf8();
-    QByteArray condition = ReportReading::WrongNumbers(db, "main", table.constData());
-    Sqlite::Rows texts = db.Select("SELECT name FROM pragma_table_info(?) WHERE upper(type) = 'TEXT'");
-    texts.Bind(1, table);
-    while (texts.Next()) condition += " OR typeof(" + Quoted(texts.Bytes(0)) + ") <> 'text'";
-    for (const QString& row : Column(db, "SELECT rowid FROM " + Quoted(table) + " WHERE " + condition)) {
-      wrong.append(name + QStringLiteral(" row ") + row);
+    for (const qint64 row :
+         ColumnTypes::WrongRows(db, "main", name.toUtf8(), ColumnTypes::Looked::NumbersAndTexts)) {
+      wrong.append(name + QStringLiteral(" row ") + QString::number(row));
     }
   }
   return wrong;
 }
 
-/// Rows of a table that no alignment names in these columns.
-QByteArray Unused(const char* table, const char* key, const char* shown,
-                  std::initializer_list<std::pair<const char*, const char*>> users) {
-  QByteArray used;
-  for (const auto& [alignments, column] : users) {
-    used += (used.isEmpty() ? "SELECT " : " UNION SELECT ") + QByteArray(column) + " FROM " + alignments;
-  }
-  return QByteArray("SELECT ") + shown + " FROM " + table + " WHERE " + key + " NOT IN (" + used + ')';
-}
-
-const char* const Sites = "AntennaAlignment";
-const char* const Paths = "PathAlignment";
-
-QByteArray WithoutThresholds(Kind kind) {
-  const Belonging::Tables& tables = Belonging::Of(kind);
-  const QByteArray key = tables.alignmentKey;
-  return "SELECT " + key + " FROM main." + tables.alignments + " WHERE " + key + " NOT IN (" +
-         Belonging::Joined(kind, "t." + key) + "NOT (" + Belonging::Disagree(kind) + "))";
-}
-
-QByteArray WithoutAlignment(Kind kind) {
-  const Belonging::Tables& tables = Belonging::Of(kind);
-  const QByteArray key = tables.alignmentKey;
-  return "SELECT " + key + " FROM thresholds." + tables.thresholds + " WHERE " + key + " NOT IN (SELECT " +
-         key + " FROM main." + tables.alignments + ')';
-}
-
-QByteArray Doubled(Kind kind) {
-  return Belonging::Joined(kind, QByteArray("t.") + Belonging::Of(kind).alignmentKey) + "NOT (" +
-         Belonging::Disagree(kind) + ") GROUP BY 1 HAVING count(*) > 1";
-}
-
-QByteArray OfOthers(Kind kind) {
-  return Belonging::Joined(kind, QByteArray("t.") + Belonging::Of(kind).alignmentKey) +
-         Belonging::Disagree(kind);
-}
-
 }  // namespace
 
-FileCheck::FileCheck(PrivatePair* files) : files_(files) {
+FileCheck::FileCheck(PrivatePair* files) : files_(files), main_(files->MainPath(), files->ShownMain()) {
   LookAtMain();
   if (!files_->HasThresholds()) return;
   LookAtThresholds();
@@ -141,12 +91,12 @@ void FileCheck::Skip(About file, const char* rule) {
   Add(file, rule, Severity::Skipped, {QStringLiteral("not looked at")});
 }
 
-bool FileCheck::LookAtFile(About file) {
+bool FileCheck::LookAtFile(About file, const Sqlite& db) {
   const bool inMain = file == About::Main;
-  const Sqlite db(inMain ? files_->MainPath() : files_->ThresholdsPath(),
-                  inMain ? files_->ShownMain() : files_->ShownThresholds());
   Look(file, Integrity, Severity::Error, [&] {
     db.Execute("PRAGMA journal_mode = DELETE");
+    // Pages are kept: the file is gone through more than once.
+    db.Execute("PRAGMA cache_size = -65536");
     return IntegrityErrors(db);
   });
   const bool intact = findings_.back().severity == Severity::None;
@@ -164,18 +114,19 @@ bool FileCheck::LookAtFile(About file) {
     if (intact) Look(file, ForeignKeys, Severity::Error, [&] { return ForeignKeyViolations(db); });
   }
   if (!Versions::IsKnown(version_)) return false;
-  const bool right = LookAtSchema(file, db, inMain ? files_->FreshMainPath() : files_->FreshThresholdsPath());
+  const Sqlite fresh(inMain ? files_->FreshMainPath() : files_->FreshThresholdsPath(),
+                     QStringLiteral("a new file"));
+  const bool right = LookAtSchema(file, db, fresh);
   if (!intact || !right) {
     Skip(file, WrongValues);
     return false;
   }
-  Look(file, WrongValues, Severity::Error, [&] { return WrongTypes(db); });
+  Look(file, WrongValues, Severity::Error, [&] { return WrongTypes(db, fresh); });
   return true;
 }
 
 /// Whether all that its version's have is there.
-bool FileCheck::LookAtSchema(About file, const Sqlite& db, const QByteArray& freshPath) {
-  const Sqlite fresh(freshPath, QStringLiteral("a new file"));
+bool FileCheck::LookAtSchema(About file, const Sqlite& db, const Sqlite& fresh) {
   bool right = false;
   Look(file, Differences, Severity::Error, [&] {
     QStringList differences = Schema::Differences(db, fresh);
@@ -189,62 +140,65 @@ bool FileCheck::LookAtSchema(About file, const Sqlite& db, const QByteArray& fre
   return right;
 }
 
-void FileCheck::LookByRules(About file, const Sqlite* db, const std::vector<Rule>& rules) {
-  for (const Rule& rule : rules) {
-    if (db == nullptr) {
-      Skip(file, rule.name);
-    } else {
-      Look(file, rule.name, rule.severity, [&] { return Column(*db, rule.sql); });
-    }
-  }
-}
-
 void FileCheck::LookAtMain() {
-  mainIsSound_ = LookAtFile(About::Main);
-  const std::unique_ptr<Sqlite> db =
-      mainIsSound_ ? std::make_unique<Sqlite>(files_->MainPath(), files_->ShownMain()) : nullptr;
-  LookByRules(
-      About::Main, db.get(),
-      {{"sites that no alignment refers to", Severity::Warning,
-        Unused("Sites", "SiteKey", "SiteKey || ' ' || SiteIdentifier", {{Sites, "SiteKey"}})},
-       {"paths that no alignment refers to", Severity::Warning,
-        Unused("Paths", "PathKey", "PathKey || ' ' || PathIdentifier", {{Paths, "PathKey"}})},
-       {"orientations that no alignment refers to", Severity::Warning,
-        Unused("Orientation", "OrientationKey", "OrientationKey",
-               {{Sites, "TargetOrientationKey"},
-                {Sites, "MeasuredOrientationKey"},
-                {Paths, "TargetOrientationKey"},
-                {Paths, "MeasuredOrientationKey"}})},
-       {"locations that no alignment refers to", Severity::Warning,
-        Unused("Geolocation", "GeolocationKey", "GeolocationKey",
-               {{Sites, "LocationKey"}, {Paths, "LocationKey"}, {Paths, "PathLocationKey"}})},
-       {"heights that no alignment refers to", Severity::Warning,
-        Unused("Height", "HeightKey", "HeightKey", {{Sites, "SiteHeightKey"}, {Paths, "SiteHeightKey"}})}});
+  mainIsSound_ = LookAtFile(About::Main, main_);
+  constexpr struct {
+    const char* name;
+    KeyUse::Of table;
+  } Rules[] = {{"sites that no alignment refers to", KeyUse::Of::Sites},
+               {"paths that no alignment refers to", KeyUse::Of::Paths},
+               {"orientations that no alignment refers to", KeyUse::Of::Orientations},
+               {"locations that no alignment refers to", KeyUse::Of::Locations},
+               {"heights that no alignment refers to", KeyUse::Of::Heights}};
+  if (!mainIsSound_) {
+    for (const auto& rule : Rules) Skip(About::Main, rule.name);
+    return;
+  }
+  const Sqlite db(files_->MainPath(), files_->ShownMain());
+  used_ = std::make_unique<KeyUse>(db);
+  for (const auto& rule : Rules)
+    Add(About::Main, rule.name, Severity::Warning, used_->Unused(db, rule.table));
 }
 
-void FileCheck::LookAtThresholds() { thresholdsAreSound_ = LookAtFile(About::Thresholds); }
+void FileCheck::LookAtThresholds() {
+  const Sqlite db(files_->ThresholdsPath(), files_->ShownThresholds());
+  thresholdsAreSound_ = LookAtFile(About::Thresholds, db);
+}
 
 /// Conversions leave other texts of tables than new files have, and alignments without thresholds.
 bool FileCheck::IsConverted() const {
-  return Schema::HasOtherTexts(Sqlite(files_->MainPath(), files_->ShownMain()),
-                               Sqlite(files_->FreshMainPath(), QStringLiteral("a new file")));
+  return Schema::HasOtherTexts(main_, Sqlite(files_->FreshMainPath(), QStringLiteral("a new file")));
 }
 
 void FileCheck::LookAtPair() {
-  std::unique_ptr<Sqlite> db;
-  if (mainIsSound_ && thresholdsAreSound_) {
-    db = std::make_unique<Sqlite>(files_->MainPath(), files_->ShownMain());
-    db->Attach(files_->ThresholdsPath(), "thresholds");
+  constexpr struct {
+    const char* ofSites;
+    const char* ofPaths;
+    QStringList ThresholdsUse::*found;
+    Severity severity;
+  } Rules[] = {{"site alignments without thresholds", "path alignments without thresholds",
+                &ThresholdsUse::alignmentsWithout, Severity::Warning},
+               {"thresholds without site alignment", "thresholds without path alignment",
+                &ThresholdsUse::rowsWithout, Severity::Note},
+               {"two thresholds rows for one site alignment", "two thresholds rows for one path alignment",
+                &ThresholdsUse::doubled, Severity::Warning},
+               {"thresholds that name another site than their alignment",
+                "thresholds that name another path than their alignment", &ThresholdsUse::ofOthers,
+                Severity::Warning}};
+  if (!mainIsSound_ || !thresholdsAreSound_) {
+    for (const auto& rule : Rules) {
+      for (const char* name : {rule.ofSites, rule.ofPaths}) Skip(About::Thresholds, name);
+    }
+    return;
   }
-  const Severity missing = db && !IsConverted() ? Severity::Warning : Severity::Note;
-  LookByRules(
-      About::Thresholds, db.get(),
-      {{"site alignments without thresholds", missing, WithoutThresholds(Kind::Site)},
-       {"path alignments without thresholds", missing, WithoutThresholds(Kind::Path)},
-       {"thresholds without site alignment", Severity::Note, WithoutAlignment(Kind::Site)},
-       {"thresholds without path alignment", Severity::Note, WithoutAlignment(Kind::Path)},
-       {"two thresholds rows for one site alignment", Severity::Warning, Doubled(Kind::Site)},
-       {"two thresholds rows for one path alignment", Severity::Warning, Doubled(Kind::Path)},
-       {"thresholds that name another site than their alignment", Severity::Warning, OfOthers(Kind::Site)},
-       {"thresholds that name another path than their alignment", Severity::Warning, OfOthers(Kind::Path)}});
+  main_.Attach(files_->ThresholdsPath(), "thresholds");
+  const ThresholdsUse sites(*used_, main_, Kind::Site);
+  const ThresholdsUse paths(*used_, main_, Kind::Path);
+  const bool isConverted = IsConverted();
+  for (const auto& rule : Rules) {
+    const bool isMissing = rule.found == &ThresholdsUse::alignmentsWithout;
+    const Severity severity = isMissing && isConverted ? Severity::Note : rule.severity;
+    Add(About::Thresholds, rule.ofSites, severity, sites.*rule.found);
+    Add(About::Thresholds, rule.ofPaths, severity, paths.*rule.found);
+  }
 }

@@ -3,8 +3,10 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <memory>
 #include <vector>
 
+#include "tool/pair/KeyUse.h"
 #include "tool/pair/PrivatePair.h"
 
 /// What was found by one rule in one of the files.
@@ -36,7 +38,6 @@ class FileCheck {
   qint64 Version() const { return version_; }
 
  private:
-  struct Rule;
   /// Files that a rule is about; it is looked at where these are sound.
   enum class About { Main, Thresholds };
 
@@ -48,14 +49,16 @@ class FileCheck {
   void LookAtMain();
   void LookAtThresholds();
   void LookAtPair();
-  bool LookAtFile(About file);
-  bool LookAtSchema(About file, const Sqlite& db, const QByteArray& freshPath);
-  void LookByRules(About file, const Sqlite* db, const std::vector<Rule>& rules);
+  bool LookAtFile(About file, const Sqlite& db);
+  bool LookAtSchema(About file, const Sqlite& db, const Sqlite& fresh);
   bool IsConverted() const;
 
   PrivatePair* const files_;
+  const Sqlite main_;
   std::vector<Finding> findings_;
   qint64 version_ = 0;
+  /// Of a main file that is sound.
+  std::unique_ptr<KeyUse> used_;
   bool mainIsSound_ = false;
   bool thresholdsAreSound_ = false;
 };

@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <array>
+
 #include "tool/pair/PrivateFolder.h"
 
 namespace {
@@ -9,21 +11,31 @@ namespace {
 // SQLite keeps pointers to these for the life of the process.
 sqlite3_vfs quiet{};
 sqlite3_vfs* original = nullptr;
-sqlite3_io_methods quietMethods{};
-const sqlite3_io_methods* originalMethods = nullptr;
+/// The methods of a kind of file, and the same without syncs. Databases are of one kind, journals of another.
+struct Methods {
+  const sqlite3_io_methods* loud = nullptr;
+  sqlite3_io_methods quiet{};
+};
+std::array<Methods, 4> kinds;
 
 int DoNotSync(sqlite3_file* /*file*/, int /*flags*/) { return SQLITE_OK; }
 
+/// Those without syncs; where there are more kinds than expected, files are synced, which only takes longer.
+const sqlite3_io_methods* QuietOf(const sqlite3_io_methods* methods) {
+  for (Methods& kind : kinds) {
+    if (kind.loud == nullptr) {
+      kind.loud = methods;
+      kind.quiet = *methods;
+      kind.quiet.xSync = DoNotSync;
+    }
+    if (kind.loud == methods) return &kind.quiet;
+  }
+  return methods;
+}
+
 int Open(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* outFlags) {
   const int result = original->xOpen(vfs, name, file, flags, outFlags);
-  if (result != SQLITE_OK || !PrivateFolder::Holds(name)) return result;
-  if (originalMethods == nullptr) {
-    originalMethods = file->pMethods;
-    quietMethods = *originalMethods;
-    quietMethods.xSync = DoNotSync;
-  }
-  // A file of another kind is synced like any other, which only takes longer.
-  if (file->pMethods == originalMethods) file->pMethods = &quietMethods;
+  if (result == SQLITE_OK && PrivateFolder::Holds(name)) file->pMethods = QuietOf(file->pMethods);
   return result;
 }
 

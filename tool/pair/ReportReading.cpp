@@ -9,6 +9,7 @@
 #include "store/IAlignmentDatabase.h"
 #include "tool/Console.h"
 #include "tool/pair/Belonging.h"
+#include "tool/pair/ColumnTypes.h"
 #include "tool/pair/FileCopy.h"
 #include "tool/pair/LibraryCall.h"
 #include "tool/pair/Versions.h"
@@ -125,18 +126,6 @@ bool StandsBefore(const Alignment& a, const Alignment& b) {
 
 namespace ReportReading {
 
-QByteArray WrongNumbers(const Sqlite& db, const char* schema, const char* table) {
-  QByteArray wrong = "0";
-  Sqlite::Rows columns = db.Select(QByteArray("SELECT name, \"notnull\" FROM pragma_table_info('") + table +
-                                   "', '" + schema + "') WHERE upper(type) IN ('DOUBLE', 'INTEGER')");
-  while (columns.Next()) {
-    const QByteArray column = Quoted(columns.Bytes(0));
-    const QByteArray allowed = columns.Int(1) != 0 ? "'integer', 'real'" : "'integer', 'real', 'null'";
-    wrong += " OR typeof(" + column + ") NOT IN (" + allowed + ") OR " + column + " IN (9e999, -9e999)";
-  }
-  return wrong;
-}
-
 void RequireNumbers(const PrivatePair& files) {
   constexpr struct {
     const char* schema;
@@ -150,13 +139,12 @@ void RequireNumbers(const PrivatePair& files) {
                  {"thresholds", "PathAlignmentThresholds"}};
   for (const auto& checked : Checked) {
     if (qstrcmp(checked.schema, "thresholds") == 0 && !files.HasThresholds()) continue;
-    const QByteArray wrong = WrongNumbers(files.Db(), checked.schema, checked.table);
-    Sqlite::Rows rows = files.Db().Select(QByteArray("SELECT rowid FROM ") + checked.schema + '.' +
-                                          checked.table + " WHERE " + wrong + " LIMIT 1");
-    if (!rows.Next()) continue;
+    const std::vector<qint64> wrong =
+        ColumnTypes::WrongRows(files.Db(), checked.schema, checked.table, ColumnTypes::Looked::Numbers, 1);
+    if (wrong.empty()) continue;
     const bool inMain = qstrcmp(checked.schema, "main") == 0;
     throw Damage(inMain ? files.ShownMain() : files.ShownThresholds(),
-                 QStringLiteral("row ") + QString::number(rows.Int(0)) + QStringLiteral(" of ") +
+                 QStringLiteral("row ") + QString::number(wrong.front()) + QStringLiteral(" of ") +
                      QLatin1String(checked.table) + QStringLiteral(" holds what is no finite number"));
   }
 }

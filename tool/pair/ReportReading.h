@@ -14,10 +14,6 @@ namespace ReportReading {
 /// them. Their identifiers are left to the caller.
 std::map<qint64, std::vector<Alignment>> Read(const PrivatePair& files, Kind kind, const qint64* onlyOwner);
 
-/// The condition, on rows of a table, of a text, a blob or an infinity where a number has to be; what may be
-/// left out may be null.
-QByteArray WrongNumbers(const Sqlite& db, const char* schema, const char* table);
-
 /// Throws a Failure (4) where one of the alignments' values is no finite number.
 void RequireNumbers(const PrivatePair& files);
 

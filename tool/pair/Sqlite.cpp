@@ -31,7 +31,8 @@ void Sqlite::Rows::Finalizer::operator()(sqlite3_stmt* statement) const { sqlite
 
 Sqlite::Sqlite(const QByteArray& path, QString shown) : shown_(std::move(shown)) {
   sqlite3* db = nullptr;
-  const int result = sqlite3_open_v2(path.constData(), &db, SQLITE_OPEN_READWRITE, nullptr);
+  const int result =
+      sqlite3_open_v2(path.constData(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
   db_.reset(db);
   if (result != SQLITE_OK) Throw(result);
   sqlite3_extended_result_codes(db, 1);

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <limits>
+#include <vector>
+
+#include "tool/pair/Sqlite.h"
+
+/// Whether values are of the types that their columns are declared with: SQLite keeps whatever it is given.
+namespace ColumnTypes {
+
+enum class Looked { Numbers, NumbersAndTexts };
+
+/// The rows of a table, `most` of them at most, with a text, a blob or an infinity where a number has to be,
+/// or with something else than a text where one has to be. What may be left out may be null.
+std::vector<qint64> WrongRows(const Sqlite& db, const QByteArray& schema, const QByteArray& table,
+                              Looked looked, std::size_t most = std::numeric_limits<std::size_t>::max());
+
+}  // namespace ColumnTypes
