@@ -10,7 +10,7 @@ class Contender {
   virtual bool Create() = 0;
   virtual bool SaveSiteAlignment() = 0;
   virtual bool SavePathAlignment() = 0;
-  /// Reads the reports of site `site` (numbered from 1), frees what it built, and answers their number.
+  /// Reads the reports of site `site` (numbered from 1), frees what it built, and returns their number.
   virtual int ReadReports(int site) = 0;
   /// The number of sites.
   virtual int ListSites() = 0;

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-// The program's own definitions are found before the C library's, also by the shared objects that it uses.
+// The program's own definitions are found before the C library's, even by the shared objects that it uses.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);

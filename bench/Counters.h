@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-/// What an operation costs besides time. Allocations are those of malloc and its kin, operator new and the
+/// What an operation costs besides time. Allocations are those of malloc and the like, operator new and the
 /// engine included; writes and syncs are counted at the system calls' wrappers.
 struct Counters {
   long allocations;

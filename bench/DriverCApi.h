@@ -5,8 +5,8 @@
 #include <QString>
 #include <stdexcept>
 
-/// SQLite's C API by hand: just the calls. `Text` is what texts are given and read as: `const char*` builds
-/// nothing at all, QString the values that the library builds.
+/// SQLite's C API by hand: just the calls. `Text` is the type in which texts are given and read:
+/// `const char*` builds nothing at all, QString the values that the library builds.
 template <typename TextType>
 struct DriverCApi {
   using Text = TextType;

@@ -1,7 +1,7 @@
 // The contenders side by side. Two ways to run it, both printing JSON, both with upper limits of the sizes:
 //   bench --costs [--largest N] [--largest-conversion N]
 //       What each operation costs besides time; fails unless all contenders leave the same rows. Under
-//       callgrind also one dump of instructions an operation.
+//       callgrind also one dump of instructions per operation.
 //   bench [--largest N] [--largest-conversion N] [--benchmark_...]
 //       Times.
 #include <benchmark/benchmark.h>
@@ -43,7 +43,7 @@ Contender& ContenderOf(const char* name) {
   return *contender;
 }
 
-/// With a guard for the one operation where the contender has one.
+/// With a guard for the one operation if the contender has one.
 void Run(const Operation& operation, const char* name, int nth) {
   std::optional<OperationGuard> guard;
   if (Is(name, Contenders::guarded)) guard.emplace();
@@ -51,7 +51,7 @@ void Run(const Operation& operation, const char* name, int nth) {
   if (!succeeded) throw std::runtime_error(operation.Title() + " failed");
 }
 
-/// Measured the second time, when every shared object is bound and every locale loaded.
+/// Measured the second time, when every shared object is bound and every locale is loaded.
 Counters CostsOf(const Operation& operation, const char* name) {
   const std::string title = operation.Title() + "/" + name;
   operation.content.Install();

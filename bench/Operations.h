@@ -20,7 +20,7 @@ constexpr char sqliteCpp[] = "SQLiteCpp";
 /// One row of the table: what is done, to which files, and how often in a row.
 struct Operation {
   std::string name;
-  /// What the operation grows with: rows, records or alignments; -1 where it does not grow.
+  /// What the operation grows with: rows, records or alignments; -1 if it does not grow.
   int size;
   Content content;
   /// Runs on the same files, one after the other; 1 for those that need fresh files every time.

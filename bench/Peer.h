@@ -15,7 +15,7 @@
 #include "schema/SchemaThresholds.h"
 #include "schema/SchemaVersion7.h"
 
-/// The described calls over a driver, once for all drivers: the same statements, transactions, connections
+/// The library's calls over a driver, once for all drivers: the same statements, transactions, connections
 /// and syncs as the library's, without its checks, its log and its model.
 template <typename Driver>
 class Peer : public Contender {
@@ -373,7 +373,7 @@ class Peer : public Contender {
     return true;
   }
 
-  /// Reads every column of a row and drops it; answers column 0 if that is an integer.
+  /// Reads every column of a row and drops it; returns column 0 if that is an integer.
   static int ReadColumns(Query& row, const char* kinds) {
     int first = 0;
     for (int column = 0; kinds[column] != '\0'; ++column) {

@@ -13,8 +13,8 @@
 #include "bench/Sample.h"
 #include "schema/SchemaVersion7.h"
 
-/// How the cleanup finds out whether a key is referred to. It is required to search linearly; by hash tells
-/// what that costs.
+/// How the cleanup finds out whether a key is referred to. It is required to search linearly; searching by
+/// hash shows what that costs.
 enum class Search { Linear, ByHash };
 
 struct TableInOrder {

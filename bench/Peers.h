@@ -4,5 +4,5 @@
 
 #include "bench/Contender.h"
 
-/// The contender of a name that Operations.h lists. Null for an unknown one.
+/// The contender with a name that Operations.h lists. Null for an unknown one.
 std::unique_ptr<Contender> MakePeer(const char* name);

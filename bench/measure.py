@@ -67,8 +67,8 @@ def instructions(program, limits):
 def times(medium, program, limits, selection, repetitions):
     """Median time in microseconds of repetitions that are mixed at random, in the order of the operations.
 
-    In memory nothing is waited for: there the processor's time is the wall time of a machine that is doing
-    nothing else, which the machine may not be. On disk it is wall time.
+    In memory nothing is waited for, so processor time is what wall time would be on an otherwise idle machine.
+    On disk it is wall time.
     """
     kind = "cpu_time" if medium == "memory" else "real_time"
     printed = run(medium, [program, *limits, f"--benchmark_filter={selection}", "--benchmark_format=json",
@@ -171,7 +171,7 @@ def print_memory(costs):
     name = "read reports, as many others"
     if (name, many, LIBRARY) not in costs:
         return
-    # The floor holds no records: what the others hold more grows with the records alone.
+    # The floor holds no records: what the others hold in addition grows with the records alone.
     def per_record(contender):
         above = [costs[name, size, contender]["peak"] - costs[name, size, FLOOR]["peak"] for size in (few, many)]
         return (above[1] - above[0]) / (many - few)

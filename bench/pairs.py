@@ -1,4 +1,4 @@
-"""Pairs of files for the measurements of the program, as large as wanted."""
+"""Pairs of files of any size, for measuring the program."""
 
 import json
 import sqlite3

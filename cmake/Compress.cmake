@@ -1,4 +1,4 @@
-# tarnbeam_compress(FILE NAME): makes NAME in the build folder, the same bytes whenever and wherever it is made.
+# tarnbeam_compress(FILE NAME): makes NAME in the build folder, with the same bytes whenever and wherever it is made.
 find_program(GZIP gzip)
 if(NOT GZIP)
   message(FATAL_ERROR "gzip is needed for the manual page and the packages' changelog")

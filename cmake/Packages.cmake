@@ -2,7 +2,7 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tarnbeamdatabase)
 set(CPACK_PACKAGE_VENDOR Tarnbeam)
-# Empty, or it would stand before the description of each package.
+# Empty, or else it would stand before the description of each package.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_PACKAGE_CONTACT "Tarnbeam maintainers <maintainers@tarnbeam.invalid>"
   CACHE STRING "Maintainer named in the packages")
@@ -40,8 +40,8 @@ else()
   set(qt_development_package qt6-base-dev)
 endif()
 
-# multi_arch(COMPONENT VALUE): packages of several architectures side by side. CPack has a variable for it from 3.31
-# on; before, the field follows the one that comes last of those that CPack copies as they are.
+# multi_arch(COMPONENT VALUE): packages of several architectures side by side. From CMake 3.31 on CPack has a variable
+# for it; before, the field follows the last one of those that CPack copies as they are.
 function(multi_arch component section value)
   if(CMAKE_VERSION VERSION_LESS 3.31)
     string(APPEND section "\nMulti-Arch: ${value}")
@@ -50,7 +50,7 @@ function(multi_arch component section value)
   set(CPACK_DEBIAN_${component}_PACKAGE_MULTIARCH ${value} PARENT_SCOPE)
 endfunction()
 
-# Changelog and copyright of every package. Installing without packages leaves them out.
+# Changelog and copyright of every package. An installation without packages leaves them out.
 tarnbeam_compress(cmake/debian/changelog changelog.Debian.gz)
 function(package_documents component package)
   install(FILES ${PROJECT_BINARY_DIR}/changelog.Debian.gz ${PROJECT_SOURCE_DIR}/cmake/debian/copyright

@@ -1,4 +1,4 @@
-# tarnbeam_required_program(VARIABLE NAME): for tests of TARNBEAM_ALL_TESTS, none of which is left out in silence.
+# tarnbeam_required_program(VARIABLE NAME): for tests of TARNBEAM_ALL_TESTS, none of which is silently left out.
 function(tarnbeam_required_program variable name)
   find_program(${variable} ${name})
   if(NOT ${variable})

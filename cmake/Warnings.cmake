@@ -14,8 +14,8 @@ function(tarnbeam_warnings target)
   endif()
 endfunction()
 
-# What is shipped: hardened in release builds, with debug information that goes to packages of its own and names no
-# folder of the machine that it was built on. The last map that fits counts: the build folder may lie in the source.
+# What is shipped: hardened in release builds, with debug information that goes into packages of its own and names no
+# folder of the machine that it was built on. The last map that fits counts: the build folder may be in the source.
 function(tarnbeam_shipped target)
   if(NOT CMAKE_BUILD_TYPE STREQUAL Release OR TARNBEAM_SANITIZE OR TARNBEAM_COVERAGE)
     return()

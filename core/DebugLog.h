@@ -2,7 +2,7 @@
 
 #include <QDebug>
 
-/// Writes one debug line: the items in order, one blank between them, texts without quotation marks.
+/// Writes one debug line: the items in order, separated by one blank each, texts without quotation marks.
 /// Category "default", and no file, line or function, so that a line reads alike in every build type.
 template <typename... Items>
 void LogDebug(const Items&... items) {
@@ -10,7 +10,7 @@ void LogDebug(const Items&... items) {
   (line << ... << items);
 }
 
-/// For lines that some callers have and others do not.
+/// For lines that only some callers have; null: nothing.
 inline void LogIfAny(const char* line) {
   if (line != nullptr) LogDebug(line);
 }

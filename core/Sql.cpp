@@ -9,13 +9,13 @@
 
 namespace {
 
-/// Closes a connection that could not be made ready for use; no line tells whether it refuses.
+/// Closes a connection that could not be made ready for use. A refusal to close is not logged.
 void Discard(sqlite3* db) {
   const int result = sqlite3_close(db);
   if (result != SQLITE_OK) Watch::CloseRefused(db, result);
 }
 
-// A pragma's failure closes the connection, yet leaves the handle's value: callers go by the result alone.
+// A pragma that fails closes the connection but leaves the handle's value: callers go by the result alone.
 bool SetPragma(sqlite3* db, const char* sql, const char* failureLine) {
   const int result = sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
   if (result == SQLITE_OK) return true;
@@ -98,7 +98,7 @@ sqlite3_stmt* Prepare(sqlite3* db, const char* sql, const char* description) {
 
 int TryPrepare(sqlite3* db, const char* sql, sqlite3_stmt** statement) {
   const int result = sqlite3_prepare_v2(db, sql, -1, statement, nullptr);
-  // A text that holds no statement yields none either, and is as little use to its caller.
+  // A text that holds no statement yields none either, and is of as little use to the caller.
   if (*statement == nullptr) {
     Watch::CallFailed(db, result != SQLITE_OK ? result : SQLITE_MISUSE, "prepare", sql);
   }
@@ -116,7 +116,8 @@ void LogFailure(const char* text, int code, sqlite3* db) { LogDebug(text, code, 
 
 unsigned int ToUnixUtc(const QDateTime& time) {
   constexpr qint64 none = std::numeric_limits<unsigned int>::max();
-  // Cut off towards zero, so the last second before 1970 counts as the first one of it but for its beginning.
+  // Truncated towards zero: but for its very beginning, the last second before 1970 counts as the first of
+  // 1970.
   const qint64 seconds = time.toMSecsSinceEpoch() / 1000;
   return static_cast<unsigned int>(time.isValid() && seconds >= 0 && seconds < none ? seconds : none);
 }

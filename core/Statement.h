@@ -13,8 +13,8 @@
 /// marked to be passed over, the statement is inert from then on.
 ///
 /// An inert statement asks nothing more of SQLite: binds do nothing, Bound(), Run() and the inserts are
-/// false, and Step() answers SQLITE_MISUSE. So is one that could not be prepared, was finalised or left open,
-/// and its columns are 0 and empty.
+/// false, and Step() returns SQLITE_MISUSE. A statement that could not be prepared, was finalised or was left
+/// open is inert as well; its columns read as 0 and empty.
 class Statement {
  public:
   enum class OnFailure { Stop, PassOver };
@@ -36,12 +36,12 @@ class Statement {
   Statement& Key(long long key, const char* failureText, OnFailure onFailure = OnFailure::Stop);
   /// A key in all 64 bits.
   Statement& WideKey(long long key, const char* failureText);
-  // A failure of these is the caller's to log.
+  // The caller logs a failure of these.
   int BindInt(int value);
   bool BindsWideKey(long long key);
 
   bool Bound() const { return bound_; }
-  /// Inline, since reading reports is one step after the other.
+  /// Inline, since reading reports is little more than steps.
   int Step() {
     if (!bound_ || call_.IsWatched()) return StepWatched();
     const int result = sqlite3_step(statement_);
@@ -53,11 +53,11 @@ class Statement {
   /// as a failure whatever it reports. A guard's limit may end it earlier, as a failure.
   bool StepsWithinBound();
   /// Steps until the statement is done, calling `row()` for every row and then `stepped(result)` for every
-  /// result, and answers the last one. With `mostFailed` given, so many steps that report neither row nor
-  /// done end it, rows between them or not.
+  /// result, and returns the last result. With `mostFailed` given, that many steps that yield neither a row
+  /// nor done end it, even with rows in between.
   ///
-  /// Required behaviour: only "done" ends it. A step that fails is repeated, without end while it keeps
-  /// failing, unless a guard's limit ends it: then the last result is that of a step that failed.
+  /// Required behaviour: only "done" ends it. A step that fails is repeated for as long as it fails, unless a
+  /// guard's limit ends it: then the last result is that of a failed step.
   template <typename Row, typename Stepped>
   int StepUntilDone(Row row, Stepped stepped, int mostFailed = 0);
   template <typename Row>

@@ -4,13 +4,13 @@
 #include <cstddef>
 #include <tuple>
 
-/// A type where a value is wanted.
+/// Stands for a type where a value is needed.
 template <typename T>
 struct TypeTag {
   using Type = T;  ///< The type itself.
 };
 
-/// Types in their order. Tables with an entry for each are made of the list, so that none is forgotten.
+/// Types in order. Tables with an entry for each type are built from the list, so that none is forgotten.
 template <typename... Types>
 struct TypeList {
   /// How many types there are.
@@ -23,7 +23,7 @@ struct TypeList {
   template <template <typename...> class Template>
   using As = Template<Types...>;
 
-  /// What `make` answers to the TypeTag of each type, which are asked in their order.
+  /// What `make` returns for the TypeTag of each type; called in order.
   template <typename Make>
   static constexpr auto Table(Make make) {
     return std::array{make(TypeTag<Types>())...};

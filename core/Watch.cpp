@@ -36,10 +36,10 @@ bool AnyWatcher(Predicate predicate) {
 
 bool HasTimeLimit(const Watcher* watcher) { return watcher->limits.milliseconds > 0; }
 
-/// The guard may end while the connection lives, so the handler looks for the guards of its thread each time.
+/// The guard may end while the connection lives, so the handler looks up the guards of its thread each time.
 int InterruptWhenOver(void* /*unused*/) { return Watch::TimeIsOver() ? 1 : 0; }
 
-/// Whether every statement that keeps the connection open was left so as required. They are forgotten.
+/// Whether every statement that keeps the connection open was left open as required. They are forgotten.
 bool OnlyLeftOpen(sqlite3* db, QVector<sqlite3_stmt*>* leftOpen) {
   sqlite3_stmt* statement = sqlite3_next_stmt(db, nullptr);
   if (statement == nullptr) return false;

@@ -6,8 +6,8 @@ struct sqlite3;
 struct sqlite3_stmt;
 class Watcher;
 
-/// What the library tells the guards of its thread, see OperationGuard. Without a guard every function here
-/// is one look at a pointer.
+/// What the library reports to the guards of its thread, see OperationGuard. Without a guard every function
+/// here costs one look at a pointer.
 namespace Watch {
 
 /// The innermost guard of this thread, or null. Initialised in the header, so that reading it is a plain
@@ -16,20 +16,20 @@ inline thread_local Watcher* innermost = nullptr;
 
 inline bool IsOn() { return innermost != nullptr; }
 
-/// Tells of a failure: `code` is SQLite's extended result code, or the errno of a file call.
+/// Reports a failure: `code` is SQLite's extended result code, or the errno of a file call.
 void Failed(int code, const QString& text);
 
-/// Tells of a SQLite call that answered `result`, right after it: the code and the message are the
-/// connection's, where they belong to that result. `subject` is the text or path that `call` was about.
+/// Reports a SQLite call that returned `result`; called right after it. Code and message are the connection's
+/// if they belong to that result. `subject` is the text or path that `call` was about.
 void CallFailed(sqlite3* db, int result, const char* call, const char* subject);
 
-/// Tells of a step that reported neither row nor done, and counts it.
+/// Reports a step that yielded neither a row nor done, and counts it.
 void StepFailed(sqlite3_stmt* statement, int result);
 
 /// Whether a loop that would repeat a failed step has to end now.
 bool LoopMustEnd();
 
-/// How often that was so on this thread. For operations that must not go by an incomplete answer.
+/// How often that was the case on this thread. For operations that must not act on an incomplete result.
 int LoopsEnded();
 
 /// Whether the call under way has reached a guard's time limit.
@@ -38,17 +38,17 @@ bool TimeIsOver();
 /// Lets a connection that was just opened be interrupted at the time limit.
 void Opened(sqlite3* db);
 
-/// Tells of a statement that an operation is required to leave open.
+/// Reports a statement that an operation is required to leave open.
 void LeftOpen(sqlite3_stmt* statement);
 
-/// Hands over a connection that refused to close with `result`. That statements were left open on it as
-/// required is no failure; anything else is.
+/// Hands over a connection that refused to close with `result`. Statements left open on it as required are no
+/// failure; anything else is.
 void CloseRefused(sqlite3* db, int result);
 
 }  // namespace Watch
 
-/// The length of one call into the library, from which the time limit counts. Stands first in every public
-/// operation; one inside another changes nothing.
+/// The span of one call into the library; the time limit counts from its start. Stands first in every public
+/// operation; inside another one it changes nothing.
 class LibraryCall {
  public:
   LibraryCall() : watched_(Watch::IsOn()), outermost_(watched_ && Begin()) {}

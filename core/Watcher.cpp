@@ -10,7 +10,7 @@ Watcher::Watcher(const OperationGuard::Limits& given) : limits(given), outer(Wat
   Watch::innermost = this;
 }
 
-/// Guards need not end in the reverse order of their making.
+/// Guards need not end in the reverse order of their creation.
 Watcher::~Watcher() {
   CloseRefusedConnections();
   Watcher** link = &Watch::innermost;

@@ -17,7 +17,7 @@ class Watcher {
   void CloseRefusedConnections();
   void Reset();
 
-  /// Each tells whether the limit is reached, which is noted.
+  /// Each returns whether the limit is reached, and notes it if so.
   bool FailedStepsReached();
   bool TimeReached(qint64 milliseconds);
 

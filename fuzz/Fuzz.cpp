@@ -1,4 +1,4 @@
-// The entry points that libFuzzer calls. The target is named by --target=NAME, which libFuzzer passes over.
+// The entry points that libFuzzer calls. The target is named by --target=NAME, which libFuzzer ignores.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -9,7 +9,7 @@ namespace {
 
 const Target* fuzzed = nullptr;
 
-// Runs at every exit but that of a crash.
+// Runs at every exit except that of a crash.
 void Report() {
   const Met& met = Target::HasMet();
   std::fprintf(stderr, "%s: %lld inputs with endless loops, %lld interrupted, %lld connections left open\n",

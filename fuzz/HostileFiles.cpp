@@ -41,7 +41,7 @@ class Share {
  private:
   static constexpr int instructionsPerQuestion = 1000;
   static constexpr int questions = 300;
-  // What keeps one value from taking up all memory.
+  // Keeps one value from taking up all memory.
   static constexpr int longestValue = 1 << 20;
 
   static int HoldFor(sqlite3* db, char** /*message*/, const void* /*api*/) {
@@ -92,7 +92,7 @@ unsigned int Probe(const QString& path) {
   return AlignmentDatabase::GetDatabaseFileVersion(path, &version) ? version : 0;
 }
 
-/// The store of the version that the file claims to have, the current one where there is none of it.
+/// The store of the version that the file claims to have; the current one if it claims none.
 Store StoreOf(const HostileFiles& files, Opening opening) {
   const unsigned int version = Probe(files.main);
   const bool known = version >= 1 && version <= stores.size();
@@ -133,7 +133,7 @@ void SaveFiles(HostileFiles* files) {
     delete SampleSiteAlignment(number).Save(store.get());
     delete SamplePathAlignment(number).Save(store.get());
   }
-  // What was read goes back: a value that the file had in a wrong type is written as the right one.
+  // What was read goes back: a value that had a wrong type in the file is written with the right one.
   PreferencesModel preferences;
   store->RestorePreferences(&preferences);
   store->SavePreferences(&preferences);
@@ -157,7 +157,7 @@ void DeleteFromFiles(HostileFiles* files) {
   }
 }
 
-/// What PRAGMA integrity_check answers first, by a connection of its own.
+/// The first row of PRAGMA integrity_check, over a connection of its own.
 QByteArray Integrity(const QString& path) {
   sqlite3* db = nullptr;
   sqlite3_stmt* statement = nullptr;
@@ -200,7 +200,8 @@ class Folder {
   Folder() {
     qInstallMessageHandler(SwallowLog);
     Share::HoldForAllConnections();
-    // The scratch folder is not the library's to make, and conversions without it would all be refused.
+    // It is not up to the library to make the scratch folder, and without it all conversions would be
+    // refused.
     if (!QDir(QStringLiteral("/opt/tarnbeam/database")).exists()) {
       qFatal("Conversions need the folder /opt/tarnbeam/database");
     }

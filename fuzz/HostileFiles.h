@@ -9,12 +9,12 @@ enum class Side { Main, Thresholds };
 
 struct HostileFiles;
 
-/// What the inputs that were run so far have met. None of it is a finding: a damaged file may make a loop of
-/// the library endless, and a hostile one may calculate without end.
+/// What the inputs that have been run so far have met. None of it is a finding: a damaged file may make a
+/// loop of the library endless, and a hostile one may calculate without end.
 struct Met {
-  /// Inputs of which a guard ended a loop.
+  /// Inputs for which a guard ended a loop.
   long long endlessLoops = 0;
-  /// Inputs of which a statement was interrupted after its share of instructions.
+  /// Inputs for which a statement was interrupted after its share of instructions.
   long long interrupted = 0;
   /// Connections that the library left open, as it must.
   long long leftOpen = 0;
@@ -31,7 +31,7 @@ struct Target {
   static const Target* Named(const QString& name);
   static const Met& HasMet();
 
-  /// Puts `input` in place of a file and runs. Answers what is wrong afterwards, empty when nothing is: the
+  /// Puts `input` in place of a file and runs. Returns what is wrong afterwards, empty if nothing is: the
   /// other file has to be whole, and a conversion has to leave the file as it was or convert it.
   QString Run(const QByteArray& input) const;
 };

@@ -81,7 +81,7 @@ QByteArray Hostile(const char* name) {
   return Seeds::Read(SeedFolder(Side::Main) + QLatin1Char('/') + QLatin1String(name));
 }
 
-// The page of the table Sites is made unreadable, so that the listing of identifiers steps without end.
+// The page of the table Sites is made unreadable, so that listing identifiers steps without end.
 TEST(GuardedInputTest, EndsALoopThatNeverGetsDone) {
   QByteArray damaged = CurrentFile(Side::Main);
   const auto page = damaged.indexOf("Site 1") / pageSize * pageSize;
@@ -98,7 +98,7 @@ TEST(GuardedInputTest, InterruptsAStatementThatCalculatesWithoutEnd) {
   EXPECT_EQ(Meets("probe_main", Hostile("main_endless_work.sqlite"), &Met::interrupted), 1);
 }
 
-// Two connections for every path that is read, and one more for the path that is not there.
+// Two connections for every path that is read, and as many for the path that is not there.
 TEST(GuardedInputTest, ClosesWhatPathRetrievalLeavesOpen) {
   EXPECT_EQ(Meets("read_main", CurrentFile(Side::Main), &Met::leftOpen), 2 * 3);
 }

@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
-/// Files that are well-formed where the fuzzer starts from: as small as SQLite makes them.
+/// Well-formed files from which the fuzzer starts: as small as SQLite makes them.
 namespace Seeds {
 
 struct Pair {

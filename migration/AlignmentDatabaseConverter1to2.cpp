@@ -13,9 +13,9 @@ namespace {
 
 constexpr double tolerance = 0.00001;
 
-// The calibration counts as made where the constants differ from those an instrument leaves the factory with.
-// The absolute Z gain is taken before 1 is subtracted, so that every smaller gain counts as uncalibrated too;
-// the X gain is not treated so, and both stay as they are.
+// An instrument counts as calibrated if its constants differ from those that it leaves the factory with.
+// Required behaviour: the absolute Z gain is taken before 1 is subtracted, so that every smaller gain counts
+// as uncalibrated too; the X gain is treated differently.
 bool AreDefaults(double xGain, double zOffset, double zGain) {
   return std::abs(xGain - 1.0) < tolerance && std::abs(zOffset) < tolerance &&
          std::abs(zGain) - 1.0 < tolerance;
@@ -90,7 +90,7 @@ bool CorrectPreferences(sqlite3* db) {
   return true;
 }
 
-// A failed copy fails the step only together with a failed addition, and the other way round.
+// A failed copy fails the step only together with a failed addition, and vice versa.
 constexpr TableChanges preferences{
     "Preferences",
     Outcome::CopyOrChangesCount,

@@ -5,7 +5,7 @@
 
 namespace {
 
-// The labels are those of the columns of the step before.
+// Required behaviour: the labels are those of the previous step's columns.
 constexpr Change siteRollPrecision{
     "ALTER TABLE TemporaryDB.AntennaAlignment ADD RollPrecision INTEGER NOT NULL DEFAULT 0",
     "Add notes column to antenna alignment table"};

@@ -21,8 +21,8 @@ constexpr char noPathContents[] = "Unable to copy paths table contents";
 
 }  // namespace
 
-/// One table's way into the scratch file. Several texts name another table; they are what has always been
-/// logged. A failed copy is named by some only, and from the conversion to `copyFailureSince` on.
+/// How one table gets into the scratch file. Required behaviour: several texts name another table, and a
+/// failed copy is named for some tables only, and from the conversion to `copyFailureSince` on.
 struct CopiedTable {
   const char* name;
   const char* SchemaTexts::*definition;
@@ -62,7 +62,7 @@ constexpr CopiedTable copiedTables[] = {
      "Copy Path Screen Contents Table", "Aborting conversion, UpdatePathScreenContentsTable failed"},
 };
 
-/// Keeps the scratch file attached for a scope. Detaching is not counted in any result.
+/// Keeps the scratch file attached for a scope. A failed detach changes no result.
 class Attached {
  public:
   explicit Attached(sqlite3* db) : db_(db), attached_(Conversion::AttachTemporaryDatabase(db)) {}
@@ -105,8 +105,8 @@ bool ChangeTable(sqlite3* db, const TableChanges& table, bool copied) {
   return table.correct == nullptr || table.correct(db);
 }
 
-/// Keeps the scratch folder, and with it the device, to one conversion at a time. The lock is one on the
-/// folder itself and goes with the process that holds it, so nothing of it is ever left behind.
+/// Limits the scratch folder, and with it the device, to one conversion at a time. The lock is on the folder
+/// itself and goes with the process that holds it, so it is never left behind.
 class ScratchFolder {
  public:
   ScratchFolder() : folder_(Conversion::scratchFolder, O_RDONLY | O_DIRECTORY) {
@@ -114,7 +114,7 @@ class ScratchFolder {
     isTaken_ = folder_ && !locked_ && errno == EWOULDBLOCK;
   }
   explicit operator bool() const { return locked_; }
-  /// By another conversion.
+  /// Whether another conversion holds the lock.
   bool IsTaken() const { return isTaken_; }
 
  private:
@@ -171,7 +171,7 @@ bool Conversion::Convert(const QString& path) {
   db.Close();
   if (copied) return DatabaseFileSwap::SwapDatabaseFiles(path, scratchPath);
   if (step_.failures == FailureHandling::AllNamed) LogDebug("Success false, deleting temp database");
-  // Without the lock the file, if there is one, is another conversion's.
+  // Without the lock the file, if there is one, belongs to another conversion.
   if (folder && step_.failures != FailureHandling::ChecksNamed) DeleteTemporaryDatabase();
   return false;
 }
@@ -201,9 +201,9 @@ bool Conversion::MakeCopy(sqlite3* db) const {
   return true;
 }
 
-// Works on the plain file: SQLite takes an empty one for an empty database, and a journal left beside it by
-// an interrupted run is discarded with it. Emptied in any case, so that rows of a left-over file that could
-// not be removed never get into the copy; but never through a link, whose target is somebody's.
+// Works on the plain file: SQLite takes an empty file for an empty database, and discards a journal that an
+// interrupted run left beside it. Emptied in any case, so that rows of a left-over file that could not be
+// removed never get into the copy; but never through a link, whose target belongs to somebody else.
 bool Conversion::CreateTemporaryDatabase() {
   File::Remove(scratchPath);
   return static_cast<bool>(File(scratchPath, O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
@@ -253,7 +253,7 @@ bool Conversion::UpdateAttachedTable(sqlite3* db, const CopiedTable& table) cons
   const QByteArray create =
       QByteArray("CREATE TABLE IF NOT EXISTS TemporaryDB.") + step_.source.*table.definition;
   if (!Sql::Execute(db, create.constData(), table.createLabel)) {
-    // The first conversion names sites where the later ones name paths.
+    // Required behaviour: the first conversion names sites where the later ones name paths.
     LogDebug(step_.failures == FailureHandling::ChecksNamed ? noNewSites : table.createFailure);
     return false;
   }
@@ -269,7 +269,7 @@ bool Conversion::UpdateAttachedTable(sqlite3* db, const CopiedTable& table) cons
   return changes == nullptr || ChangeTable(db, *changes, copied);
 }
 
-// One row "ok" is enough: another text does not take it back, and no row at all fails.
+// Required behaviour: one row "ok" is enough, whatever other rows say; no row at all fails.
 bool Conversion::PerformIntegrityCheck(sqlite3* db) {
   constexpr CheckTexts texts{"Null db passed to integrity check", "PRAGMA TemporaryDB.integrity_check",
                              "Perform integrity check"};

@@ -9,7 +9,7 @@ struct sqlite3;
 struct CopiedTable;
 
 /// The one conversion procedure: builds a complete copy in the scratch file, checks it, and only then
-/// replaces the main file by it. No step runs in a transaction, and none writes the main file; the scratch
+/// replaces the main file with it. No step runs in a transaction, and none writes the main file; the scratch
 /// file is attached for the length of a step.
 class Conversion {
  public:

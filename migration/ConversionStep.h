@@ -29,11 +29,11 @@ struct TableChanges {
   Change changes[4];
   /// Logged when a change fails; null: nothing.
   const char* changeFailure = nullptr;
-  /// Code that a statement cannot say, run last; null: none.
+  /// A change that no statement can express, run last; null: none.
   bool (*correct)(sqlite3* db) = nullptr;
 };
 
-/// How failures are reported and cleared up after. It grew over the versions, and each step keeps its own.
+/// How failures are reported and cleaned up after. It grew over the versions, and each step keeps its own.
 enum class FailureHandling {
   /// Only failed checks are named, and the scratch file is left behind.
   ChecksNamed,
@@ -46,8 +46,8 @@ enum class FailureHandling {
 /// Whether rows that no alignment refers to are removed from the copy.
 enum class UnusedRows { Stay, Go };
 
-/// All that one conversion is: where it starts, where it ends, and what it changes on the way. A table that
-/// is not named is copied as it is.
+/// All that defines one conversion: where it starts, where it ends, and what it changes on the way. A table
+/// that is not named is copied as it is.
 struct ConversionStep {
   unsigned int targetVersion;
   SchemaTexts source;

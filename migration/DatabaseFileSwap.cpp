@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Of a path that begins with a slash.
+/// `path` must begin with a slash.
 QByteArray FolderOf(const QByteArray& path) {
   const auto last = path.lastIndexOf('/');
   return path.left(last == 0 ? 1 : last);
@@ -43,8 +43,8 @@ bool PutInPlaceAcross(const QByteArray& main, const File& copy, mode_t mode) {
 }
 
 bool PutInPlace(const QByteArray& main, const QByteArray& copyPath) {
-  // By its name alone: closing a descriptor that could read would end locks that this process has on the
-  // file.
+  // Opened by its name alone: closing a descriptor that could read would release the locks that this process
+  // holds on the file.
   const File old(main, O_PATH);
   const File copy(copyPath, O_RDONLY);
   struct stat status {};

@@ -14,7 +14,7 @@
 
 namespace {
 
-// What a file is created, opened, linked and listed by aside.
+// All of a file's mode but its type.
 constexpr mode_t modeBits = 07777;
 
 bool Done(bool succeeded, const char* call, const QByteArray& path) {

@@ -13,9 +13,9 @@ class IAlignmentDatabaseConverter {
   /// Converts the file at `path`, which must have the version that the converter starts from: ask
   /// AlignmentDatabase::GetDatabaseFileVersion() first.
   ///
-  /// True when the file has been replaced by its converted and checked copy, in one atomic step of a synced
-  /// file; its permissions are the same. On false the file is as it was; debug lines say why. While another
-  /// conversion is under way, of whatever file, this one does not begin. Rows that no alignment refers to are
-  /// gone after every conversion but the first; what the schema does not name is not copied.
+  /// True when the file has been replaced by its converted, checked and synced copy in one atomic step; its
+  /// permissions are the same. On false the file is as it was; debug lines say why. While another conversion
+  /// is under way, of whatever file, this one does not begin. Rows that no alignment refers to are gone after
+  /// every conversion but the first; what the schema does not name is not copied.
   virtual bool Convert(QString& path) = 0;
 };

@@ -8,8 +8,8 @@
 
 namespace {
 
-/// The texts of one table's cleanup. Several name the wrong table, and four deletion texts lack the colon;
-/// they are what has always been logged.
+/// The texts of one table's cleanup. Required behaviour: several name the wrong table, and four deletion
+/// texts lack the colon.
 struct CleanupTexts {
   const char* selectKeys;
   const char* selectLabel;
@@ -72,9 +72,9 @@ constexpr CleanupTexts pathTexts{
     "SQL bind OrientationKey (record delete) failed with ",
 };
 
-/// Appends each column of every row to the list given for it. False after six steps in all that report
-/// neither a row nor done: a file that cannot be read must not keep the instrument from starting. Rows
-/// between them do not help, since after an error the engine begins again with the first row.
+/// Appends each column of every row to the list given for it. False after six steps in all that yield neither
+/// a row nor done: a file that cannot be read must not keep the instrument from starting. Rows in between do
+/// not help, since after an error the engine begins again with the first row.
 bool ReadKeys(Statement* statement, std::initializer_list<QVector<int>*> lists) {
   constexpr int mostFailed = 6;
   const auto append = [&] {
@@ -114,7 +114,7 @@ bool DeleteUnused(sqlite3* db, QVector<int>* referenced, const CleanupTexts& tex
   return true;
 }
 
-/// The keys that alignments refer to. Only membership matters, so a key may stand many times.
+/// The keys that alignments refer to. Only membership matters, so a key may occur many times.
 struct ReferencedKeys {
   QVector<int> orientation;
   QVector<int> geolocation;
@@ -123,9 +123,9 @@ struct ReferencedKeys {
   QVector<int> path;
 };
 
-/// Reads the keys of both alignment tables. False, with the scratch file left attached, when those of paths
-/// cannot be asked for; keys of sites that cannot be asked for make the first delete of a referenced row
-/// fail.
+/// Reads the keys of both alignment tables. False, with the scratch file left attached, if the query for
+/// those of paths cannot be prepared. If the one for sites cannot, their keys are missing and the first
+/// delete of a referenced row fails.
 bool CollectReferencedKeys(sqlite3* db, ReferencedKeys* keys, bool* staysAttached) {
   Statement sites(db,
                   "SELECT TargetOrientationKey, LocationKey, MeasuredOrientationKey, SiteHeightKey, SiteKey "

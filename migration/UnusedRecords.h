@@ -11,7 +11,7 @@ namespace UnusedRecords {
 /// False when a key could not be read or a row not deleted; the whole copy is discarded then.
 ///
 /// The membership test is a linear search and every row gets a statement of its own: quadratic in the rows,
-/// paid once a conversion.
+/// paid once per conversion.
 bool DeleteUnusedRecords(sqlite3* db);
 
 // One table each: deletes the rows whose key is not in `referenced`. The scratch file must be attached.

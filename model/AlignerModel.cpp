@@ -31,8 +31,8 @@ void AlignerModel::ClearCurrentPath() { SetCurrentPathInformation(nullptr); }
 
 template <typename Record>
 void AlignerModel::Replace(std::unique_ptr<Record>& current, Record* replacement) {
-  // The record that is already current is kept as it is: it may have been edited in place, so that
-  // observers are told all the same.
+  // The record that is already current is kept as it is. It may have been edited in place, so observers are
+  // told all the same.
   if (current.get() != replacement) {
     current.reset(replacement);
   }

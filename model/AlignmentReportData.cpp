@@ -24,7 +24,7 @@ bool HasSubject(const IAntennaAlignmentReportData& record) { return record.GetSi
 
 bool HasSubject(const IPathAlignmentReportData& record) { return record.GetPathInformation() != nullptr; }
 
-/// Measured minus target of one angle. Not a number fails every comparison with a threshold.
+/// Measured minus target of one angle. Not-a-number fails every comparison with a threshold.
 template <typename Record>
 float ErrorOf(const Record& record, float (IOrientation::*angle)() const) {
   const IOrientation* measured = record.GetMeasuredOrientation();

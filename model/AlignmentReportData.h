@@ -7,7 +7,7 @@
 #include "model/IAntennaAlignmentReportData.h"
 #include "model/IPathAlignmentReportData.h"
 
-/// What both kinds of report records do alike. `Interface` is the one of the record.
+/// What both kinds of report records have in common. `Interface` is that of the record.
 template <typename Interface>
 class TARNBEAMDATABASE_EXPORT AlignmentReportData : public Interface {
  public:

@@ -3,7 +3,7 @@
 #include "TarnbeamDatabaseExport.h"
 #include "model/SettingValue.h"
 
-/// A time without use after which the instrument switches itself off.
+/// How long the instrument is left unused before it switches itself off.
 class TARNBEAMDATABASE_EXPORT AutoShutOffDelaySetting : public SettingValue {
  public:
   /// Constructed from its key and its name.

@@ -5,9 +5,8 @@
 #include "TarnbeamDatabaseExport.h"
 #include "model/ObservableModel.h"
 
-/// A preference with a fixed list of allowed values, each known by a key; the key is what database
-/// files hold. `T` answers `unsigned int Key() const`. The setting owns none of the values: they have
-/// to outlive it.
+/// A preference with a fixed list of allowed values, each known by a key; the key is what database files
+/// hold. `T` has `unsigned int Key() const`. The setting owns none of the values: they have to outlive it.
 template <typename T>
 class TARNBEAMDATABASE_EXPORT EnumeratedSetting : public ObservableModel {
  public:
@@ -21,9 +20,8 @@ class TARNBEAMDATABASE_EXPORT EnumeratedSetting : public ObservableModel {
   /// In the order in which keys are looked up.
   const QVector<T*>& AllowedValues() const { return allowedValues_; }
 
-  /// Makes the first allowed value with this key the current one and notifies, even if it already
-  /// was the current one. A key that no value has changes nothing and answers false; null entries
-  /// match no key.
+  /// Makes the first allowed value with this key the current one and notifies, even if it already was the
+  /// current one. A key that no value has changes nothing and gives false; null entries match no key.
   virtual bool AssignValueWithKey(unsigned int key) {
     for (T* value : allowedValues_) {
       if (value != nullptr && value->Key() == key) {

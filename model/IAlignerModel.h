@@ -12,7 +12,7 @@ class TARNBEAMDATABASE_EXPORT IAlignerModel {
  public:
   /// Observers hear of every change of a current record; they are not owned.
   virtual void AddObserver(IModelObserver* observer) = 0;
-  /// An observer that is not there is passed over.
+  /// An observer that is not there is ignored.
   virtual void RemoveObserver(IModelObserver* observer) = 0;
 
   /// The path being entered, owned by the model; null when there is none.

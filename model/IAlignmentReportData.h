@@ -10,8 +10,8 @@ class IHeight;
 class IMeasurementOptions;
 class IOrientation;
 
-/// What the records of site and of path alignments have in common. The order of the virtual operations
-/// is binary interface. Objects handed out stay the record's or, where it borrows them, their owner's.
+/// What the records of site and of path alignments have in common. The order of the virtual operations is
+/// binary interface. Objects handed out remain the record's or, where it borrows them, their owner's.
 class TARNBEAMDATABASE_EXPORT IAlignmentReportData {
  public:
   /// A copy with copies of all its objects, which it owns. It is itself owned by the caller.
@@ -26,8 +26,8 @@ class TARNBEAMDATABASE_EXPORT IAlignmentReportData {
   /// What the user noted down; empty without measurement options.
   virtual QString Note() const = 0;
 
-  /// Measured minus target, degrees; the azimuth by the shorter way round. Not a number where target
-  /// or measurement is missing.
+  /// Measured minus target, degrees; the azimuth the shorter way round. Not-a-number if target or measurement
+  /// is missing.
   virtual float AzimuthErrorDegrees() const = 0;
   /// As for the azimuth.
   virtual float TiltErrorDegrees() const = 0;

@@ -13,7 +13,7 @@ class TARNBEAMDATABASE_EXPORT IHeight {
  public:
   /// Observers hear of every change; they are not owned.
   virtual void AddObserver(IModelObserver* observer) = 0;
-  /// An observer that is not there is passed over.
+  /// An observer that is not there is ignored.
   virtual void RemoveObserver(IModelObserver* observer) = 0;
   /// Tells every observer, in the order in which they were added.
   virtual void NotifyObserversOfChange() = 0;
@@ -42,12 +42,12 @@ class TARNBEAMDATABASE_EXPORT IHeight {
   /// Whether the type is that of GPS heights.
   virtual bool IsFromGps() const = 0;
 
-  /// When the height was measured or entered; an invalid time where that is not known.
+  /// When the height was measured or entered; an invalid time if that is not known.
   virtual QDateTime MeasurementTime() const = 0;
-  /// An invalid time where it is not known.
+  /// An invalid time if it is not known.
   virtual void SetMeasurementTime(const QDateTime& time) = 0;
 
-  /// Expected error in metres, one standard deviation; 0 where it is not known.
+  /// Expected error in metres, one standard deviation; 0 if it is not known.
   virtual double UncertaintyInMeters() const = 0;
   /// One standard deviation.
   virtual void SetUncertaintyInMeters(double meters) = 0;

@@ -8,7 +8,7 @@
 /// Fixed measurement options.
 class TARNBEAMDATABASE_EXPORT MeasurementOptions : public IMeasurementOptions {
  public:
-  /// In the order of the accessors, but for the note. Path length -1: none.
+  /// In the order of the accessors, except for the note. Path length -1: none.
   MeasurementOptions(float azimuthOffset, bool tiltInversionEnabled, float azimuthThreshold,
                      float tiltThreshold, float rollThreshold, float pathLengthThreshold, QString note,
                      unsigned long rollPrecision);

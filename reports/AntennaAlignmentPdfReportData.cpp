@@ -8,7 +8,7 @@
 
 namespace {
 
-/// What records are ordered by: their sector's name, then their antenna's position, in lower case.
+/// What records are ordered by: the sector's name, then the antenna's position, in lower case.
 struct SortKey {
   explicit SortKey(const IAntennaAlignmentReportData* record)
       : sector(record->GetSiteInformation()->SectorName().toLower()),
@@ -39,8 +39,8 @@ QVector<IAntennaAlignmentReportData*>* AntennaAlignmentPdfReportData::AlignmentD
   return Records();
 }
 
-// Orders by ReportDataLessThan(), with each record's key made once instead of at every comparison.
-// std::sort promises what qSort promised before it was deprecated: equal records in any order.
+// Orders by ReportDataLessThan(), with each record's key made once instead of at every comparison. Records
+// that are equal may come in any order.
 void AntennaAlignmentPdfReportData::SortReportData() {
   QVector<IAntennaAlignmentReportData*>& records = *Records();
   records.detach();

@@ -19,9 +19,9 @@ class TARNBEAMDATABASE_EXPORT AntennaAlignmentPdfReportData
   /// The records, owned by the report.
   QVector<IAntennaAlignmentReportData*>* AlignmentData() const;
 
-  /// Sorts the records in place by `ReportDataLessThan`. Records that are equal in sector name and
-  /// antenna position may end in any order. A single record is asked for nothing: it may be null or have no
-  /// site, which none of several may.
+  /// Sorts the records in place by `ReportDataLessThan`. Records that are equal in sector name and antenna
+  /// position may end up in any order. A single record is not looked into: it may be null or have no site. Of
+  /// several, none may.
   void SortReportData();
 };
 

@@ -8,8 +8,8 @@ PathAlignmentPdfReportData::PathAlignmentPdfReportData(QString name, const QStri
                                                        QVector<IPathAlignmentReportData*>* data)
     : PdfReportData(std::move(name), fileBase, data) {
   if (data == nullptr) {
-    // As LogDebug() of core/ writes it, which reports do not know: category "default", and no file, line or
-    // function, so that the line reads alike in every build type.
+    // As LogDebug() of core/ writes it, which reports/ does not include: category "default", and no file,
+    // line or function, so that the line reads alike in every build type.
     QMessageLogger(nullptr, 0, nullptr).debug().noquote()
         << "Null path data passed to PathAlignmentPdfReportData";
   }

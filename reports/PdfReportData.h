@@ -8,7 +8,7 @@
 #include "model/IPathAlignmentReportData.h"
 #include "reports/IPdfReportData.h"
 
-/// What both report containers do alike: they hold their texts and own their records.
+/// What both report containers have in common: they hold their texts and own their records.
 template <typename Record>
 class TARNBEAMDATABASE_EXPORT PdfReportData : public IPdfReportData {
  public:

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The SQL texts in which one schema version differs from another, as far as any version does.
+/// The SQL texts in which any schema version differs from another.
 ///
 /// A table is given as its name with its column list, without "CREATE TABLE", so that the same text
 /// serves the main file and the scratch copy of a conversion. The texts are part of the file format:
@@ -28,7 +28,7 @@ struct SchemaTexts {
   const char* savePreferences;
   const char* restorePreferences;
 
-  /// Which of the columns that not every version has the alignments' texts name.
+  /// Which of the columns that some versions lack are named in the alignments' texts.
   bool hasTiltInversion;
   bool hasSiteNote;
   bool hasRollPrecision;

@@ -77,7 +77,7 @@
   "LEFT JOIN Geolocation c ON c.GeolocationKey=a.PathLocationKey "                                     \
   "LEFT JOIN Height h ON h.HeightKey=a.SiteHeightKey"
 
-/// The columns of a row that selectSiteReports answers. A version that adds one adds it behind the last.
+/// The columns of a row that selectSiteReports yields. A version that adds one adds it behind the last.
 namespace SiteReportColumn {
 enum : int {
   AlignmentKey, SiteIdentifier, SectorName, AntennaPosition, AzimuthOffset,
@@ -88,7 +88,7 @@ enum : int {
 };
 }  // namespace SiteReportColumn
 
-/// The same of selectPathReports.
+/// The same for selectPathReports.
 namespace PathReportColumn {
 enum : int {
   AlignmentKey, PathIdentifier, SectorName, AntennaPosition, AzimuthOffset,
@@ -101,7 +101,7 @@ enum : int {
 }  // namespace PathReportColumn
 // clang-format on
 
-// Row 1 is named in the text. A table column that is not named falls back to its default on every save.
+// Row 1 is named in the text. A column that is not named falls back to its default on every save.
 // clang-format off
 #define PREFERENCES_COLUMNS_1                                                                          \
   "DistanceUnits,AzimuthOffset,DateFormat, CoordinateFormat, DatumFormat, HeightSource, "              \
@@ -115,7 +115,8 @@ enum : int {
 #define RESTORE_PREFERENCES(columns) "SELECT " columns " FROM Preferences WHERE (RowID=1)"
 // clang-format on
 
-/// The first version. The far end of a path wrongly refers to Orientation; files in the field do.
+/// The first version. Required behaviour: the far end of a path refers to Orientation, as it does in files in
+/// the field.
 constexpr SchemaTexts SchemaVersion1() {
   SchemaTexts texts{};
   texts.sites =

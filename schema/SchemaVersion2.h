@@ -7,7 +7,7 @@
   PREFERENCES_TABLE_1 ", AccelerometerCalibrated INTEGER NOT NULL, GNSSFileCRC INTEGER NOT NULL DEFAULT 0, " \
   "TiltIndicatorEnabled INTEGER NOT NULL DEFAULT 1, RollIndicatorEnabled INTEGER NOT NULL DEFAULT 1"
 // clang-format on
-// Saving and restoring differ by the blank before TiltIndicatorEnabled.
+// Required behaviour: saving and restoring differ by the blank before TiltIndicatorEnabled.
 // clang-format off
 #define PREFERENCES_COLUMNS_2(gap) \
   PREFERENCES_COLUMNS_1 ", AccelerometerCalibrated, GNSSFileCRC," gap "TiltIndicatorEnabled, " \

@@ -22,9 +22,9 @@ namespace PathReportColumn {
 enum : int { TiltInversion = HeightType + 1 };
 }
 
-/// Alignments and preferences gain tilt inversion, preferences the Bluetooth name; foreign keys are right.
-/// New files get the alignments' column by ALTER TABLE in the same text. A conversion's copy names the column
-/// itself and forgets the cascade of the path's height.
+/// Alignments and preferences gain tilt inversion, preferences the Bluetooth name; foreign keys are
+/// corrected. New files get the alignments' column by ALTER TABLE in the same text. Required behaviour: a
+/// conversion's copy names the column itself and lacks the cascade of the path's height.
 constexpr SchemaTexts SchemaVersion3() {
   SchemaTexts texts = SchemaVersion2();
   texts.antennaAlignment = ANTENNA_ALIGNMENT_COLUMNS ANTENNA_ALIGNMENT_CORRECT_REFERENCES

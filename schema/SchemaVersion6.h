@@ -6,7 +6,7 @@
 #define PREFERENCES_COLUMNS_6(gap) PREFERENCES_COLUMNS_5(gap) ", GeoidFormat"
 #define PREFERENCES_VALUES_6 PREFERENCES_VALUES_5 ",?"
 
-/// Preferences gain the geoid format. From here on GPS heights carry the type 3, before it 1.
+/// Preferences gain the geoid format. From this version on GPS heights have type 3; until then, type 1.
 constexpr SchemaTexts SchemaVersion6() {
   SchemaTexts texts = SchemaVersion5();
   texts.preferences = PREFERENCES_TABLE_6 ")";

@@ -8,7 +8,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 say() { printf '%s\n' "$*" >&2; }
 fail() { say "$*"; exit 1; }
 
-# step LOG TITLE COMMAND...: says the title, and what the command printed only where it fails.
+# step LOG TITLE COMMAND...: prints the title, and what the command printed only if it fails.
 step() {
   local log=$1 title=$2
   shift 2
@@ -17,8 +17,8 @@ step() {
   "$@" >"$log" 2>&1 || { tail -n 60 "$log" >&2; fail "$title: failed, all of it is in $log"; }
 }
 
-# What is needed for what. Each line is a probe, run by the shell, and the Debian package to install where the
-# probe fails. A package whose name differs between releases is found by a command.
+# What is needed for what. Each line is a probe, run by the shell, and the Debian package to install if the probe fails.
+# A package whose name differs between releases is found by a command.
 #   group NAME <<END
 #   large_group NAME WHAT <<END    the same for what only ./run-tests --all does; WHAT says what that is
 declare -A needs=()
@@ -60,13 +60,6 @@ END
 group lint_clang <<'END'
 command -v clang-format-14 | clang-format-14
 command -v clang-tidy-14 | clang-tidy-14
-END
-
-group pictures <<'END'
-command -v pdftoppm | poppler-utils
-command -v ogr2ogr | gdal-bin
-command -v bc | bc
-[ -n "$(fc-list)" ] | fonts-dejavu-core
 END
 
 group coverage <<'END'
@@ -127,6 +120,17 @@ command -v GeodSolve | geographiclib-tools
 command -v sqlite3 | sqlite3
 END
 
+large_group pictures 'pages and pictures' <<'END'
+command -v python3 | python3
+command -v pdftoppm | poppler-utils
+command -v ogr2ogr | gdal-bin
+command -v bc | bc
+[ -e /usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf ] | fonts-dejavu-core
+command -v fc-list | fontconfig
+have_font_for ar | fonts-noto-core
+have_font_for ja | fonts-noto-cjk
+END
+
 large_group benchmarks 'benchmarks' <<'END'
 command -v python3 | python3
 pkg-config --exists benchmark | libbenchmark-dev
@@ -134,14 +138,16 @@ have_header SQLiteCpp/SQLiteCpp.h | libsqlitecpp-dev
 compgen -G "$(pkg-config --variable=libdir Qt5Core)/qt5/plugins/sqldrivers/libqsqlite.so" | libqt5sql5-sqlite
 END
 
+have_font_for() { [ -n "$(fc-list ":lang=$1")" ]; }
+
 have_header() { echo "#include <$1>" | g++ -std=c++17 -E -x c++ -; }
 
-# It was renamed between releases.
+# The package was renamed between releases.
 geographiclib_package() {
   apt-cache show libgeographiclib-dev >/dev/null 2>&1 && echo libgeographiclib-dev || echo libgeographic-dev
 }
 
-# Whether a fuzzer can be linked with these options; the runtime is a package apart from clang.
+# Whether a fuzzer can be linked with these options; its runtime is a package separate from clang.
 clang_links() (
   folder=$(mktemp -d)
   trap 'rm -r "$folder"' EXIT
@@ -156,7 +162,7 @@ clang_release() {
   echo "${version%%.*}"
 }
 
-# Runs a command as root; false where there is no way to. Asks for a password only where somebody can answer.
+# Runs a command as root; false if there is no way to. Asks for a password only if somebody can answer.
 as_root() {
   if [ "$(id -u)" -eq 0 ]; then
     "$@"
@@ -167,8 +173,8 @@ as_root() {
   fi
 }
 
-# install_missing GROUP...: installs the package of every probe that fails. Nothing is asked of apt or sudo where
-# all probes pass, so that an ordinary user needs neither on a machine that is set up.
+# install_missing GROUP...: installs the package of every probe that fails. Nothing is asked of apt or sudo if all
+# probes pass, so that an ordinary user needs neither on a machine that is set up.
 install_missing() {
   local probe package name missing=() log=$root/build/install.txt
   while IFS='|' read -r probe package; do
@@ -177,7 +183,7 @@ install_missing() {
   [ ${#missing[@]} -gt 0 ] || return 0
   command -v apt-get >/dev/null || fail "Missing, and no apt-get here (Debian's names):${missing[*]}"
 
-  # Names that differ are found in the lists, and a bare system has none.
+  # Names that differ are found in the package lists, and a bare system has none.
   (step "$log" "Fetching the lists of packages" as_root apt-get update -q) || say "Trying with those that are there."
   mapfile -t missing < <(eval "printf '%s\n' ${missing[*]}" | sort -u)
   (step "$log" "Installing ${missing[*]}" as_root env DEBIAN_FRONTEND=noninteractive \
@@ -201,9 +207,9 @@ build() {
 
 scratch_folder=/opt/tarnbeam/database
 
-# with_scratch_folder COMMAND...: runs it where conversions find the folder that they work through. A user and
-# mount namespace of its own is preferred: the folder is in memory there, and never the one that the files of
-# an instrument go through. Where that is not allowed, the folder itself is made for this user.
+# with_scratch_folder COMMAND...: runs it where conversions find the folder that they work through. A user and mount
+# namespace of its own is preferred: there the folder is in memory, and never the one that the files of an instrument go
+# through. Where that is not allowed, the folder itself is made for this user.
 with_scratch_folder() {
   if unshare --user --map-root-user --mount true 2>/dev/null; then
     unshare --user --map-root-user --mount bash -euc "$own_scratch_folder" - "$scratch_folder" "$@"

@@ -19,8 +19,8 @@
 
 namespace {
 
-/// What `retrieve` answers, or null where a guard cut it short: positions in it would not be those of the
-/// caller's list, and another report would go.
+/// What `retrieve` returns, or null if a guard cut it short: positions in it would not be those of the
+/// caller's list, and another report would be deleted.
 template <typename Retrieve>
 auto WholeReports(Retrieve retrieve) {
   const int loopsEnded = Watch::LoopsEnded();
@@ -186,7 +186,7 @@ bool AlignmentDatabaseStore::DeleteReportsByPath(QString& pathIdentifier) {
   return StoreDeletion::DeletePath(StoreIdentity::Of(this), pathIdentifier);
 }
 
-// Both find the report by the virtual retrieval: its order is what the user was shown.
+// Both find the report by the virtual retrieval: its order is the one that the user was shown.
 bool AlignmentDatabaseStore::DeleteReportsBySiteAndIndex(QString& siteIdentifier, int index) {
   const LibraryCall call;
   const auto reports = WholeReports([&] { return GetAlignmentReportDataForSite(siteIdentifier); });

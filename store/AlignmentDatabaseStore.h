@@ -12,8 +12,9 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseStore : public AlignmentDatabase 
   using AlignmentDatabase::AlignmentDatabase;
 
   /// Creates the tables that the store's files lack, and writes Version() into the main file. Existing tables
-  /// and their rows stay as they are: a file of another version gets no columns, only the number, so it is
-  /// converted instead. False when a step failed; the file it belongs to is removed then, whatever it held.
+  /// and their rows stay as they are: a file of another version gets no columns, only the number, so it has
+  /// to be converted instead. False if a step failed; the file it belongs to is then removed, whatever it
+  /// held.
   bool CreateTables();
 
   IAntennaAlignmentReportData* SaveAlignmentReportData(ISiteInformation* site, IGeolocation* location,
@@ -66,7 +67,8 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseStore : public AlignmentDatabase 
   /// @}
 
   /// @{
-  /// Deletion helpers, on an open connection. Key lists are added to. Failures are logged and give false.
+  /// Deletion helpers, on an open connection. Keys are appended to the lists. Failures are logged and give
+  /// false.
   bool DeleteSiteByKey(sqlite3* db, long long* siteKey);
   bool DeletePathByKey(sqlite3* db, long long* pathKey);
   bool GetSingleSiteMeasurementKeys(sqlite3* db, long long alignmentKey, long long* targetOrientationKey,

@@ -4,8 +4,8 @@
 
 /// The store of schema version 7: sites and paths with their thresholds, in two files.
 ///
-/// A main file of an older version is converted first (see AllConverters); GetDatabaseFileVersion() tells. A
-/// store holds nothing but its two paths.
+/// A main file of an older version has to be converted first (see AllConverters); GetDatabaseFileVersion()
+/// reads the version. A store holds nothing but its two paths.
 class TARNBEAMDATABASE_EXPORT AlignmentDatabaseVersion7 : public AlignmentDatabaseStore {
  public:
   using AlignmentDatabaseStore::AlignmentDatabaseStore;

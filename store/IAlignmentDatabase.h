@@ -23,11 +23,11 @@ class PathAlignmentPdfReportData;
 /// are the caller's to delete. Failures are results and debug lines, never exceptions. There is no
 /// destructor here: a store is destroyed through its own class.
 ///
-/// A transaction that cannot be committed, as while another process reads the file, is logged and changes no
-/// result. A delete of alignments or thresholds that is refused, as while another process writes, leaves its
-/// connection open until the process ends; where it was to be committed all the same, that connection holds a
-/// lock on the file. An OperationGuard tells of all of that, ends what is repeated without end, and closes
-/// what stays open.
+/// A transaction that cannot be committed, for example while another process reads the file, is logged and
+/// changes no result. A delete of alignments or thresholds that is refused, for example while another process
+/// writes, leaves its connection open until the process ends; if it was to be committed all the same, that
+/// connection holds a lock on the file. An OperationGuard reports all of that, ends what is repeated without
+/// end, and closes what stays open.
 class IAlignmentDatabase {
  public:
   /// The schema version that the store writes.
@@ -57,18 +57,18 @@ class IAlignmentDatabase {
   /// queried. Thresholds that cannot be read are 0. A step that keeps failing is repeated without end.
   virtual AntennaAlignmentPdfReportData* GetAlignmentReportDataForSite(QString& siteIdentifier) = 0;
 
-  /// Every alignment of a path, in the order of the file. On a failure an empty container where the
-  /// thresholds could be queried, else null. Every call leaves its connections open: their statements are
-  /// not finalised, and the refused closes are logged.
+  /// Every alignment of a path, in the order of the file. On failure an empty container if the thresholds
+  /// could be queried, else null. Every call leaves its connections open: their statements are not finalised,
+  /// and the refused closes are logged.
   virtual PathAlignmentPdfReportData* GetPathAlignmentReportDataForSite(QString pathIdentifier) = 0;
 
   /// Stores all preferences. False when the main row was not written or the thresholds file cannot be
   /// opened; a failure of the path-length row alone still gives true.
   virtual bool SavePreferences(IPreferencesModel* model) = 0;
 
-  /// Reads all preferences into `model`, notifying its observers in column order. The azimuth offset is
-  /// never restored. False without a stored row, which leaves the model as it was, and when the thresholds
-  /// file cannot be opened: then the main file's values were handed over already.
+  /// Reads all preferences into `model`, notifying its observers in column order. The azimuth offset is never
+  /// restored. False without a stored row, which leaves the model as it was, and when the thresholds file
+  /// cannot be opened: by then the main file's values have been handed over.
   virtual bool RestorePreferences(IPreferencesModel* model) = 0;
 
   /// All site identifiers, each once, in the file's order; empty on failure. A step that keeps failing is
@@ -78,10 +78,10 @@ class IAlignmentDatabase {
   /// All path identifiers; as GetSiteIdentifiers().
   virtual QVector<QString> GetPathIdentifiers() = 0;
 
-  /// Deletes every alignment of the site, whatever its sector (`sectorName` is not read), what they refer
-  /// to, the site, and their thresholds. Deleting the site's row is repeated without end while it keeps
-  /// failing, as it does while an alignment names it; so is a path's. True when the thresholds were deleted
-  /// or could not be asked for, else whether the main file was changed.
+  /// Deletes every alignment of the site, whatever its sector (`sectorName` is not read), what they refer to,
+  /// the site, and their thresholds. Deleting the site's row is repeated without end while it keeps failing,
+  /// as it does while an alignment names it; so it is for a path. True when the thresholds were deleted
+  /// or their delete could not be prepared, else whether the main file was changed.
   virtual bool DeleteReportsBySiteAndSector(QString& siteIdentifier, QString& sectorName) = 0;
 
   /// Deletes every alignment of the path, what they refer to, the path, and their thresholds. Never rolls
@@ -97,12 +97,12 @@ class IAlignmentDatabase {
   /// refers to, and its thresholds. The path stays. False for an index out of range.
   virtual bool DeleteReportsByPathAndIndex(QString& pathIdentifier, int index) = 0;
 
-  /// Keeps what is entered on the two input screens; an empty screen deletes what was kept of it, and a
+  /// Keeps what is entered on the two input screens; an empty screen deletes what was kept for it, and a
   /// delete that keeps failing is repeated without end. False when the main file cannot be opened or the site
   /// could not be written; then the path is not written.
   virtual bool StoreInputContents(IAlignerModel* model) = 0;
 
-  /// Gives `model` new records of what was kept of the two screens; it takes ownership. Nothing kept leaves
-  /// the model as it was. False when the main file cannot be opened or the model is null.
+  /// Gives `model` new records of what was kept for the two screens; it takes ownership. If nothing was kept,
+  /// the model stays as it was. False when the main file cannot be opened or the model is null.
   virtual bool RestoreInputContents(IAlignerModel* model) = 0;
 };

@@ -2,7 +2,7 @@
 
 #include "store/IAlignmentDatabase.h"
 
-/// What the owner of a store asks of it besides.
+/// What else the owner of a store asks of it.
 class IAlignmentDatabaseInternal : public IAlignmentDatabase {
  public:
   /// Ends the use of the store. Nothing is open between calls, so nothing happens, and the store stays

@@ -58,8 +58,7 @@ constexpr PreferenceColumn SavedOnly(const char* name, unsigned int firstVersion
   return {name, firstVersion, bindFailure, SaveFrom<accessor>, nullptr};
 }
 
-// The failure texts are what the instrument has always logged: several serve more than one column, and
-// some name another one.
+// Required behaviour: several failure texts serve more than one column, and some name another one.
 constexpr PreferenceColumn mainRow[] = {
     Column<&Model::DistanceUnits>("DistanceUnits", 1, "SQL bind DistanceKey failed with "),
     SavedOnly<&Model::AzimuthOffset>("AzimuthOffset", 1, "SQL bind AzimuthOffsetKey failed with "),

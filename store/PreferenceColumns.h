@@ -19,13 +19,13 @@ struct PreferenceColumns {
   const PreferenceColumn* first;
   int count;
 
-  /// The columns of the Preferences row that a schema version has. Language is none of them: no store
-  /// reads or writes it, so it falls back to its default on every save.
+  /// The columns of the Preferences row that a schema version has. Language is not among them: no store reads
+  /// or writes it, so it falls back to its default on every save.
   static PreferenceColumns OfMainRow(unsigned int version);
   /// The columns of the PreferencesPathLength row in the thresholds file.
   static PreferenceColumns OfPathLengthRow();
 
-  /// Binds the columns in order, stopping at the first failure, which is logged; whether all were bound.
+  /// Binds the columns in order, stopping at the first failure, which is logged. Whether all were bound.
   bool Save(Statement* row, IPreferencesModel* model) const;
   /// Hands the row's values to the model in order.
   void Restore(const Statement& row, IPreferencesModel* model) const;

@@ -38,7 +38,7 @@ bool NoneIsNull(const std::array<long long*, Count>& keys) {
   return std::find(keys.begin(), keys.end(), nullptr) == keys.end();
 }
 
-/// The keys in the order of the row's columns.
+/// The keys, in the order of the row's columns.
 template <size_t Count>
 void ReadColumns(const Statement& row, const std::array<long long*, Count>& keys) {
   int column = 0;

@@ -5,19 +5,19 @@
 
 struct sqlite3;
 
-/// Deleting single rows, and what alignments refer to, each on an open connection. Key lists are added to.
-/// Failures are logged and give false.
+/// Deleting single rows, and what alignments refer to, each on an open connection. Keys are appended to the
+/// lists. Failures are logged and give false.
 namespace RecordDeletion {
 
 bool DeleteSite(sqlite3* db, const long long* siteKey);
 bool DeletePath(sqlite3* db, const long long* pathKey);
 
-// Out of the row of one alignment: target and measured orientation, far end (paths), location, height.
+// From the row of one alignment: target and measured orientation, far end (paths), location, height.
 // Without such a row the keys are left as they were.
 bool FindSiteAlignmentKeys(sqlite3* db, long long alignmentKey, const std::array<long long*, 4>& keys);
 bool FindPathAlignmentKeys(sqlite3* db, long long alignmentKey, const std::array<long long*, 5>& keys);
 
-/// The caller's. A function that is given a null list refuses.
+/// They stay the caller's. A function that is given a null list refuses.
 struct KeyLists {
   QVector<int>* orientations;
   QVector<int>* geolocations;
@@ -26,7 +26,7 @@ struct KeyLists {
   bool Complete() const { return orientations != nullptr && geolocations != nullptr && heights != nullptr; }
 };
 
-// Out of the rows of all alignments of a site or a path.
+// From the rows of all alignments of a site or a path.
 bool FindSiteKeys(sqlite3* db, long long siteKey, const KeyLists& lists);
 bool FindPathKeys(sqlite3* db, long long pathKey, const KeyLists& lists);
 

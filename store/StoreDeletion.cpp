@@ -45,8 +45,8 @@ struct AssociatedKeys {
   }
 };
 
-/// One step of a delete of alignment rows; in version 1 as many as it takes until it is done, with a line
-/// for every one that was not. Required behaviour: the line says the opposite of what happened.
+/// One step of a delete of alignment rows; in version 1 as many as it takes until it is done, with a line for
+/// each one that was not. Required behaviour: the line says the opposite of what happened.
 int StepAlignmentDelete(const StoreIdentity& store, Statement* statement) {
   if (store.deletion != Deletion::AlignmentsAloneUntilDone) return statement->Step();
   return statement->StepUntilDone([] {},
@@ -55,7 +55,7 @@ int StepAlignmentDelete(const StoreIdentity& store, Statement* statement) {
                                   });
 }
 
-/// Steps a delete over its rows. One that was not bound or does not end in done is left open.
+/// Steps a delete until it yields no more rows. If it was not bound or does not end in done, it is left open.
 bool RunOrLeaveOpen(const StoreIdentity& store, Statement* statement) {
   int result = SQLITE_ROW;
   while (statement->Bound() && result == SQLITE_ROW) result = StepAlignmentDelete(store, statement);
@@ -96,8 +96,8 @@ bool DeleteSiteRows(const StoreIdentity& store, const QString& siteIdentifier, l
   return Sql::Finish(db, DeleteSiteRowsInTransaction(db, store, siteIdentifier, siteKey));
 }
 
-/// Required behaviour: true once the thresholds were deleted or could not be asked for, whatever became of
-/// the main file.
+/// Required behaviour: true if the thresholds were deleted or their delete could not be prepared, whatever
+/// became of the main file.
 bool DeleteSiteThresholds(const StoreIdentity& store, long long siteKey, bool result) {
   const Connection db(store.OpenThresholds());
   if (!db || !Sql::Begin(db)) return result;
@@ -129,7 +129,7 @@ void DeletePathRowsInTransaction(sqlite3* db, const StoreIdentity& store, const 
   }
   Statement alignments(db, "DELETE FROM PathAlignment WHERE PathKey = ?", "Fetch Report Data for Site");
   if (alignments) {
-    // Required behaviour: the text names the site, the path shares it.
+    // Required behaviour: the text names the site, and paths share it.
     alignments.WideKey(*pathKey, "SQL bind SiteKey (site delete) failed with ");
     if (!RunOrLeaveOpen(store, &alignments)) return;
     alignments.Finalize();
@@ -160,7 +160,7 @@ void DeletePathThresholds(const StoreIdentity& store, long long pathKey) {
 
 // ---- one report
 
-/// Lines that are logged of a site's report only; null: none.
+/// Lines that are logged for a site's report only; null: none.
 struct SingleDeletionLines {
   const char* noOwner;
   const char* noKeys;
@@ -170,7 +170,7 @@ struct SingleDeletionLines {
   const char* rollingBack;
 };
 
-/// In what deleting one report of a site differs from one of a path.
+/// How deleting one report of a site differs from deleting one of a path.
 struct SingleDeletion {
   const char* sql;
   const char* label;
@@ -297,7 +297,8 @@ bool DeleteReportRows(sqlite3* db, const StoreIdentity& store, const SingleDelet
   return true;
 }
 
-/// `result` is the main file's. True as well once the thresholds were deleted or could not be asked for.
+/// `result` is the main file's. Also true if the thresholds were deleted or their delete could not be
+/// prepared.
 bool DeleteReportThresholds(const StoreIdentity& store, const SingleDeletion& deletion, long long reportKey,
                             long long ownerKey, bool result) {
   const Connection db(store.OpenThresholds());
@@ -309,8 +310,8 @@ bool DeleteReportThresholds(const StoreIdentity& store, const SingleDeletion& de
   return Finish(db, deletion.lines, result);
 }
 
-/// Both files for the report at `index`. Its key is not asked for before the transaction of the main file was
-/// to begin. A negative index is out of range like one past the end.
+/// Both files for the report at `index`. Its key is read only after the attempt to begin the main file's
+/// transaction. A negative index is out of range like one past the end.
 template <typename Record>
 bool DeleteOneReport(const StoreIdentity& store, const SingleDeletion& deletion, const QString& identifier,
                      const QVector<Record*>* reports, int index) {

@@ -12,7 +12,7 @@ namespace StoreDeletion {
 bool DeleteSite(const StoreIdentity& store, const QString& siteIdentifier);
 bool DeletePath(const StoreIdentity& store, const QString& pathIdentifier);
 
-// The report at `index` of those of the site or path, which may be null; they stay the caller's.
+// Delete the report at `index` of `reports`, which may be null and stay the caller's.
 bool DeleteSiteReport(const StoreIdentity& store, const QString& siteIdentifier,
                       const AntennaAlignmentPdfReportData* reports, int index);
 bool DeletePathReport(const StoreIdentity& store, const QString& pathIdentifier,

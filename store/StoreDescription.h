@@ -12,11 +12,11 @@ enum class Deletion {
   WithAssociatedRecords,
 };
 
-/// All in which the store of one version differs from the others, besides its number.
+/// Everything besides its number in which the store of one version differs from the others.
 struct StoreDescription {
   SchemaTexts texts;
   Deletion deletion;
 
-  /// The description of a schema version; of the current one for a number without a version.
+  /// The description of a schema version; that of the current one for a number without a version.
   static const StoreDescription& Of(unsigned int version);
 };

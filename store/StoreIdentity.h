@@ -9,10 +9,10 @@ class AlignmentDatabaseStore;
 
 /// All that a store is: its two files, and what its version makes of them. The procedures work on this.
 struct StoreIdentity {
-  /// Refers to the store's paths, so it is not to outlive the store.
+  /// Refers to the store's paths, so it must not outlive the store.
   static StoreIdentity Of(AlignmentDatabaseStore* store);
 
-  /// Null on failure, which is logged; as all connections for the caller to close.
+  /// Null on failure, which is logged. The caller closes the connection.
   sqlite3* OpenMain() const { return Sql::OpenForWriting(mainPath); }
   sqlite3* OpenThresholds() const { return Sql::OpenForWriting(thresholdsPath); }
 

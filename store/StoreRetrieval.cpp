@@ -29,7 +29,7 @@ struct Thresholds {
   float third;
 };
 
-/// By alignment key. Of two rows with one key the later counts.
+/// By alignment key. Of two rows with the same key the later one counts.
 using ThresholdTable = QHash<long long, Thresholds>;
 
 void ReadThresholds(Statement* statement, ThresholdTable* table) {
@@ -39,9 +39,9 @@ void ReadThresholds(Statement* statement, ThresholdTable* table) {
   });
 }
 
-/// The current time as QDateTime::currentDateTime() tells it, asked for every record. Making it local asks
+/// The current time as QDateTime::currentDateTime() gives it, needed for every record. Making it local asks
 /// the system for its time zone anew, which takes longer than reading a row, so that is done once a
-/// millisecond: within one the answer is the same.
+/// millisecond: within one millisecond the result is the same.
 class Clock {
  public:
   QDateTime Now() {
@@ -184,7 +184,7 @@ AntennaAlignmentPdfReportData* SiteReports(const StoreIdentity& store, const QSt
 }
 
 // Required behaviour: unlike the site's, neither statement is finalised. Both connections refuse to close and
-// stay open, which costs a connection a call to each file.
+// stay open, which costs each call one connection per file.
 PathAlignmentPdfReportData* PathReports(const StoreIdentity& store, const QString& pathIdentifier) {
   const Connection db(store.OpenMain());
   ThresholdTable table;

@@ -47,8 +47,8 @@ struct ThresholdTexts {
   const char* lastFailure;
 };
 
-/// Only a path's insert logs its failure, so it is the caller's. A key of -1 passes: the thresholds of a save
-/// that failed midway are kept under it.
+/// Only the insert for a path logs its failure, so the caller passes `insert`. A key of -1 passes: the
+/// thresholds of a save that failed half-way are kept under it.
 bool InsertThresholds(sqlite3* db, const ThresholdTexts& texts, long long alignmentKey, long long ownerKey,
                       const Thresholds& thresholds, bool (Statement::*insert)(long long* key),
                       long long* thresholdKey) {
@@ -157,7 +157,7 @@ bool SaveSiteThresholds(sqlite3* db, long long alignmentKey, long long* threshol
   return InsertThresholds(db, texts, alignmentKey, siteKey, thresholds, &Statement::Insert, thresholdKey);
 }
 
-// A path has neither sector nor antenna position, but the columns want a text. Required behaviour: no bind is
+// A path has neither sector nor antenna position, but the columns need a text. Required behaviour: no bind is
 // passed over here, and the antenna position reports itself as the sector name.
 bool SavePathAlignment(sqlite3* db, const SchemaTexts& texts, const PathAlignment& alignment,
                        long long* key) {

@@ -47,7 +47,7 @@ struct PathAlignment {
 bool FindSite(sqlite3* db, const QString& identifier, long long* siteKey);
 bool FindPath(sqlite3* db, const QString& identifier, long long* pathKey);
 
-// The key of the row with that identifier, which is inserted where it is not there yet.
+// The key of the row with that identifier, which is inserted if there is none yet.
 bool SaveSite(sqlite3* db, const QString& identifier, long long* siteKey);
 bool SavePath(sqlite3* db, const QString& identifier, long long* pathKey);
 

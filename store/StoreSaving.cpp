@@ -27,7 +27,7 @@ bool WriteParts(sqlite3* db, IOrientation* target, const Measurement& saved, Sto
          StoreRows::SaveHeight(db, saved.height, &keys->height);
 }
 
-/// The options are not asked for values that the version has no column for.
+/// Values that the version has no column for are not asked of the options.
 template <typename Measurement>
 StoreRows::Alignment CommonColumns(const SchemaTexts& texts, bool hasNote, const Measurement& saved,
                                    long long ownerKey, const StoreRows::PartKeys& parts) {

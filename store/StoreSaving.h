@@ -16,7 +16,7 @@ class ISiteInformation;
 /// The saves of IAlignmentDatabase.
 namespace StoreSaving {
 
-/// What there is to save, the caller's. A site's target orientation is asked of the site.
+/// What is to be saved; it stays the caller's. A site's target orientation is asked of the site.
 struct SiteMeasurement {
   ISiteInformation* site;
   IGeolocation* location;

@@ -11,7 +11,7 @@
 
 namespace {
 
-// A statement that cannot be prepared counts as success. False only where a guard ended the loop.
+// A statement that cannot be prepared counts as success. False only if a guard ended the loop.
 bool ClearScreen(sqlite3* db, const char* sql, const char* label) {
   Statement statement(db, sql, label);
   return !statement || statement.StepUntilDone([] {}) == SQLITE_DONE;

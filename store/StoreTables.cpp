@@ -18,7 +18,7 @@ struct Table {
   const char* altered = nullptr;
 };
 
-/// Looks for a table or view, which are what IF NOT EXISTS goes by. False when that failed.
+/// Looks for a table or a view: IF NOT EXISTS goes by both. False if that failed.
 bool Find(sqlite3* db, const Table& table, bool* found) {
   Statement statement(
       db, "SELECT name FROM sqlite_master WHERE type IN ('table', 'view') AND name = ? COLLATE NOCASE",
@@ -28,8 +28,8 @@ bool Find(sqlite3* db, const Table& table, bool* found) {
   return result == SQLITE_ROW || result == SQLITE_DONE;
 }
 
-/// A definition that adds a column is executed only where the table is missing: on an existing one it would
-/// fail, and cost the file.
+/// A definition that adds a column is executed only if the table is missing: on an existing one it would
+/// fail, and the file would be removed.
 bool Create(sqlite3* db, const Table& table) {
   bool isThere = false;
   if (table.altered != nullptr && !Find(db, table, &isThere)) return false;

@@ -135,7 +135,7 @@ bool Save(IAlignmentDatabase* store, const Alignment& a) {
   MeasurementOptions options(a.azimuthOffset, a.tiltInversion, a.azimuthThreshold, a.tiltThreshold,
                              a.rollThreshold, a.pathLengthThreshold, a.note,
                              static_cast<unsigned long>(a.rollPrecision));
-  // A save that failed before the alignment's own row answers a record with this key.
+  // A save that failed before the alignment's own row returns a record with this key.
   constexpr unsigned int NoKey = std::numeric_limits<unsigned int>::max();
   if (a.kind == Kind::Site) {
     SiteInformation site(a.identifier, a.sector, a.position, a.targetAzimuth, a.targetTilt, a.targetRoll);

@@ -50,8 +50,8 @@ struct Alignment {
   float rollThreshold = 0;
   float pathLengthThreshold = 0;
 
-  /// Of a stored alignment alone: its key, its number among all reports of its site or path, and measured
-  /// minus target, the azimuth by the shorter way round.
+  /// Only of a stored alignment: its key, its number among all reports of its site or path, and measured
+  /// minus target, the azimuth the shorter way round.
   unsigned int key = 0;
   int index = 0;
   float azimuthDeviation = 0;
@@ -67,7 +67,7 @@ struct Alignment {
 struct Reports {
   Kind kind = Kind::Site;
   QString identifier;
-  /// Name of the file for their pages.
+  /// Name of the PDF file for them.
   QString pdfName;
   std::vector<Alignment> alignments;
 };
@@ -81,7 +81,7 @@ QString VerdictWords(Verdict verdict);
 /// Fail if one fails, else pass if one passes, else none.
 Verdict Together(Verdict one, Verdict other);
 
-/// One angle of an alignment against its threshold. A threshold of 0 is none that anybody has set.
+/// One angle of an alignment against its threshold. A threshold of 0 means that nobody has set one.
 struct Judgement {
   const char* angle;
   float target;
@@ -93,14 +93,14 @@ struct Judgement {
 
 /// The angles that count for the kind of alignment: azimuth, tilt and, at a site, roll.
 std::vector<Judgement> Judge(const Alignment& alignment);
-/// Of its angles together.
+/// The verdict on its angles together.
 Verdict VerdictOf(const Alignment& alignment);
 
 /// What sets one antenna apart from the others: sector and position at a site; a path has one.
 using Antenna = std::pair<QString, QString>;
 Antenna AntennaOf(const Alignment& alignment);
-/// The newest measurement of each antenna of a site or path, in the order given; of several at one time the
-/// last of them.
+/// The newest measurement of each antenna of a site or path, in the order given; of several with the same
+/// time the last one.
 std::vector<Alignment> LatestOfEach(const std::vector<Alignment>& alignments);
 
 /// Stores the alignment in both files; false when that did not succeed.

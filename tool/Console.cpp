@@ -30,7 +30,7 @@ namespace Console {
 
 void OccupyStandardStreams() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    // The lowest number that is free is the one that is taken.
+    // open() takes the lowest number that is free.
     if (fcntl(descriptor, F_GETFD) < 0) open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
   }
 }

@@ -26,7 +26,7 @@ class Failure : public std::runtime_error {
   int status_;
 };
 
-/// A file that another program has in use for longer than was waited.
+/// A file that another program kept in use for longer than the wait.
 class InUse : public Failure {
  public:
   explicit InUse(const QString& shownFile)
@@ -57,8 +57,8 @@ class WrongUsage : public std::runtime_error {
 
 namespace Console {
 
-/// Standard input, output and error are open in any case from now on, so that no file of the user's takes
-/// their place. Nothing can be written to one that was closed.
+/// Opens those of standard input, output and error that are closed, so that no file of the user's takes their
+/// place. Reading from and writing to these fails.
 void OccupyStandardStreams();
 /// Writes a result to standard output, as it is.
 void Print(const QString& text);
@@ -71,9 +71,9 @@ bool Confirm(const QString& question);
 /// Whether standard input, or standard error, is a terminal.
 bool CanAsk();
 bool ErrorIsTerminal();
-/// Replaces the line that stands on the terminal; an empty text takes it away.
+/// Replaces the current line of the terminal; an empty text clears it.
 void Progress(const QString& text);
-/// From now on what is printed is kept, so that it can be said elsewhere.
+/// From now on what is printed is kept, so that it can be repeated elsewhere.
 void KeepPrinted();
 const QString& Printed();
 /// Throws a Failure if what was printed did not reach standard output (a full disk, a closed pipe).

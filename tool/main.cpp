@@ -7,6 +7,7 @@
 #include <clocale>
 #include <csignal>
 #include <exception>
+#include <iterator>
 #include <memory>
 
 #include "tool/Console.h"
@@ -17,8 +18,8 @@
 
 namespace {
 
-/// The library writes texts, and opens files, by the local encoding, and reads texts back as UTF-8. The two
-/// agree in a UTF-8 locale alone, so in any other, the C locale of a service for one, UTF-8 is set.
+/// The library writes texts, and opens files, in the local encoding, and reads texts back as UTF-8. The two
+/// agree only in a UTF-8 locale, so in any other, such as the C locale of a service, UTF-8 is set.
 void UseUtf8() {
   std::setlocale(LC_ALL, "");
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
@@ -29,7 +30,7 @@ void UseUtf8() {
 #endif
 }
 
-/// The library's debug lines are for --verbose; nothing goes by them.
+/// The library's debug lines are for --verbose; nothing depends on them.
 void ShowLine(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& line) {
   Console::Message(Console::Printable(line));
 }
@@ -59,13 +60,14 @@ const Command& FindCommand(const QString& name) {
 }
 
 void RequireOperands(const Command& command, const QStringList& operands) {
-  const auto required = std::count_if(command.operands.begin(), command.operands.end(),
-                                      [](const char* operand) { return *operand != '['; });
-  if (operands.size() < required) {
-    throw WrongUsage(QStringLiteral("%1 is missing")
-                         .arg(QLatin1String(command.operands.at(static_cast<std::size_t>(operands.size())))));
+  std::vector<const char*> required;
+  std::copy_if(command.operands.begin(), command.operands.end(), std::back_inserter(required),
+               [](const char* operand) { return *operand != '[' && qstrcmp(operand, AndSoOn) != 0; });
+  const auto given = static_cast<std::size_t>(operands.size());
+  if (given < required.size()) {
+    throw WrongUsage(QStringLiteral("%1 is missing").arg(QLatin1String(required.at(given))));
   }
-  if (operands.size() > static_cast<int>(command.operands.size())) {
+  if (given > command.operands.size() && qstrcmp(command.operands.back(), AndSoOn) != 0) {
     throw WrongUsage(FileName::Shown(operands.last()) + QStringLiteral(" is one too many"));
   }
 }
@@ -96,7 +98,7 @@ int RunCommand(const Command& command, const QStringList& words) {
   qInstallMessageHandler(parser.isSet(verbose) ? ShowLine : HideLine);
   RequireOperands(command, parser.positionalArguments());
   if (command.changes) {
-    // What was done is said in any case, so nobody may end the program for listening no longer.
+    // What was done is reported in any case, so a reader that goes away must not end the program.
     std::signal(SIGPIPE, SIG_IGN);
     Console::KeepPrinted();
   }
@@ -117,7 +119,7 @@ int Run(const QStringList& words) {
   return RunCommand(FindCommand(first), words.mid(1));
 }
 
-/// What a changing command did it did, whether or not standard output takes it.
+/// What a changing command has done is done, whether or not standard output takes it.
 void FlushOrSay() {
   try {
     Console::Flush();
@@ -147,7 +149,7 @@ int Report(const QStringList& words) {
   }
 }
 
-/// Not as Qt decodes them, which loses what is no text.
+/// Not as Qt decodes them, which loses what is not text.
 QStringList Words(int argc, char** argv) {
   QStringList words;
   for (int number = 0; number < argc; ++number) words.append(FileName::FromBytes(argv[number]));

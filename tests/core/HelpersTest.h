@@ -5,8 +5,8 @@
 #include "tests/store/StoreVersions.h"
 #include "tests/support/SqliteCalls.h"
 
-// The helpers that every store inherits; a store of the current version stands for all. Its files are not
-// there yet.
+// The helpers that every store inherits; a store of the current version stands for all. Its files do not
+// exist yet.
 class HelpersTest : public testing::Test {
  protected:
   template <typename Operation, typename... Arguments>

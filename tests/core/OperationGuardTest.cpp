@@ -1,4 +1,4 @@
-// What a guard promises of the calls on its thread. That every operation keeps to it is the matter of the
+// What a guard promises about the calls on its thread. That every operation keeps to it is a matter for the
 // sweeps.
 #include "core/OperationGuard.h"
 
@@ -27,7 +27,7 @@ constexpr int noLimit = 0;
 class OperationGuardTest : public testing::Test {
  protected:
   OperationGuardTest() { SqliteCalls::Reset(); }
-  // Debug lines are the matter of other tests: nothing here rests on one.
+  // Debug lines are a matter for other tests: nothing here rests on one.
   ~OperationGuardTest() override { files_.Lines(); }
 
   void SaveSites(int count) {
@@ -53,7 +53,7 @@ QStringList Texts(const OperationGuard& guard) {
   return texts;
 }
 
-// A statement whose steps fail so often, and which is done at last. Answers how often it was stepped.
+// A statement whose steps fail this many times before it is done. Returns how often it was stepped.
 int StepsOfAFailingLoop(sqlite3* db, int failures) {
   SqliteCalls::Reset();
   SqliteCalls::Arm(Fault("step", SQLITE_BUSY).Times(failures));
@@ -108,8 +108,8 @@ TEST_F(OperationGuardTest, TellsWhatCannotBeOpened) {
   EXPECT_EQ(guard.Failures()[0].text, "open /nowhere/main.sqlite: unable to open database file");
 }
 
-// A call of a save, one after the other: what is told is the code that the call answered, primary or
-// extended, and what it was about.
+// The calls of a save, one after the other: what is reported is the code that the call returned, primary or
+// extended, and what the call was about.
 struct FailingCall {
   const char* call;
   const char* sql;
@@ -158,7 +158,7 @@ TEST_F(OperationGuardTest, TellsARollbackThatFails) {
   EXPECT_EQ(Codes(guard), (QVector<int>{SQLITE_FULL, SQLITE_IOERR_WRITE}));
 }
 
-// The commit fails since another process reads. The save hands out its record all the same.
+// The commit fails because another process reads. The save returns its record all the same.
 TEST_F(OperationGuardTest, TellsACommitThatFailsWhateverTheLoggingRules) {
   const Connection reader(OpenMain());
   Statement read(reader, "SELECT VersionNumber FROM Version", "Read");
@@ -400,7 +400,8 @@ TEST_F(OperationGuardTest, ClosesWhatPathRetrievalLeavesOpen) {
   EXPECT_TRUE(guard.Succeeded());
 }
 
-// Its rows were deleted, the step then told to have failed, and the transaction committed no more.
+// The rows were deleted, the step was then reported as failed, and the transaction could no longer be
+// committed.
 TEST_F(OperationGuardTest, LetsGoOfTheLockOfAHalfFailedDeletion) {
   SaveSample(store_, SamplePathAlignment(1));
   const QStringList before = OpenDescriptors();
@@ -446,7 +447,7 @@ TEST_F(OperationGuardTest, KeepsWhatRefusesAgain) {
   EXPECT_EQ(guard.RefusedConnections(), 0);
 }
 
-// ---- guards among themselves
+// ---- several guards
 
 TEST_F(OperationGuardTest, ResetForgetsAllButTheRefusedConnections) {
   SaveSample(store_, SamplePathAlignment(1));

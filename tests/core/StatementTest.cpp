@@ -87,7 +87,7 @@ TEST_F(StatementTest, BindsWithoutALine) {
   EXPECT_EQ(log_.Lines(), QStringList());
 }
 
-// Whatever is asked of it, nothing more is asked of SQLite and nothing is logged.
+// Whatever is asked of the statement, it asks nothing more of SQLite and logs nothing.
 void ExpectInert(Statement* statement) {
   SqliteCalls::Reset();
   long long key = 42;
@@ -174,7 +174,7 @@ TEST_F(StatementTest, StepsUntilDone) {
   EXPECT_EQ(events, (QStringList{"row 1", "100", "row 2", "100", "row 3", "100", "101"}));
 }
 
-// Required behaviour: a failure does not end it, and is no row.
+// Required behaviour: a failure does not end it, and is not a row.
 TEST_F(StatementTest, StepsOnAfterFailures) {
   SqliteCalls::Arm(Fault("step", SQLITE_BUSY).At(2).Times(100));
   Statement select(db_, "SELECT A FROM Three", "Select");

@@ -10,7 +10,7 @@ constexpr unsigned int Untouched = 77;
 
 class VersionRecordTest : public StoreVersionTest {
  protected:
-  // Runs the operation on the main file, with `fault` from there on.
+  // Runs the operation on the main file, with `fault` armed from there on.
   bool Initialize(const Fault* fault = nullptr) {
     const StorePointer store = Open();
     sqlite3* db = nullptr;

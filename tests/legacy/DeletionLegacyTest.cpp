@@ -7,15 +7,15 @@
 
 namespace {
 
-// The four deletes of alignments, and the rows of alignments that each takes.
+// The four deletes of alignments, and the alignment rows that each removes.
 struct LegacyDelete {
   const char* name;
   const char* sql;
   const char* label;
   QStringList gone;
-  QStringList before;  // lines of the first version up to the steps
+  QStringList before;  // lines of version 1 up to the steps
   QStringList after;
-  int leaked;  // by the retrieval of a path
+  int leaked;  // by retrieving a path
   bool (*run)(DeletionScene*);
 };
 
@@ -64,7 +64,7 @@ const StoreVersion& VersionNumber(unsigned int number) { return StoreVersion::Al
 class LegacyDeletionTest : public testing::TestWithParam<std::size_t> {
  protected:
   const LegacyDelete& Deletion() const { return LegacyDeletes()[GetParam()]; }
-  // Runs the deletion on a scene; what it leaves open is its retrieval's.
+  // Runs the deletion on a scene; what it leaves open comes from its retrieval.
   bool Run(DeletionScene* scene) {
     SqliteLeakGuard::ExpectLeaked(Deletion().leaked, Deletion().leaked);
     return Deletion().run(scene);
@@ -77,7 +77,8 @@ std::string DeletionName(const testing::TestParamInfo<std::size_t>& info) {
   return LegacyDeletes()[info.param].name;
 }
 
-// The line says the opposite of what happened. It is written for a row as well as for a failure.
+// Required behaviour: the line says the opposite of what happened. It is written for a row as well as for a
+// failure.
 TEST_P(LegacyDeletionTest, Version1StepsUntilDoneAndLogsEveryOtherStep) {
   DeletionScene scene(VersionNumber(1));
   SqliteCalls::Reset();
@@ -142,7 +143,7 @@ TEST_P(LegacyDeletionTest, Version2StopsAtTheFirstFailure) {
 TEST_P(LegacyDeletionTest, StatementsKeepTheirLabels) {
   for (const unsigned int number : {1U, 2U}) {
     DeletionScene scene(VersionNumber(number));
-    // The row of the site or path is asked for too, and would never go while alignments refer to it.
+    // The row of the site or path is deleted too, and would never go while alignments refer to it.
     SqliteCalls::Arm(Fault("prepare_v2", SQLITE_NOMEM).OnText(Deletion().sql));
     SqliteCalls::Arm(Fault("step", SQLITE_DONE).OnText("DELETE FROM Sites"));
     SqliteCalls::Arm(Fault("step", SQLITE_DONE).OnText("DELETE FROM Paths"));

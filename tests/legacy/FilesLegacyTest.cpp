@@ -16,7 +16,7 @@ namespace {
 
 using LegacyFilesTest = StoreVersionTest;
 
-// Every operation of the interface, over a second path that cannot be opened and would be seen if it were.
+// Every operation of the interface, over a second path that cannot be opened: opening it would be noticed.
 TEST_P(LegacyFilesTest, TheSecondPathIsNeverOpened) {
   SqliteLeakGuard::ExpectLeaked(2, 2);  // the two retrievals of a path
   SqliteCalls::Record();

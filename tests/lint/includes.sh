@@ -1,5 +1,5 @@
 #!/bin/bash
-# scripts/check-includes, over small trees: the arrows that are drawn pass, and any other is found and named.
+# scripts/check-includes, over small trees: includes along the arrows pass, and any other is found and named.
 set -euo pipefail
 check=$1
 work=$(mktemp -d)
@@ -7,7 +7,7 @@ trap 'rm -r "$work"' EXIT
 status=0
 wrong() { printf 'FAILED: %s\n' "$*" >&2; status=1; }
 
-# answer_to FILE INCLUDE-LINE: what is said of a tree with that file alone; empty where nothing is.
+# answer_to FILE INCLUDE-LINE: what is said of a tree with that file alone; empty if nothing is.
 answer_to() {
   rm -rf "$work/tree"
   mkdir -p "$(dirname "$work/tree/$1")"

@@ -57,7 +57,7 @@ TEST_P(AloneTest, LocksUntilAFailedCopyIsRemoved) {
 
 constexpr int refused = 3;
 
-// Converts as soon as `start` is at its end; leaves with 0 when it did, with `refused` when it did not begin.
+// Converts as soon as `start` is at its end; exits with 0 if it did, with `refused` if it did not begin.
 pid_t StartConversion(const Converter& converter, const QString& path, const int (&start)[2]) {
   return StartChild([&] {
     close(start[1]);
@@ -69,7 +69,7 @@ pid_t StartConversion(const Converter& converter, const QString& path, const int
   });
 }
 
-// One file of a pair, told from the other by its data.
+// One file of a pair, which its data tell from the other.
 struct OneOfTwo {
   OneOfTwo(const Converter& converter, const QString& path, const QString& site)
       : converter_(converter), path_(path) {
@@ -83,7 +83,7 @@ struct OneOfTwo {
     RunSql(path_, QStringLiteral("UPDATE Sites SET SiteIdentifier = '%1' WHERE SiteKey = 1").arg(site));
     content_ = ContentOf(path_);
   }
-  // Its own data, converted or not as the child said; afterwards converted in any case.
+  // Its own data, converted or not as the child said; converted in any case afterwards.
   void ExpectOwnData(int status) {
     if (status == refused) {
       EXPECT_EQ(ContentOf(path_), content_);

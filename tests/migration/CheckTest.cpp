@@ -42,7 +42,7 @@ TEST_P(CheckTest, NullTextEndsTheReading) {
   EXPECT_EQ(SqliteCalls::TakeTrace().filter("step = ").filter(integrityCheck).size(), 1);
 }
 
-// Rows: text, or null for none. Only one "ok" is asked for.
+// Rows: a text each, or null for none. Only one "ok" is required.
 TEST_P(CheckTest, IntegrityRows) {
   const struct {
     std::vector<QByteArray> texts;

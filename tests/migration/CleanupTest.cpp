@@ -10,7 +10,7 @@ class CleanupTest : public ConversionTest {
   static QStringList CleanupAborted(const QStringList& lines) {
     return Aborted(Tested(), lines, "DeleteUnusedRecords");
   }
-  // What a deletion has logged when it fails, the tables before it done.
+  // What a deletion has logged when it fails, with the tables before it done.
   static QStringList UpToFirstDeletion(const CleanupTexts& texts) {
     return CleanupLines(texts.table) + texts.Lines(texts.unused, true);
   }
@@ -57,7 +57,7 @@ TEST_P(CleanupTest, KeyCannotBeBound) {
   }
 }
 
-// Done at one of five steps; a sixth is still made and does not help.
+// Done at one of five steps; a sixth is still made, but does not help.
 TEST_P(CleanupTest, DeletionStepsFiveTimes) {
   for (const CleanupTexts& texts : Cleanups()) {
     SCOPED_TRACE(texts.table);
@@ -92,7 +92,7 @@ TEST_P(CleanupTest, SixFailedStepsEndTheReading) {
     SCOPED_TRACE(query.constData());
     const QStringList lines = CleanupAborted(CleanupLines(upTo[number++].toLatin1()));
     ExpectFailure(Failing("step", query).Times(6), lines);
-    // Rows before and between them do not help.
+    // Rows before and between the failures do not help.
     ExpectFailure(Failing("step", query).At(2).Times(6), lines);
     SqliteCalls::Arm(Failing("step", query).At(5).Times(3));
     ExpectFailure(Failing("step", query).Times(3), lines);
@@ -153,13 +153,14 @@ TEST_P(CleanupTest, StepsThatReportNeitherRowNorDoneAreCountedAlike) {
       CleanupAborted({}));
 }
 
-// The keys of site alignments are missing then, and the first row that one of them refers to cannot go.
+// The keys of site alignments are then missing, and the first row that one of them refers to cannot be
+// deleted.
 TEST_P(CleanupTest, SiteKeysCannotBeAskedFor) {
   const QStringList started{PrepareFailed("Get site keys"), "SQlite site keys statement creation failed"};
   ExpectFailure(Failing("prepare_v2", selectSiteKeys),
                 CleanupAborted(started + QStringList{"Unused orientation keys vector length:  13",
                                                      "Deleting record with key 1", failed}));
-  // Without site alignments nothing is missed.
+  // Without site alignments no key is missing.
   RunSql(Main(), "DELETE FROM AntennaAlignment");
   SqliteCalls::Arm(Failing("prepare_v2", selectSiteKeys));
   const Converted converted = ConvertWithFault();
@@ -173,7 +174,7 @@ TEST_P(CleanupTest, PathKeysCannotBeAskedFor) {
                 CleanupAborted({PrepareFailed("Get path keys"), "SQLite statement creation failed"}));
 }
 
-// Attached until the connection closes; 11 steps before it have detached.
+// Stays attached until the connection closes; the 11 steps before it have detached.
 TEST_P(CleanupTest, StaysAttachedWhenPathKeysCannotBeAskedFor) {
   SqliteCalls::Record();
   SqliteCalls::Arm(Failing("prepare_v2", selectPathKeys));
@@ -234,7 +235,7 @@ TEST_P(CleanupTest, EveryReferenceKeeps) {
     }
     ASSERT_NE(cleanup, nullptr);
     Load();
-    // The first alignment of its table now refers to a row that was unused.
+    // The first alignment of its table now refers to a row that was unused before.
     const QString kept = cleanup->unused.first();
     RunSql(Main(), QStringLiteral("UPDATE %1 SET %2 = %3 WHERE RowID = 1")
                        .arg(QString(column).section('.', 0, 0), QString(column).section('.', 1, 1), kept));
@@ -243,8 +244,8 @@ TEST_P(CleanupTest, EveryReferenceKeeps) {
   }
 }
 
-// Keys are read as 32 bits and bound as 64: an unused row with a larger key is not met by its deletion, and a
-// row whose key looks like a larger one that is in use stays.
+// Keys are read as 32 bits and bound as 64: the deletion of an unused row with a larger key does not find it,
+// and a row whose key reads the same as one that is in use stays.
 TEST_P(CleanupTest, KeysBeyond32Bits) {
   RunSql(Main(),
          "INSERT INTO Height VALUES (4294967796, 1.5, 0);"   // 500, unused: stays

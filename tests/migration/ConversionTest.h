@@ -26,7 +26,7 @@ QString GoldenFile(const QString& name);
 QString GoldenDump(int source, int target);
 void LoadGolden(int version, const QString& path);
 dev_t FileSystemOf(const QString& path);
-// A folder that lies on another file system than the scratch file. Fails the test where there is none.
+// A folder on another file system than that of the scratch file. Fails the test if there is none.
 QString FolderOnOtherFileSystem();
 
 // Compares whole dumps; a difference is shown line by line.
@@ -39,13 +39,13 @@ struct Converted {
 
 // Converts and keeps the lines, each of which must be a plain debug line.
 Converted Convert(const Converter& converter, const QString& path);
-// The codes that a guard is told of meanwhile, in their order.
+// The codes that a guard is told of meanwhile, in order.
 struct Watched {
   Converted converted;
   QVector<int> codes;
 };
 Watched ConvertWatched(const Converter& converter, const QString& path);
-// By every converter from `source` on; false as soon as one fails.
+// With every converter from `source` on; false as soon as one fails.
 bool ConvertToCurrent(int source, const QString& path);
 
 // A main file beside the scratch file, in a folder of its own, recreated from the golden file of the
@@ -64,7 +64,7 @@ class ConversionTest : public testing::TestWithParam<Converter> {
   // Converts under the armed faults, one of which must be met, and disarms them.
   Converted ConvertWithFault() { return ConvertWithFault(Main()); }
   static Converted ConvertWithFault(const QString& path);
-  // The conversion fails with these lines; everything is as the converter leaves it then.
+  // The conversion fails with these lines; everything is then as the converter leaves it.
   void ExpectFailure(const QStringList& lines);
   void ExpectFailure(const Fault& fault, const QStringList& lines);
   void ExpectUntouched(const QByteArray& before, bool scratchLeft) const;

@@ -6,7 +6,7 @@
 
 #include "tests/support/PrintQt.h"
 
-// What the six converters are expected to do, and the texts with which they do it.
+// What the six converters are expected to do, and the texts that they use for it.
 
 struct Converter {
   int source;  // version converted from; the file that it makes has the next
@@ -37,7 +37,7 @@ struct CopiedTableTexts {
   const char* copyLabel;
   const char* createFailure;
   const char* copyFailure;
-  int copyFailureSince;  // source version from which on it is logged
+  int copyFailureSince;  // first source version for which it is logged
   const char* abort;
 
   QStringList CreateFailure(const Converter& converter) const;

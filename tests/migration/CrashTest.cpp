@@ -9,7 +9,7 @@
 
 namespace {
 
-// Where it is killed.
+// Where the process is killed.
 struct Layer {
   const char* name;
   void (*arm)(const Fault& fault);
@@ -55,7 +55,7 @@ class CrashTest : public testing::TestWithParam<Crash> {
     return calls;
   }
 
-  // What the next start of the program finds and makes of it.
+  // What the next start of the program finds, and what it makes of it.
   void ExpectWhole(int number) {
     SCOPED_TRACE(number);
     const QString dump = DumpDatabase(folder_.Main());

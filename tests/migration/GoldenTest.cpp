@@ -46,7 +46,7 @@ TEST_P(GoldenTest, WithoutPreferencesRow) {
   ExpectDump(Main(), WithoutPreferences(GoldenDump(Tested().source, 7)));
 }
 
-// All statements of a conversion, in their order. The texts after a table's name show in the schema.
+// All statements of a conversion, in order. What follows a table's name in the texts shows in the schema.
 TEST_P(GoldenTest, StatementsInOrder) {
   const QString attach =
       "exec ATTACH DATABASE '/opt/tarnbeam/database/TemporaryDB.sqlite' as TemporaryDB = 0";

@@ -1,4 +1,4 @@
-// What a guard is told of conversions besides the calls to SQLite. The swap's failures are told in its tests.
+// What a guard is told of conversions besides the calls to SQLite. The swap's own tests cover its failures.
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -33,7 +33,7 @@ INSTANTIATE_TEST_SUITE_P(Converters, CrossingGuardTest, testing::ValuesIn(Conver
 
 TEST_P(GuardTest, NothingIsToldOfASuccess) { ExpectTold(true, {}); }
 
-// The rename that another file system refuses is no failure.
+// A rename that is refused because it leads to another file system is no failure.
 TEST_P(CrossingGuardTest, NothingIsToldOfASuccess) { ExpectTold(true, {}); }
 
 TEST_P(GuardTest, ScratchFolderThatCannotBeLocked) {
@@ -62,7 +62,7 @@ TEST_P(GuardTest, ScratchFileThatCannotBeMade) {
   EXPECT_EQ(watched.codes.value(0), EACCES);
 }
 
-// Told although the conversion does all that it should.
+// Reported although the conversion does all that it should.
 TEST_P(GuardTest, FailuresThatAreOvercome) {
   RunSql(scratchPath, "CREATE TABLE Left (V)");
   FileCalls::Arm(Fault("unlink", EACCES).OnFile("TemporaryDB.sqlite"));

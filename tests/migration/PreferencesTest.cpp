@@ -30,7 +30,7 @@ constexpr char storeDelay[] = "UPDATE TemporaryDB.Preferences SET  AutoShutoffDe
 constexpr char invalid[] = "Calibration constants found to have invalid values";
 constexpr char noRow[] = "failed to retrieve accelerometer calibration values";
 
-// Where the flag's column could not be added it cannot be stored either, and that counts.
+// If the flag's column could not be added, the flag cannot be stored either, and that counts.
 TEST_P(PreferencesTest1to2, FailedAdditionIsPassedOverAfterTheCopy) {
   const std::vector<AddedChange> changes = ChangesOf(Tested(), "Preferences");
   ExpectFailure(Failing("exec", changes[0].sql),
@@ -93,7 +93,7 @@ TEST_P(PreferencesTest2to3, NeitherCopyNorAdditionsCount) {
   }
 }
 
-// Not of the preferences, but of the same kind: the note of path alignments need not be added.
+// Not about preferences, but of the same kind: the note of path alignments need not be added.
 TEST_P(PreferencesTest6to7, PathNoteIsPassedOver) {
   const AddedChange note = ChangesOf(Tested(), "PathAlignment")[0];
   ExpectSuccess(Failing("exec", note.sql), QStringList{ExecuteFailed(note.label)} + CleanupLines());
@@ -106,7 +106,7 @@ struct Calibration {
   double xOffset, yOffset, xGain, zOffset, zGain;
 };
 
-// The tolerance is 0.00001, and a value that reaches it is no default any more.
+// The tolerance is 0.00001, and a value that reaches it is no longer a default.
 TEST_P(PreferencesTest1to2, Calibration) {
   const double at = 0.00001;
   const double below = std::nextafter(at, 0.0);
@@ -140,7 +140,8 @@ TEST_P(PreferencesTest1to2, Calibration) {
       {{0, 0, 1, 0, 1.000011}, true},
       {{0, 0, 1, 0, -1.000009}, false},
       {{0, 0, 1, 0, -1.000011}, true},
-      // The absolute value is taken before 1 is subtracted, so every smaller gain is a default.
+      // Required behaviour: the absolute value is taken before 1 is subtracted, so every smaller gain is a
+      // default.
       {{0, 0, 1, 0, 0.5}, false},
       {{0, 0, 1, 0, 0}, false},
       {{0, 0, 1, 0, -0.5}, false},
@@ -178,7 +179,7 @@ TEST_P(PreferencesTest1to2, ShutOffDelayIsAlwaysOne) {
   }
 }
 
-// The golden file is calibrated; constants that cannot be read count as those of the factory.
+// The golden file is calibrated; constants that cannot be read count as factory ones.
 TEST_P(PreferencesTest1to2, ConstantsThatCannotBeRead) {
   const struct {
     Fault fault;

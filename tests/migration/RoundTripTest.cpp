@@ -1,4 +1,4 @@
-// Files written by the store of an earlier version, brought forward, and read by the current store.
+// Files written by the store of an earlier version, converted, and read by the current store.
 #include <QVariant>
 #include <memory>
 
@@ -14,7 +14,7 @@
 
 namespace {
 
-// What a store is asked for here, whatever its class.
+// What is asked of a store here, whatever its class.
 struct EarlierStore {
   int version;
   void (*write)(const TemporaryFolder& folder);
@@ -126,7 +126,7 @@ MeasurementOptions Kept(const MeasurementOptions& options, int version, bool ofS
                             hasRollPrecision ? static_cast<unsigned long>(options.RollPrecision()) : 0UL);
 }
 
-// The height of type 1 is one of GPS until version 5, and has type 3 after.
+// Height type 1 means GPS until version 5; from version 6 on that is type 3.
 Height Kept(const Height& height, int version) {
   bool valid = false;
   const bool changes = version <= 5 && static_cast<int>(height.HeightType()) == 1;
@@ -167,7 +167,7 @@ class RoundTripTest : public testing::TestWithParam<EarlierStore> {
 
   static int Version() { return GetParam().version; }
 
-  // Writes, brings forward and opens.
+  // Writes, converts and opens.
   void SetUp() override {
     GetParam().write(folder_);
     ASSERT_FALSE(QFile::exists(folder_.Thresholds()));

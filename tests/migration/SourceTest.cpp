@@ -108,7 +108,7 @@ TEST(SourceVersion, FirstTwoPassEachOther) {
   }
 }
 
-// A row that refers to none: the copy of its table fails, where the copy declares the reference.
+// A row that refers to nothing: the copy of its table fails if the copy declares the reference.
 TEST_P(SourceTest, ForeignKeyViolations) {
   const struct {
     const char* table;
@@ -139,8 +139,8 @@ TEST_P(SourceTest, ForeignKeyViolations) {
   }
 }
 
-// Until version 2 the far end of a path is declared to be an orientation: the first step asks for that, the
-// later ones for a location.
+// Until version 2 the far end of a path is declared to be an orientation: the first step requires one, the
+// later ones require a location.
 TEST_P(SourceTest, FarEndOfAPath) {
   RunSql(Main(),
          "INSERT INTO Geolocation VALUES (70, 1.5, 2.5, 3.5);"
@@ -200,7 +200,7 @@ TEST_P(SourceTest, LeftOverScratchFileIsReplaced) {
     SCOPED_TRACE(removable);
     Load();
     LoadGolden(Tested().source, scratchPath);
-    // Rows of it that nothing would collide with.
+    // Leaves rows with which nothing would collide.
     RunSql(scratchPath, "DELETE FROM Version; DELETE FROM Preferences");
     if (!removable) FileCalls::Arm(Fault("unlink", EACCES).OnFile("TemporaryDB.sqlite"));
     const Converted converted = Convert(Tested(), Main());
@@ -233,7 +233,7 @@ void InterruptTransaction(const QString& path) {
   ASSERT_TRUE(ContentOf(JournalOf(path)).startsWith("\xd9\xd5\x05\xf9")) << "not ready to be played back";
 }
 
-// A journal of a scratch file that is gone must not be played back into the new one.
+// The journal of a scratch file that is gone must not be played back into the new one.
 TEST_P(SourceTest, LeftOverScratchJournalIsDiscarded) {
   for (const bool fileLeft : {true, false}) {
     SCOPED_TRACE(fileLeft);
@@ -250,7 +250,7 @@ TEST_P(SourceTest, LeftOverScratchJournalIsDiscarded) {
   }
 }
 
-// That of the main file must be, before the file is copied: played back later, it would tear the new one.
+// The main file's journal must be played back, before the file is copied: later, it would tear the new one.
 TEST_P(SourceTest, InterruptedTransactionIsUndoneFirst) {
   InterruptTransaction(Main());
   const Converted converted = Convert(Tested(), Main());
@@ -286,7 +286,7 @@ TEST_P(SourceTest, ScratchFileItselfIsRefused) {
   EXPECT_EQ(ContentOf(scratchPath), before);
 }
 
-// A link in the scratch file's place is removed; what it leads to is somebody's.
+// A link in the scratch file's place is removed; what it leads to belongs to somebody else.
 TEST_P(SourceTest, LinkAtTheScratchPath) {
   const QString target = folder_.Path("precious");
   QFile file(target);

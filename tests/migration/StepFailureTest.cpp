@@ -1,5 +1,5 @@
 // Every step of a conversion fails once: the lines in order, the main file as it was, the scratch file gone
-// or left as the converter's generation has it.
+// or, in the earliest converter, left behind.
 #include "migration/Conversion.h"
 #include "schema/SchemaVersion1.h"
 #include "tests/migration/ConversionTest.h"
@@ -60,7 +60,7 @@ TEST_P(StepFailureTest, ScratchFileCannotBeCreated) {
   ExpectUntouched(before, false);
 }
 
-// What is in the folder by then is another conversion's.
+// What is in the folder by then belongs to another conversion.
 TEST_P(StepFailureTest, ScratchFolderCannotBeLocked) {
   const TemporaryFolder elsewhere(FolderOnOtherFileSystem());
   LoadGolden(Tested().source, elsewhere.Main());
@@ -97,7 +97,7 @@ TEST_P(StepFailureTest, VersionIsNotStoredUnlessBound) {
   EXPECT_EQ(SqliteCalls::TakeTrace().filter("DETACH").size(), 1);
 }
 
-// Detached by nothing but the end of the connection.
+// Nothing but the end of the connection detaches the file.
 TEST_P(StepFailureTest, VersionStatementStaysAttachedWhenItCannotBePrepared) {
   SqliteCalls::Record();
   SqliteCalls::Arm(Failing("prepare_v2", "INSERT OR REPLACE INTO TemporaryDB.Version"));
@@ -143,7 +143,7 @@ TEST_P(StepFailureTest, EveryChangeThatCounts) {
 }
 
 TEST_P(StepFailureTest, EveryAttach) {
-  // The one of the clean-up, whose result is not looked at, is the 12th.
+  // The 12th is that of the clean-up, whose result is ignored.
   std::vector<QStringList> expected{AbortedStep({ExecuteFailed("Attach temporary db")}, "UpdateVersion")};
   for (const CopiedTableTexts& texts : CopiedTables()) {
     expected.push_back(AbortedStep({ExecuteFailed("Attach temporary db")}, texts.abort));
@@ -203,7 +203,7 @@ TEST_P(StepFailureTest, CloseIsNotCounted) {
   SqliteLeakGuard::ExpectLeaked(1, 0);
 }
 
-// Closed after the line of the step and before the scratch file is removed.
+// Logged after the line of the step and before the scratch file is removed.
 TEST_P(StepFailureTest, CloseFailsAfterAFailedStep) {
   SqliteCalls::Arm(Fault("close", SQLITE_BUSY));
   SqliteCalls::Arm(Failing("exec", "ATTACH DATABASE '"));

@@ -33,7 +33,8 @@ class SwapTest : public ConversionTest {
 
   QString Folder() const { return QFileInfo(Main()).canonicalPath(); }
 
-  // Swept file calls of a conversion from the first one of the swap on, writes in a row as one.
+  // The swept file calls of a conversion from the first one of the swap on, with several writes in a row as
+  // one.
   QStringList SwapCalls() {
     FileCalls::Record();
     EXPECT_TRUE(Convert(Tested(), Main()).result);
@@ -74,7 +75,7 @@ class SwapTest : public ConversionTest {
     }
   }
 
-  // The swap's one line and no other, and its failure told to guards.
+  // The swap's one line and no other; its failure is told to guards.
   void ExpectSwapFailed(int error) {
     const auto [converted, codes] = ConvertWatched(Tested(), Main());
     EXPECT_EQ(codes, QVector<int>{error});
@@ -87,7 +88,7 @@ class SwapTest : public ConversionTest {
                             .arg(Main(), std::strerror(error))});
   }
 
-  // Likewise under the armed fault, which must be met; the old main file, and no copy.
+  // The same under the armed fault, which must be met; the main file is the old one, and there is no copy.
   void ExpectSwapFailure(int error) {
     ExpectSwapFailed(error);
     ExpectUntouched(loaded_, false);
@@ -199,7 +200,7 @@ TEST_P(SwapTest, WriteAheadLogCannotBeMovedIntoTheFile) {
   EXPECT_EQ(Rows(Main(), lastWritten), QStringList{"'written last'"});
 }
 
-// The new file stands at the path by then, which is what the result says.
+// The new file is at the path by then, and the result says so.
 TEST_P(SwapTest, FolderCannotBeSynced) {
   FailLast("sync", Folder(), EIO);
   const auto [converted, codes] = ConvertWatched(Tested(), Main());
@@ -220,7 +221,7 @@ TEST_P(CrossingSwapTest, CopiesBesideTheMainFileFirst) {
                    "rename " + copy + " -> " + Main(), "unlink " + scratchPath, "sync " + Folder()}));
 }
 
-// Whatever stands beside the main file is the user's.
+// Whatever lies beside the main file belongs to the user.
 TEST_P(CrossingSwapTest, LeavesOtherFilesAlone) {
   const QStringList others{"main.sqlite.converted", "main.sqlite.converted-", "main.sqlite.converted-XXXXXX",
                            "main.sqlite.converted-abc123"};
@@ -302,7 +303,7 @@ TEST_P(CrossingSwapTest, DiskIsFullInTheMiddle) {
   ExpectUntouched(before, false);
 }
 
-// The new file stands at the path; the next conversion removes what is left.
+// The new file is at the path; the next conversion removes what is left.
 TEST_P(CrossingSwapTest, ScratchFileCannotBeRemovedAfterwards) {
   FileCalls::Arm(AtLast(Fault("unlink", EIO), "unlink", scratchPath));
   const auto [converted, codes] = ConvertWatched(Tested(), Main());

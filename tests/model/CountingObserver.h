@@ -4,7 +4,7 @@
 
 #include "model/IModelObserver.h"
 
-/// Remembers the models whose changes it was told of.
+/// Remembers the models whose changes it was told about.
 class CountingObserver : public IModelObserver {
  public:
   void ModelChanged(ObservableModel* model) override { changed.append(model); }

@@ -202,7 +202,7 @@ TEST(MeasurementOptionsTest, AnswersWhatItIsBuiltFrom) {
   }
 }
 
-/// The objects of one record of each kind, and for each how often it was destroyed.
+/// The objects of one record of each kind, and how often each was destroyed.
 class RecordParts {
  public:
   enum Part { site, path, location, measured, height, target, options, partCount };

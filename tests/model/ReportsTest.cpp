@@ -71,7 +71,7 @@ TEST(AntennaAlignmentPdfReportDataTest, ASingleRecordIsAskedForNothing) {
   }
 }
 
-// The vector is made the container's own even where there is nothing to sort.
+// The vector becomes the container's own even if there is nothing to sort.
 TEST(AntennaAlignmentPdfReportDataTest, ASingleRecordsVectorIsMadeItsOwn) {
   auto* records = new QVector<IAntennaAlignmentReportData*>{SiteRecord("a", "1")};
   const QVector<IAntennaAlignmentReportData*> asGiven = *records;

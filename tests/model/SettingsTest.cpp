@@ -130,7 +130,7 @@ TEST(SettingTest, TakesValuesAndNotifiesEachTime) {
   ExpectSettingTakesValue(QString("before"), QString("after"));
 }
 
-/// Does to the model what a test asks for while it is being told of a change.
+/// Does to the model what a test asks for while being told of a change.
 template <typename Reaction>
 class ReactingObserver : public CountingObserver {
  public:

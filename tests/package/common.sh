@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Shared by the tests of what gets installed. Sourced; the environment tells the build that is tested.
+# Shared by the tests of what gets installed. Sourced; the environment names the build that is tested.
 set -euo pipefail
 : "${build:?}" "${build_type:?}" "${CXX:?}"
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -28,7 +28,7 @@ run_consumer() {
   same "files of $1" "main.sqlite thresholds.sqlite" "$(cd "$folder" && echo *)"
 }
 
-# run_guarded PROGRAM LIBRARIES: in a folder without files, which it is to tell of.
+# run_guarded PROGRAM LIBRARIES: in a folder without files, which it has to report.
 run_guarded() {
   local folder
   folder=$(mktemp -d -p "$work")

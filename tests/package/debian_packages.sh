@@ -30,8 +30,8 @@ depends() {
   done
 }
 
-# hardened FILE...: bound at start and then read-only, with guards on the stack. grep reads to the end: what writes to
-# it would fail otherwise, and with it the check.
+# hardened FILE...: bound at start and then read-only, with guards on the stack. grep reads to the end: otherwise what
+# writes to it would fail, and the check with it.
 hardened() {
   local file
   for file in "$@"; do

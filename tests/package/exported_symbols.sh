@@ -1,6 +1,6 @@
 #!/bin/bash
-# The library exports exactly what exported_symbols.txt lists, a version behind some of them. Without optimisation
-# functions that are otherwise inlined join it; then nothing of the list may be missing.
+# The library exports exactly what exported_symbols.txt lists, where some names have a version behind them. Without
+# optimisation, functions that are otherwise inlined are exported too; then nothing of the list may be missing.
 . "$(dirname "$0")/common.sh"
 scripts=$here/../../scripts
 "$scripts/listed-symbols" "$qt" | cut -f1 >"$work/listed"

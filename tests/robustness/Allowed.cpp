@@ -22,7 +22,8 @@ bool IsPartOf(const QStringList& lines, QStringList whole) {
   return std::all_of(lines.begin(), lines.end(), [&](const QString& line) { return whole.removeOne(line); });
 }
 
-// `rows` as the tables in `order` name them one by one; tables that have no row left are passed over.
+// `rows` as far as they are of the tables in `order`, one table after the other; tables without rows are
+// skipped.
 QStringList InOrder(QStringList rows, const QStringList& order) {
   QStringList ordered;
   for (const QString& table : order) {
@@ -62,7 +63,7 @@ bool NoneOrAllOf(const QStringList& lines, const QStringList& whole, const QStri
   return rows.isEmpty() || rows == OfTables(whole, tables);
 }
 
-// A thresholds row that stands for no alignment: "table|row|key|-1|…".
+// A thresholds row that belongs to no alignment: "table|row|key|-1|…".
 bool IsRowWithoutAlignment(const QStringList& rows) {
   return rows.size() == 1 && rows[0].section(QLatin1Char('|'), 3, 3) == QLatin1String("-1");
 }
@@ -87,7 +88,7 @@ QString Reports(const Outcome& outcome, const Outcome& clean, FaultLevel level, 
   }
   if (outcome.result == plain.join(QLatin1Char(';'))) return {};
   if (level == FaultLevel::Calls) return QStringLiteral("other records: ") + outcome.result;
-  // A query that is stepped again after an error begins anew, and its first rows come twice.
+  // A query that is stepped again after an error starts anew, and its first rows come twice.
   const QStringList records = outcome.result.split(QLatin1Char(';'));
   const QStringList whole = clean.result.split(QLatin1Char(';'));
   const bool complete = IsPartOf(whole, records);
@@ -130,8 +131,8 @@ QString Allowed::PathReports(const Outcome& outcome, const Outcome& clean, Fault
   return Reports(outcome, clean, level, QStringLiteral("/0,0,-1"), true);
 }
 
-// A failure before the alignment's own row keeps the rows that stand already and stores the thresholds under
-// key -1; a failure of that row keeps nothing. Whether a commit succeeded is not looked at.
+// A failure before the alignment's own row keeps the rows that are there already and stores the thresholds
+// under key -1; a failure of that row keeps nothing. Whether a commit succeeded is ignored.
 QString Allowed::Save(const Outcome& outcome, const Outcome& clean, FaultLevel) {
   const bool path = clean.main.made.filter(QStringLiteral("PathAlignment|")).size() == 1;
   const QStringList whole = AsInserted(clean.main.made, path);
@@ -219,7 +220,7 @@ QString Allowed::ScreensStore(const Outcome& outcome, const Outcome& clean, Faul
   return Unless(outcome.main == siteAlone || outcome.main == clean.main, "true, yet the site is not saved");
 }
 
-// A delete that cannot be prepared is no failure, so any of the two rows may stay.
+// A delete that cannot be prepared is no failure, so either of the two rows may stay.
 QString Allowed::ScreensClear(const Outcome& outcome, const Outcome& clean, FaultLevel) {
   if (!outcome.thresholds.IsNone() || !outcome.main.made.isEmpty()) return QStringLiteral("rows are made");
   if (!IsPartOf(outcome.main.gone, clean.main.gone)) return QStringLiteral("other rows are gone");
@@ -233,7 +234,8 @@ QString Allowed::ScreensRestore(const Outcome& outcome, const Outcome& clean, Fa
   return Unless(results.contains(outcome.result), "false, yet restored");
 }
 
-// Only the two screens are committed one after the other; of the rest the site's screen has no row.
+// Only the two screens are committed one after the other; other operations change no row of the site's
+// screen.
 QString Allowed::Interrupted(const Change& main, const Change& thresholds, const Outcome& clean) {
   if (main == clean.main) return Unless(IsNoneOr(thresholds, clean.thresholds), "half the thresholds");
   if (!thresholds.IsNone()) return QStringLiteral("thresholds before the main file");

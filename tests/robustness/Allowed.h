@@ -2,7 +2,7 @@
 
 #include "tests/robustness/StoreOperations.h"
 
-// The outcomes that each kind of operation may have when one call fails on the way. Each answers an empty
+// The outcomes that each kind of operation may have when one call fails on the way. Each returns an empty
 // text, or what is wrong with the outcome. What an operation writes is compared with what it writes without a
 // fault; which part of that may be missing, and with which result, is said here.
 namespace Allowed {
@@ -22,8 +22,8 @@ QString ScreensStore(const Outcome& outcome, const Outcome& clean, FaultLevel le
 QString ScreensClear(const Outcome& outcome, const Outcome& clean, FaultLevel level);
 QString ScreensRestore(const Outcome& outcome, const Outcome& clean, FaultLevel level);
 
-// What a writing operation may have left when its process ended on the way: nothing, or what it commits
-// first, or all of it.
+// What a writing operation may have left when its process ended on the way: nothing, what it commits first,
+// or all of it.
 QString Interrupted(const Change& main, const Change& thresholds, const Outcome& clean);
 
 }  // namespace Allowed

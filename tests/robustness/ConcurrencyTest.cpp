@@ -1,5 +1,5 @@
-// Every operation of every store while a second process holds a lock on one of its files. Nothing waits: what
-// meets the lock fails at once, and the rest of the operation goes its way.
+// Every operation of every store while a second process holds a lock on one of its files. Nothing waits: a
+// call that meets the lock fails at once, and the rest of the operation goes on.
 #include <functional>
 
 #include "tests/robustness/LockHolder.h"
@@ -16,8 +16,8 @@ enum class Rows { None, Whole, WithoutAlignment };
 constexpr const char* takingLock[] = {"BEGIN; SELECT count(*) FROM sqlite_schema", "BEGIN IMMEDIATE",
                                       "BEGIN EXCLUSIVE"};
 
-// What an operation comes to that is not as without the lock. "=": the result without it. Lines are those
-// about failures that are not written without it: "@label" stands for a prepare, other short names below.
+// How an operation differs from what it does without the lock. "=": the same result. Lines are those about
+// failures that are not written without it: "@label" stands for a prepare, other short names below.
 struct Hindered {
   File file;
   Lock lock;
@@ -55,7 +55,8 @@ std::vector<Hindered> HinderedByMainLocks() {
   const QString pathRows = Prepare("Fetch Report Data for Path");
   constexpr File main = File::Main;
   return {
-      // Another reader: everything is written, and the commit fails. Where nobody looks, nobody is told.
+      // Another reader: everything is written, and the commit fails. Operations that ignore its result say
+      // nothing.
       {main, Lock::Shared, anySave, "=", "=", false, Rows::Whole, {end}, {end}},
       {main, Lock::Shared, anyDeletion, "=", "=", false, Rows::Whole, {end}, {end}},
       {main, Lock::Shared, "SavePreferences StoreScreens", "false", "false", false, Rows::None, {}, {}},
@@ -207,7 +208,7 @@ std::vector<Hindered> HinderedByThresholdsLocks() {
   };
   return {
       row(Lock::Shared, anySave, "=", {end}),
-      // The delete of a site's report finds no row; the engine wants the lock all the same.
+      // The delete of a site's report finds no row; the engine needs the lock all the same.
       row(Lock::Shared, anyDeletion, "=", {end}),
       row(Lock::Shared, "SavePreferences", "=", {}),
       row(Lock::Reserved, siteSave, "null", {}),
@@ -343,7 +344,7 @@ TEST_P(ConcurrencyTest, AnotherProcessHoldsALock) {
 }
 
 // The connection that a deletion leaves open behind a lock keeps a lock of its own: what is saved afterwards
-// cannot be committed before the process ends. It costs that much where a statement stays unfinalised.
+// cannot be committed before the process ends. That is the cost of a statement that stays unfinalised.
 TEST(LeftConnectionTest, KeepsLaterSavesFromBeingCommitted) {
   const StoreVersion& version = StoreVersion::All().back();
   const auto named = [](const char* name) {

@@ -1,5 +1,5 @@
-// What a guard makes of conversions under faults: nothing that differs from success goes untold, no refusal
-// is without a failure, and nothing stays open.
+// What a guard makes of conversions under faults: nothing that differs from success goes unreported, no
+// refusal is without a failure, and nothing stays open.
 #include <sqlite3.h>
 
 #include <QFile>
@@ -132,7 +132,7 @@ TEST_P(ConversionGuard, ALossThatTheResultDoesNotTellIsTold) {
   EXPECT_GT(lost, 0);
 }
 
-// Also the library's own calls on the way to the swap, and those of the swap.
+// Includes the library's own calls on the way to the swap, and those of the swap.
 TEST_P(ConversionGuard, EveryFailedCallOfTheSystemIsTold) {
   for (const int number : Swept(fileCalls_, 13)) {
     for (const int code : {EIO, ENOSPC}) {

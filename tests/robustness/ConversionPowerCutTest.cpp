@@ -1,5 +1,5 @@
-// The power goes at every file call of a conversion, and when it is done: what was not synced is lost or
-// torn, names in folders that were not synced are taken back. The old file or the new one stands whole.
+// The power fails at every file call of a conversion, and after its end: what was not synced is lost or torn,
+// names in folders that were not synced are taken back. The old file or the new one is there, whole.
 #include <sys/stat.h>
 
 #include <QFile>
@@ -43,7 +43,7 @@ class ConversionPowerCut : public SweptConversion {
       QFile::remove(QLatin1String(scratchFile) + QLatin1String(suffix));
   }
 
-  // What stands at the path after the cut, which Run() comes to only with success for 0.
+  // What is at the path after the cut. With 0 Run() gets that far only if it succeeded.
   QStringList LinesAfter(int number, const PowerCut::Loss& loss, const QByteArray& ignoredSyncs = {}) {
     scene_.Restore();
     RemoveScratchFile();
@@ -83,7 +83,7 @@ std::unique_ptr<Tally> ConversionPowerCut::tally_;
 
 TEST_P(ConversionPowerCut, OldOrNewFile) { ExpectWhole(); }
 
-// With one of the two syncs of the swap taken away the new file is not safe, and the cut tells.
+// With one of the two syncs of the swap taken away the new file is not safe, and the cut shows it.
 TEST_P(ConversionPowerCut, ShowsAMissingSyncOfTheFile) {
   const PowerCut::Loss loss = {PowerCut::Names::Kept, PowerCut::Data::Dropped};
   EXPECT_NE(LinesAfter(0, loss, "TemporaryDB.sqlite"), newLines_);

@@ -62,7 +62,7 @@ class ConversionSweep : public SweptConversion {
     EXPECT_FALSE(QFile::exists(scene_.Main() + QLatin1String(".converted")));
   }
 
-  // The new file, whole but for what need not succeed.
+  // The new file, whole except for what need not succeed.
   void ExpectConverted() {
     const QString uncounted = QLatin1String(GetParam().uncounted);
     const auto counted = [&](const QStringList& lines) {
@@ -91,7 +91,7 @@ TEST_P(ConversionSweep, EveryCallFailsOnce) {
     for (const int code : CodesOf(call)) {
       SCOPED_TRACE("call " + std::to_string(number) + " fails with " + std::to_string(code) + ": " +
                    call.toStdString());
-      // What fails to be run or prepared is always logged; a step and a bind are the caller's to tell.
+      // A failure to run or prepare is always logged; a failed step or bind is for the caller to log.
       const bool logged = !call.startsWith(QLatin1String("step")) && !call.startsWith(QLatin1String("bind"));
       Fail([&, code] { SqliteCalls::Arm(Fault("", code).At(number)); },
            logged && !call.startsWith(QLatin1String("close")));
@@ -107,7 +107,7 @@ TEST_P(ConversionSweep, StorageIsFull) {
   ForEachFullStorage(fileUse_, 4096, [&](auto arm) { Fail(arm, false); });
 }
 
-// Its calls and lines are those that are recorded, to the letter, also with each of its calls failing once.
+// Its calls and lines are those that are recorded, to the letter, even with each of its calls failing once.
 TEST_P(ConversionSweep, TraceIsAsRecorded) {
   SqliteCalls::Reset();
   const auto run = [&] {

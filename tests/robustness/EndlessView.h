@@ -3,8 +3,8 @@
 #include <QString>
 #include <vector>
 
-// A view that stands where a table was, with the table's columns, and keeps a query that reads it from coming
-// to its end.
+// A view that takes the place of a table, with the table's columns, and keeps a query that reads it from
+// coming to its end.
 struct EndlessView {
   const char* what;
   const char* from;  // its rows

@@ -1,4 +1,4 @@
-// Every call that an operation of a store makes to SQLite fails in turn, once, with every code it may answer.
+// Every call that an operation of a store makes to SQLite fails in turn, once, with every code it may return.
 #include <sqlite3.h>
 
 #include "tests/robustness/SweptOperation.h"
@@ -33,7 +33,7 @@ class FaultSweep : public SweptOperation<FaultSweep> {
     return {result, scene_.MainChange(), scene_.ThresholdsChange()};
   }
 
-  // No connection stays open but those of path reports, one that refused to close, and one whose statement
+  // No connection stays open except those of path reports, one that refused to close, and one whose statement
   // failed where it is left unfinalised.
   void ExpectConnections(const QString& failed) {
     int most = operation_.connectionsLeft;
@@ -44,7 +44,7 @@ class FaultSweep : public SweptOperation<FaultSweep> {
     EXPECT_LE(SqliteCalls::OpenConnections(), most);
   }
 
-  // Every failure writes a line that is not there without it, except that of a step.
+  // Every failure writes a line that is not there without it, except the failure of a step.
   void ExpectLine(const QString& failed) {
     QStringList lines = log_.TakeLines();
     for (const QString& line : qAsConst(cleanLines_)) lines.removeOne(line);
@@ -65,8 +65,8 @@ class FaultSweep : public SweptOperation<FaultSweep> {
     ExpectNextCallWorks();
   }
 
-  // Without this statement the one that follows can never be done: the call does not return. The process
-  // that it kept busy is ended, and the files are as they were.
+  // Without this statement the one that follows can never be done: the call does not return. The process that
+  // is kept busy by it is ended, and the files are as they were.
   void SpinOnCall(int number) {
     scene_.Restore();
     const int status = RunInChild([&] {

@@ -12,7 +12,7 @@ template <typename Sweep>
 class FileSweep : public SweptOperation<Sweep> {
  protected:
   // The operation on fresh files in a process of its own, after `arm`. Its exit status; the result that it
-  // came to, if it came to one.
+  // came to, if any.
   template <typename Arm>
   int RunApart(Arm arm, QString* result) {
     const QString answer = this->scene_.Path(QStringLiteral("result"));
@@ -77,7 +77,7 @@ class IoSweep : public FileSweep<IoSweep> {
     const bool returned = Run(arm, &result);
     if (!returned) ++GetTally().spun;
     scene_.ExpectSound();
-    // A loop that was ended counts as one that has been left: all that it may have done is looked at.
+    // A loop that was ended counts as one that was left: all that it may have done is looked at.
     const Outcome outcome = {returned ? result : QStringLiteral("true"), scene_.MainChange(),
                              scene_.ThresholdsChange()};
     EXPECT_EQ(operation_.complaint(outcome, clean_, FaultLevel::Files), QString()) << result.toStdString();
@@ -127,7 +127,7 @@ TEST_P(CrashSweep, EndsBeforeEveryFileCall) {
   }
 }
 
-// One call more than there are: nothing is left to end it.
+// One call more than there are: nothing ends it.
 TEST_P(CrashSweep, ComesThroughPastTheLastCall) {
   QString result;
   ASSERT_EQ(RunApart([&] { ShimVfs::Arm(Fault::Kill(calls_).At(count_ + 1)); }, &result), 0);

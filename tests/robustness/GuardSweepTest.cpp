@@ -1,4 +1,4 @@
-// What a guard makes of the faults: nothing that differs from success goes untold, every loop ends, and
+// What a guard makes of the faults: nothing that differs from success goes unreported, every loop ends, and
 // nothing stays open after it.
 #include <sqlite3.h>
 
@@ -107,7 +107,7 @@ TEST_P(GuardSweep, EveryFailedCallIsTold) {
       SCOPED_TRACE("call " + std::to_string(number) + " fails with " + std::to_string(code) + ": " +
                    call.toStdString());
       const Guarded guarded = Fail([&] { SqliteCalls::Arm(Fault("", code).At(number)); });
-      // A connection that is refused on success too, since path retrieval leaves its statement, is no
+      // A connection that is refused even on success, since path retrieval leaves its statement open, is no
       // failure.
       const bool refusedAnyway =
           call.startsWith(QLatin1String("close")) && !call.endsWith(QLatin1String("= 0"));
@@ -117,7 +117,7 @@ TEST_P(GuardSweep, EveryFailedCallIsTold) {
   }
 }
 
-// From some step on every step fails: each loop ends at its next one once the limit is reached.
+// From some step on every step fails: once the limit is reached, each loop ends at its next step.
 TEST_P(GuardSweep, LoopsEndWithinTheLimit) {
   constexpr int limit = 5;
   const int steps = static_cast<int>(calls_.filter(QRegularExpression(QStringLiteral("^step"))).size());
@@ -140,8 +140,7 @@ TEST_P(GuardSweep, FullStorageIsTold) {
 
 INSTANTIATE_FOR_OPERATIONS(GuardSweep, StoreOperation::All());
 
-// Those that read tables of which a view can take the place: they look up names, and list or delete
-// alignments.
+// Those that read tables whose place a view can take: they look up names, and list or delete alignments.
 std::vector<StoreOperation> LookingUp() {
   std::vector<StoreOperation> operations;
   for (const StoreOperation& operation : StoreOperation::OnFiles()) {

@@ -37,7 +37,7 @@ void LockHolder::Release() {
   process_ = -1;
 }
 
-// The order to let go is the end of the pipe: a test that dies gives it as well.
+// The end of the pipe is the order to let go: a test that dies gives it as well.
 void LockHolder::Hold(const QString& path, const char* sql) {
   close(orders_[1]);
   close(answers_[0]);

@@ -37,8 +37,8 @@ class NumbersTest : public CreatedStoreTest {
   }
 };
 
-// What is not a number is NULL to the engine, and the column wants a value: the row's insert fails without a
-// line, what stands before it is kept, and the record has no alignment.
+// Not-a-number is NULL to the engine, and the column needs a value: the row's insert fails without a line,
+// what precedes it is kept, and the record has no alignment.
 TEST_P(NumbersTest, NotANumberEndsTheSaveAtItsRow) {
   SampleSiteAlignment sample(1);
   Orientation measured(1, nan, 3);
@@ -104,7 +104,7 @@ TEST_P(NumbersTest, ExtremesComeBack) {
             Version().HasRollPrecision() ? std::numeric_limits<int>::max() : 0);
 }
 
-// Seconds are unsigned and stored in 32 bits with a sign: the later half of the range stands as negative
+// Seconds are unsigned and stored in 32 bits with a sign: the later half of the range is stored as negative
 // numbers and comes back all the same. What lies outside becomes the last second.
 TEST_P(NumbersTest, TimesAtTheirLimits) {
   const struct {
@@ -172,7 +172,7 @@ TEST_P(NumbersTest, IntegerPreferencesAtTheirLimits) {
   }
 }
 
-// A preference that is no number fails the row's only insert: the row saved before stays.
+// A preference that is not a number fails the row's only insert: the row saved before stays.
 TEST_P(NumbersTest, PreferenceThatIsNoNumberKeepsTheRow) {
   PreferencesModel saved;
   saved.SerialNumber()->SetValue(5);
@@ -185,7 +185,7 @@ TEST_P(NumbersTest, PreferenceThatIsNoNumberKeepsTheRow) {
   EXPECT_EQ(read.SerialNumber()->Value(), 5);
 }
 
-// The site's screen tells, the path's does not.
+// The site's screen reports it, the path's does not.
 TEST_P(NumbersTest, ScreensThatHoldNoNumbersAreNotStored) {
   AlignerModel model;
   model.SetCurrentPathInformation(

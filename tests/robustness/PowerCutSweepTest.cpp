@@ -1,4 +1,4 @@
-// The power goes at every file call of the operations that write: what was not synced is lost or torn, names
+// The power fails at every file call of the operations that write: what was not synced is lost or torn, names
 // in a folder that was not synced are taken back.
 #include <iterator>
 
@@ -55,7 +55,7 @@ TEST_P(PowerCutSweep, NothingIsHalfDone) {
   for (const PowerCut::Loss& loss : PowerCut::losses) Cut(0, loss);
 }
 
-// Where the journal's removal stays, so does all that was done.
+// If the removal of the journal stays, so does all that was done.
 TEST_P(PowerCutSweep, WhatIsCommittedStays) {
   for (const PowerCut::Data data : {PowerCut::Data::Dropped, PowerCut::Data::Torn}) {
     Cut(0, {PowerCut::Names::Kept, data});

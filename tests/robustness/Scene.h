@@ -7,7 +7,7 @@
 
 #include "tests/support/PrintQt.h"
 
-// What the two files hold, byte for byte; a null text stands for a file that is not there.
+// What the two files hold, byte for byte; a null text means that the file is not there.
 struct Contents {
   QByteArray main;
   QByteArray thresholds;
@@ -26,7 +26,7 @@ struct Change {
 // Lines of the canonical dump without key sequences; none for a file that is missing or empty.
 QStringList LinesOf(const QString& path);
 
-// The table that a line of a dump belongs to, be it a row or the table's schema entry.
+// The table that a line of a dump belongs to, whether it is a row or the table's schema entry.
 QString TableOf(const QString& line);
 
 QByteArray ReadFile(const QString& path);

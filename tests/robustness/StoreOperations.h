@@ -16,7 +16,7 @@ struct Outcome {
 };
 
 // Where the faults strike. A call that fails is not made at all. A fault below the engine may make it roll a
-// transaction back by itself, and what is stepped again after that commits row by row.
+// transaction back by itself, and what is stepped again after that is committed row by row.
 enum class FaultLevel { Calls, Files };
 
 // Creating starts from no files at all, reading and writing from files with alignments of two sites and two
@@ -28,23 +28,23 @@ struct StoreOperation {
   const char* name;
   Kind kind;
   QString (*run)(const StoreVersion& version, const QString& main, const QString& thresholds);
-  // Empty when `outcome` is one of those that the operation may have, else what is wrong with it. `clean`
-  // is the outcome without any fault.
+  // Empty if `outcome` is one of those that the operation may have, else what is wrong with it. `clean` is
+  // the outcome without any fault.
   QString (*complaint)(const Outcome& outcome, const Outcome& clean, FaultLevel level);
   // Connections that it never closes, and whether it may leave one more open where a statement fails.
   int connectionsLeft = 0;
   bool leavesStatements = false;
   // Whether a fault may keep it stepping a statement without end: it is then run in a process of its own.
   bool maySpin = false;
-  // A prepare that, failed, makes it spin for certain; null: none.
+  // A prepare whose failure always makes it loop without end; null: none.
   const char* spinsWithout = nullptr;
 
-  // Whether it spins once this call of a trace, which succeeded there, has failed.
+  // Whether it loops without end once this call of a trace, which succeeded there, has failed.
   bool NeverReturnsWithout(const QString& call) const;
 
   static const std::vector<StoreOperation>& All();
   static std::vector<StoreOperation> Writing();
-  // Those that start from files: all but creating.
+  // Those that start from files: all except creating.
   static std::vector<StoreOperation> OnFiles();
 };
 
@@ -54,7 +54,7 @@ Contents StartOf(const StoreOperation& operation, const StoreVersion& version);
 // Runs the operation on the scene's files as they are.
 Outcome RunOn(const Scene& scene, const StoreOperation& operation, const StoreVersion& version);
 
-// Whether the result is one of a call that did all that it was asked for.
+// Whether the result is that of a call that did all that was asked of it.
 bool IsFullResult(const QString& result);
 
 using VersionAndOperation = std::tuple<StoreVersion, StoreOperation>;

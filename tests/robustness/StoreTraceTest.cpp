@@ -1,11 +1,11 @@
 // Every operation of every store makes the calls and writes the lines that are recorded, to the letter: on
-// the way of success, and with each of its calls failing once.
+// success, and with each of its calls failing once.
 #include "tests/robustness/GoldenTrace.h"
 #include "tests/robustness/StoreOperations.h"
 
 namespace {
 
-// Answers a store whatever happens.
+// Returns a store whatever happens.
 QString Create(const StoreVersion& version, const QString& main, const QString& thresholds) {
   version.create(main, thresholds);
   return QStringLiteral("store");

@@ -64,5 +64,5 @@ inline QStringList SweptCalls(const QStringList& trace) {
   return calls;
 }
 
-// SQLite's result codes that a call of the trace can answer on failing.
+// SQLite's result codes with which a call of the trace can fail.
 std::vector<int> CodesOf(const QString& call);

@@ -18,7 +18,7 @@ struct Conversion {
   bool (*convert)(QString& path);
   // The table whose copy or changes may fail without failing the conversion; null: none.
   const char* uncounted;
-  // Whether a failed conversion clears its scratch file away and names the step that failed.
+  // Whether a failed conversion removes its scratch file and names the step that failed.
   bool clearsAndNames;
 
   static std::vector<Conversion> All();

@@ -152,7 +152,7 @@ INSTANTIATE_TEST_SUITE_P(All, TextTest,
                                   std::to_string(std::get<StoreVersion>(tested.param).number);
                          });
 
-// Bytes that are no UTF-8, written by other hands: each is read as a replacement character, and the rest of
+// Bytes that are not UTF-8, written by other hands: each is read as a replacement character, and the rest of
 // the text stays readable.
 class ForeignTextTest : public CreatedStoreTest {};
 

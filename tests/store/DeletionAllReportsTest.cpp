@@ -24,7 +24,7 @@ bool DeleteGamma(DeletionScene* scene) { return scene->Store()->DeleteReportsByP
 
 using DeletionAllReportsTest = DeletionTest;
 
-// The sector's name is not looked at: "North" is one of two sectors.
+// The sector's name is ignored: "North" is one of two sectors.
 TEST_P(DeletionAllReportsTest, EverySectorOfTheSiteGoesAndTheSiteWithThem) {
   EXPECT_TRUE(DeleteAlpha(&scene_));
   EXPECT_EQ(scene_.Lines(), scene_.AlphaKeyLines());
@@ -73,7 +73,7 @@ TEST_P(DeletionAllReportsTest, NonAsciiIdentifiersAreFound) {
   scene_.ExpectGone(alphaSite + alphaReports + scene_.AlphaAssociated(), alphaThresholds);
 }
 
-// One connection a file, one after the other; thresholds only where the version has them.
+// One connection per file, one after the other; thresholds only if the version has them.
 TEST_P(DeletionAllReportsTest, TheFilesAreOpenedOneAfterTheOther) {
   for (const bool site : {true, false}) {
     SqliteCalls::Record();
@@ -159,7 +159,7 @@ TEST_P(DeletionAllReportsTest, ASharedHeightTakesTheOtherPathAlignmentWithIt) {
       gammaThresholds);
 }
 
-// ---- deletes of alignment rows that answer something else than done
+// ---- deletes of alignment rows that end in something other than done
 
 TEST_P(DeletionAllReportsTest, RowsOfTheDeleteAreSteppedOver) {
   SqliteCalls::Arm(OnMain("step", SQLITE_ROW, "DELETE FROM AntennaAlignment WHERE").Times(3));
@@ -173,7 +173,7 @@ TEST_P(DeletionAllReportsTest, RowsOfTheDeleteAreSteppedOver) {
   scene_.ExpectGone(alphaSite + alphaReports + scene_.AlphaAssociated(), alphaThresholds);
 }
 
-// Without the delete the site's row is referred to, and the deletion of that row never ends.
+// Without the delete the site's row is still referred to, and deleting that row never ends.
 TEST_P(DeletionAllReportsTest, ADeleteThatCannotBePreparedNeverEnds) {
   for (const bool site : {true, false}) {
     const int status = RunInChild([&] {
@@ -204,11 +204,10 @@ TEST_P(DeletionAllReportsTest, ADeleteThatCannotBePreparedDoesNotStopTheRest) {
 
 // ---- the key under which thresholds are deleted
 
-// Where the main file was never asked for the key it is 0, which no site or path has; where the asking
-// failed it is -1.
+// If the main file was never asked for the key it is 0, which no site or path has; if asking failed it is -1.
 TEST_P(DeletionAllReportsTest, TheThresholdsKeyIsOneThatNoRowHasWithoutALookUp) {
   if (!GetParam().HasThresholdsFile()) {
-    // Nothing of that file is opened, even if the main file fails.
+    // Nothing of the thresholds file is opened, even if the main file fails.
     SqliteCalls::Arm(Fault("open_v2", SQLITE_CANTOPEN));
     SqliteCalls::Record();
     EXPECT_FALSE(DeleteAlpha(&scene_));

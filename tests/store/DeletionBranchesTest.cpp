@@ -10,8 +10,8 @@ const QString busy = QStringLiteral("  failed with  5 : database is locked");
 
 QStringList operator+(const QStringList& lines, const QString& line) { return QStringList(lines) << line; }
 
-// The main phase decides the result where there are no thresholds; the thresholds phase makes it true when
-// its delete is done or cannot be prepared.
+// The main phase decides the result if there are no thresholds; the thresholds phase makes it true when its
+// delete is done or cannot be prepared.
 std::vector<DeletionBranch> SiteBranches(const DeletionScene& scene) {
   const QStringList keys = scene.AlphaKeyLines();
   const QStringList all = RowsOf("Sites", {1}) + RowsOf("AntennaAlignment", {1, 2}) + scene.AlphaAssociated();
@@ -79,7 +79,7 @@ std::vector<DeletionBranch> SiteBranches(const DeletionScene& scene) {
        {},
        thresholds,
        1},
-      // The result does not depend on the commit. Closing takes the changes back.
+      // The result does not depend on the commit. Closing undoes the changes.
       {"Commit",
        {OnMain("exec", SQLITE_BUSY, "END TRANSACTION")},
        keys + ("SQL  End Transaction" + busy),

@@ -5,7 +5,7 @@
 
 #include "tests/store/DeletionScene.h"
 
-// The helpers of the deletions on files with a few rows, and no alignments unless they are asked for.
+// The deletion helpers on files with a few rows, and no alignments unless they are asked for.
 class DeletionHelpersTest : public CreatedStoreTest {
  protected:
   DeletionHelpersTest() {

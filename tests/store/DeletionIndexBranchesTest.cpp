@@ -16,7 +16,7 @@ const QString noMemory = QStringLiteral("  failed with  7 : out of memory");
 const QString busy = QStringLiteral("  failed with  5 : database is locked");
 const QString cannotOpen = QStringLiteral("Can't open database: rval= 14 : unable to open database file");
 
-// The retrieval asks for the key first where there are thresholds, so the deletion's asking is the second.
+// With thresholds the retrieval looks up the key first, so the deletion's own look-up is the second.
 int OwnLookup(const DeletionScene& scene) { return scene.Version().HasThresholdsFile() ? 2 : 1; }
 
 // A thresholds phase that fails, or fails to fail, and what it does to the result of the main phase.
@@ -51,7 +51,7 @@ std::vector<ThresholdsPhase> ThresholdsPhases(const char* rows, const char* labe
   };
 }
 
-// The branches of the thresholds phase, after a main phase that came through and after one that did not.
+// The branches of the thresholds phase, after a main phase that succeeded and after one that did not.
 void AddThresholdsPhases(const std::vector<ThresholdsPhase>& phases, const DeletionBranch& done,
                          const DeletionBranch& failed, bool logsEnd, std::vector<DeletionBranch>* branches) {
   for (const ThresholdsPhase& phase : phases) {
@@ -86,7 +86,7 @@ std::vector<DeletionBranch> SiteBranches(const DeletionScene& scene) {
   const QString keyLine = QStringLiteral("failed to bind antenna alignment key");
   const QString stepLine = QStringLiteral("Failed to execute SQLITE step, code:  5");
 
-  // The main phase fails with these lines and is rolled back; the thresholds phase then comes through.
+  // The main phase fails with these lines and is rolled back; the thresholds phase then succeeds.
   const auto rolledBack = [&](const char* name, const Fault& fault, QStringList lines, int leaked = 0) {
     lines << rollingBack;
     if (leaked > 0) lines << CloseFailure();
@@ -120,7 +120,7 @@ std::vector<DeletionBranch> SiteBranches(const DeletionScene& scene) {
   };
   if (scene.Version().number != 1) {
     branches.push_back(rolledBack("Step", OnMain("step", SQLITE_BUSY, alignment), {stepLine}, 1));
-    // A row is no "done" here, unlike in the deletion of a whole site.
+    // Here a row does not count as done, unlike in the deletion of a whole site.
     branches.push_back(rolledBack("StepRow", OnMain("step", SQLITE_ROW, alignment),
                                   {"Failed to execute SQLITE step, code:  100"}, 1));
   }
@@ -179,7 +179,7 @@ std::vector<DeletionBranch> PathBranches(const DeletionScene& scene) {
   const QString ownerLine = QStringLiteral("failed to bind path key");
   const QString keyLine = QStringLiteral("Failed to bind path report key");
 
-  // The main phase fails; where it had looked up the path's key the thresholds are deleted all the same.
+  // The main phase fails; if it had looked up the path's key, the thresholds are deleted all the same.
   const auto rolledBack = [&](const char* name, const Fault& fault, const QStringList& lines,
                               const QStringList& fromThresholds, int leaked = 0) {
     return DeletionBranch{name, {fault}, lines, false, true, {}, fromThresholds, leaked};
@@ -262,8 +262,8 @@ INSTANTIATE_FOR_ALL_VERSIONS(DeletionIndexBranchesTest);
 
 // ---- the container of the retrieval
 
-// A store whose retrievals count the containers they hand out and those that are destroyed, and can answer
-// without a container.
+// A store whose retrievals count the containers that they return and those that are destroyed, and can return
+// no container.
 template <typename Version>
 class CountingStore : public Version {
  public:
@@ -328,7 +328,7 @@ TYPED_TEST(DeletionContainerTest, IsReleasedOnEveryWayOut) {
       bool fired = true;
       for (int call = 1; fired; ++call) {
         DeletionScene scene(version);
-        // Deletes of rows are stepped without end while they fail for good; one failure ends.
+        // Deletes of rows are stepped without end if they fail for good, so the call fails once.
         SqliteCalls::Arm(Fault("", SQLITE_IOERR).At(call));
         Store::made = Store::destroyed = 0;
         if (site) {
@@ -415,8 +415,8 @@ TEST(DeletionReportKeyTest, IsReadInsideTheTransaction) {
   scene.Lines();
 }
 
-// Where none begins, the path's thresholds are looked for under the report's key all the same, and the path
-// under a key that none has.
+// If none begins, the path's thresholds are looked for under the report's key all the same, and under a path
+// key that no path has.
 TEST(DeletionReportKeyTest, IsBoundWhereNoTransactionBegins) {
   DeletionScene scene(StoreVersion::All().back());
   AskedReportsStore store(scene.Main(), scene.Thresholds());

@@ -27,7 +27,7 @@ QStringList PathRetrieval(const StoreVersion& version) {
   while (lines.size() < Retrieval(version)) lines << CloseFailure();
   return lines;
 }
-// The keys of the path's report looked for and found.
+// The look-up of the keys of the path's report.
 QStringList PathKeysFound(const StoreVersion& version) {
   if (!version.DeletesAssociatedRecords()) return {};
   return {"Finding keys for a specific path measurement", "Sqlite step rval:  100", "Sqlite step rval:  101"};
@@ -102,7 +102,7 @@ TEST_P(DeletionIndexTest, ThresholdsUnderKeyZeroGo) {
                     RowsOf("AntennaAlignmentThresholds", {50}));
 }
 
-// Every key of both phases: their order, and that the report's is bound in 64 bits without a sign.
+// Every key of both phases: their order, and that the report's is bound as an unsigned number in 64 bits.
 TEST_P(DeletionIndexTest, KeysAsTheyAreBound) {
   ExpectRetrievals(1);
   scene_.Change("UPDATE AntennaAlignment SET AntennaAlignmentKey = -2 WHERE AntennaAlignmentKey = 2");
@@ -129,7 +129,7 @@ TEST_P(DeletionIndexTest, KeysAsTheyAreBound) {
   expected << "1, 1 PathAlignment"
            << "2, 1 PathAlignment";
   if (GetParam().DeletesAssociatedRecords()) {
-    // The target orientation before the measured, the far end before the instrument.
+    // The target orientation before the measured one, the far end before the instrument.
     expected << "1, 7 Orientation"
              << "1, 8 Orientation"
              << "1, 4 Geolocation"
@@ -217,7 +217,7 @@ TEST_P(DeletionIndexTest, ASharedOrientationKeepsTheReport) {
       RowsOf("PathAlignmentThresholds", {1}));
 }
 
-// An alignment that is gone when its keys are looked for: they are 0, and nothing is deleted.
+// An alignment that is gone when its keys are looked up: they are 0, and nothing is deleted.
 TEST_P(DeletionIndexTest, AnAlignmentWithoutARowHasKeysZero) {
   ExpectRetrievals(1);
   SqliteCalls::Arm(OnMain("step", SQLITE_DONE, "FROM AntennaAlignment WHERE AntennaAlignmentKey=?"));

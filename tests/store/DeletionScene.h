@@ -41,13 +41,13 @@ class DeletionScene {
               QStringList({"1|7|8|4|5|4", "1|9|10|6|7|5", "2|11|12|8|9|6"}));
   }
 
-  // Takes what is in the files now as what a deletion is compared with.
+  // Remembers what is in the files now; a deletion is compared with it.
   void Remember() {
     main_ = DumpDatabase(Main());
     thresholds_ = version_.HasThresholdsFile() ? DumpDatabase(files_.Thresholds()) : QString();
   }
 
-  // Changes rows past the store, foreign keys not enforced, and remembers the outcome.
+  // Changes rows bypassing the store, foreign keys not enforced, and remembers the outcome.
   void Change(const char* sql) {
     RunSql(Main(), QString::fromUtf8(sql));
     Remember();
@@ -70,7 +70,7 @@ class DeletionScene {
   QString Thresholds() const { return files_.Thresholds(); }
   QStringList Lines() { return files_.Lines(); }
 
-  // What is logged of the lists of keys; nothing where associated records are left alone.
+  // What is logged of the lists of keys; nothing if associated records are left alone.
   QStringList KeyLines(const QString& orientation, const QString& geolocation, const QString& height) const {
     if (!version_.DeletesAssociatedRecords()) return {};
     return {"OrientationKeys: ", orientation, "GeolocationKeys: ", geolocation, "HeightKeys: ", height};
@@ -173,7 +173,7 @@ inline QString CloseFailure() {
   return line;
 }
 
-// One way of a deletion to fail, and all that can be seen of it.
+// One way in which a deletion fails, and all that can be seen of it.
 struct DeletionBranch {
   const char* name;
   std::vector<Fault> faults;

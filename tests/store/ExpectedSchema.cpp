@@ -61,7 +61,7 @@ QString PreferencesStatement(unsigned int version) {
          QLatin1Char(')');
 }
 
-// Replaces what has to be there exactly once.
+// Replaces what must occur exactly once.
 void Replace(QString* text, const char* before, const char* after) {
   EXPECT_EQ(text->count(QLatin1String(before)), 1) << before;
   text->replace(QLatin1String(before), QLatin1String(after));

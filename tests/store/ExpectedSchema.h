@@ -15,7 +15,7 @@ std::vector<CreatedTable> MainTables();
 std::vector<CreatedTable> ThresholdTables();
 
 // Tables of an earlier version's main file. Where the store adds a column afterwards, the statement is the
-// one with which the engine remembers the altered table.
+// one by which the engine remembers the altered table.
 std::vector<CreatedTable> MainTables(unsigned int version);
 
 // How the schema of a file keeps a statement.

@@ -54,7 +54,7 @@ INSTANTIATE_FOR_ALL_VERSIONS(OpenTest);
 
 class CreateTest : public StoreVersionTest {
  protected:
-  // Creates with the call that `fault` meets failing; answers whether a store came of it.
+  // Creates while the call that `fault` meets fails; returns whether there was a store.
   QStringList CreateWith(const Fault& fault) {
     QFile::remove(Main());
     QFile::remove(Thresholds());
@@ -66,7 +66,8 @@ class CreateTest : public StoreVersionTest {
     return Lines();
   }
 
-  // After the main file's tables failed: it is gone, and the thresholds file is there all the same.
+  // After a failure in the main file's tables: the file is gone, and the thresholds file is there all the
+  // same.
   void ExpectThresholdsAlone() {
     EXPECT_FALSE(QFile::exists(Main()));
     EXPECT_EQ(QFile::exists(Thresholds()), Version().HasThresholdsFile());
@@ -136,7 +137,7 @@ TEST_P(CreateTest, AnswersWhetherTheTablesWereCreated) {
 }
 
 // Files of every version with rows in them: all that changes is the number in the version record. A file of
-// an earlier version gets no columns by it.
+// an earlier version gains no columns.
 TEST_P(CreateTest, LeavesExistingTablesAndRowsOfAnyVersion) {
   for (const StoreVersion& made : StoreVersion::All()) {
     SCOPED_TRACE(made.number);
@@ -166,7 +167,7 @@ TEST_P(CreateTest, LeavesExistingTablesAndRowsOfAnyVersion) {
   }
 }
 
-// As "IF NOT EXISTS" does, which goes by views and by any case.
+// As with "IF NOT EXISTS", views count, and so does a name in any case.
 TEST_P(CreateTest, LeavesViewsAndOtherCasesInTheirPlace) {
   RunSql(Main(), "CREATE VIEW AntennaAlignment AS SELECT 1; CREATE TABLE pathalignment (Other)");
   const StorePointer store = Create();
@@ -176,7 +177,7 @@ TEST_P(CreateTest, LeavesViewsAndOtherCasesInTheirPlace) {
 }
 
 // Versions 3 to 6 add a column after they created a table. Whether it is there already is looked up first; a
-// failure of that is one of its creation.
+// failure of that counts as one of its creation.
 TEST_P(CreateTest, FailsWithTheLookupOfATableThatGetsAColumn) {
   const bool ofSites = Version().number == 3;
   const bool ofPaths = Version().number >= 3 && Version().number <= 6;
@@ -210,7 +211,7 @@ TEST_P(CreateTest, LeavesEverythingOpenForLaterUse) {
 
 INSTANTIATE_FOR_ALL_VERSIONS(CreateTest);
 
-// The current store alone has a second file.
+// Only the current store has a second file.
 class CreateCurrentTest : public CreateTest {};
 
 TEST_P(CreateCurrentTest, StopsAtTheThresholdsTableThatFails) {

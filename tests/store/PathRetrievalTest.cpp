@@ -164,7 +164,7 @@ const char rowsNotPrepared[] = "SQL prepare  Fetch Report Data for Path  failed 
 const char thresholdsNotPrepared[] =
     "SQL prepare  Fetch Threshold Report Data for Path  failed with  5 : database is locked";
 
-// Without a thresholds phase there is no vector yet, so that every failure gives null.
+// Without a thresholds phase there is no vector yet, so every failure gives null.
 class EarlierPathFailuresTest : public PathRetrievalTest {};
 
 TEST_P(EarlierPathFailuresTest, GiveNull) {
@@ -258,8 +258,8 @@ TEST_P(CurrentPathFailuresTest, ThresholdsAreFoundByTheAlignmentsKey) {
   }
 }
 
-// Which key the thresholds are asked for: the path's, 0 for one that is unknown or was not looked up, -1
-// where looking failed.
+// The key under which thresholds are looked for: the path's, 0 for one that is unknown or was not looked up,
+// -1 if the look-up failed.
 TEST_P(CurrentPathFailuresTest, ThresholdsAreAskedForByThePathsKey) {
   SaveSample(store_, SamplePathAlignment(1));
   SaveSample(store_, SamplePathAlignment(2));

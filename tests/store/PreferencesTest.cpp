@@ -25,7 +25,7 @@ class PreferencesTest : public CreatedStoreTest {
   QStringList PathLengthRow() const {
     return Rows(Thresholds(), QStringLiteral("SELECT rowid, * FROM PreferencesPathLength"));
   }
-  // Every setting's observer in the order of columns, as far as they are restored.
+  // The observers of all settings in column order, as far as they are restored.
   QVector<ObservableModel*> Restored(IPreferencesModel* model) const {
     QVector<ObservableModel*> settings;
     for (const PreferenceSample& sample : Samples()) {
@@ -68,7 +68,7 @@ TEST_P(PreferencesTest, StatementsNameTheColumnsOfTheVersionInOrder) {
     EXPECT_EQ(QString(table.first[index].name), columns[index]);
     EXPECT_EQ(table.first[index].firstVersion, Samples()[static_cast<std::size_t>(index)].firstVersion);
   }
-  // All that the file's table has, in its order, but the language.
+  // All that the file's table has, in its order, except the language.
   QStringList inTable = Rows(Main(), QStringLiteral("SELECT name FROM pragma_table_info('Preferences')"));
   inTable.replaceInStrings("'", "").removeAll("Language");
   EXPECT_EQ(inTable, columns);
@@ -97,7 +97,7 @@ TEST_P(PreferencesTest, EachFlagHasItsOwnColumn) {
     }
     EXPECT_EQ(set, QStringList(flag.column));
 
-    // And comes back to its own setting alone: what a second model then writes is the same row.
+    // And comes back only to its own setting: what a second model then writes is the same row.
     const QStringList row = MainRow();
     SamplePreferences restored;
     EXPECT_TRUE(store_->RestorePreferences(&restored));
@@ -108,7 +108,7 @@ TEST_P(PreferencesTest, EachFlagHasItsOwnColumn) {
   }
 }
 
-// Everything comes back but the azimuth offset, which is saved and never restored.
+// Everything comes back except the azimuth offset, which is saved and never restored.
 TEST_P(PreferencesTest, RoundTripColumnByColumn) {
   AssignSamples(&model_);
   EXPECT_TRUE(store_->SavePreferences(&model_));
@@ -323,7 +323,7 @@ TEST_P(PreferencesTest, FailuresOfSaving) {
   }
 }
 
-// Neither file is changed inside a transaction: each row is its own.
+// Nothing is changed inside a transaction, in neither file: each row is its own.
 TEST_P(PreferencesTest, SavingUsesNoTransaction) {
   SqliteCalls::Reset();
   SqliteCalls::Record();

@@ -167,7 +167,7 @@ TEST_P(RowWritersTest, AnInsertThatFailsLeavesTheKey) {
   EXPECT_FALSE(Call(&Operations::SaveOrientation, db_.get(), &site_.measured, &key_));
   EXPECT_FALSE(Call(&Operations::SaveGeolocation, db_.get(), &site_.location, &key_));
   EXPECT_FALSE(Call(&Operations::SaveHeight, db_.get(), &site_.height, &key_));
-  // Nothing that it refers to is there.
+  // Nothing that it refers to exists.
   EXPECT_FALSE(Call(&Operations::SaveAntennaAlignment, db_.get(), 1, text_, text_, 0.0F, 1, 2, 3, 4,
                     site_.time, &key_, true, text_, 0));
   EXPECT_FALSE(Call(&Operations::SavePathAlignment, db_.get(), 1, 0.0F, 1, 2, 3, 4, 5, site_.time, &key_,

@@ -1,4 +1,4 @@
-// Every call of a save failing in turn: what is logged, which rows stay in both files, what is answered.
+// Every call of a save failing in turn: what is logged, which rows stay in both files, what is returned.
 #include <sqlite3.h>
 
 #include <QRegularExpression>
@@ -37,8 +37,8 @@ struct Writer {
   bool logsStep = false;
 };
 
-// A kind of save: the look-up and insert of the owner, the writers in their order, the last but one being
-// that of the alignment and the last that of its thresholds.
+// A kind of save: the look-up and insert of the owner, and the writers in order, the last but one being that
+// of the alignment and the last that of its thresholds.
 struct SaveKind {
   char letter;
   const char* lookUp;
@@ -190,13 +190,13 @@ class Failures {
     Add("look-up step", On("step", kind.lookUp), {}, Outcome::Saved, everything.remove('t'), "1|1");
     Add("insert prepare", On("prepare", kind.insert),
         {Locked(QStringLiteral("SQL prepare  ") + kind.insertLabel)}, Outcome::WithoutKey, "", "-1|0");
-    // The key is what the connection inserted last, and that is nothing yet.
+    // The key is that of the connection's last insert, and there has been none yet.
     Add("insert bind", On("bind", kind.insert), {bind}, Outcome::WithoutKey, "", "-1|0");
     Add("insert step", On("step", kind.insert), {}, Outcome::WithoutKey, "", "-1|0");
   }
 
   void AddWriter(const Writer& writer) {
-    // Where a writer fails: the alignment's undoes the main file, the one after it leaves all of it.
+    // If a writer fails: the alignment's undoes the main file, the one after it leaves all of it.
     const bool early = writer.letter != 'A' && writer.letter != 't';
     const Outcome outcome = early ? Outcome::WithoutKey : Outcome::Refused;
     const QString kept = writer.letter == 'A' ? QString() : kept_;
@@ -213,8 +213,8 @@ class Failures {
       ++count;
       const int at = (writer.occurrence - 1) * static_cast<int>(writer.binds.size()) + count;
       const QString bindName = name + " bind " + QString::number(count);
-      // A bind that is passed over leaves its column NULL, which none of them takes: the step fails then,
-      // silently. So the one line stands in both cases.
+      // A bind that is passed over leaves its column NULL, which none of them accepts: the step then fails
+      // silently. So the one line is there in both cases.
       Add(bindName, On("bind", writer.statement).At(at), {LockedBind(bind.text)}, outcome, kept, keys);
       if (bind.passedOver)
         passedOver_.push_back({bindName, On("bind", writer.statement).At(at).Performed(), bind.text});
@@ -223,7 +223,7 @@ class Failures {
 
   void AddEnds() {
     const QString end = Locked("SQL  End Transaction");
-    // Nobody looks at the end's result, and closing rolls back.
+    // The result of the end is ignored, and closing rolls back.
     Add("end", OnMain("exec", "END"), {end}, Outcome::Saved, "", "1|1");
     for (const PassedOver& bind : passedOver_) {
       Add(bind.name + " performed", bind.fault, {LockedBind(bind.text)}, Outcome::Saved, kept_, "1|1");
@@ -253,7 +253,7 @@ unsigned int KeyOf(const IPathAlignmentReportData& record) { return record.PathA
 
 class SaveFailuresTest : public CreatedStoreTest {
  protected:
-  // Saves `sample` in fresh files with one failure, and looks at all that it has to leave.
+  // Saves `sample` in fresh files with one failure, and checks all that it has to leave.
   template <typename Sample>
   void Check(const SaveFailure& failure, Sample sample, const QMap<char, QString>& rows,
              const QString& thresholdsRow) {
@@ -365,7 +365,7 @@ TEST_P(SaveFailuresTest, ACloseThatFailsIsLogged) {
   SqliteLeakGuard::ExpectLeaked(1, 0);
 }
 
-// The look-up's failed step is taken for an unknown site, which then is there already.
+// The failed step of the look-up is taken for an unknown site, but the site is there already.
 TEST_P(SaveFailuresTest, AnExistingSiteThatIsNotFoundIsNotInsertedTwice) {
   SaveSample(store_, SampleSiteAlignment(2));
   SqliteCalls::Arm(On("step", "FROM Sites WHERE"));
@@ -391,7 +391,7 @@ INSTANTIATE_FOR_ALL_VERSIONS(SaveFailuresTest);
 
 class ThresholdFailuresTest : public CreatedStoreTest {
  protected:
-  // The transaction that is begun, and how it ends, as `sample` is saved and its thresholds are not.
+  // The transaction that is begun, and how it ends, if `sample` is saved and its thresholds are not.
   template <typename Sample>
   QStringList TransactionsOf(Sample sample, const char* insert) {
     SqliteCalls::Reset();
@@ -403,7 +403,7 @@ class ThresholdFailuresTest : public CreatedStoreTest {
   }
 };
 
-// A rollback is not left to the closing of the connection.
+// The rollback is not left to the closing of the connection.
 TEST_P(ThresholdFailuresTest, FailedThresholdsAreRolledBack) {
   for (const QStringList& transactions :
        {TransactionsOf(SampleSiteAlignment(2), "INTO AntennaAlignmentThresholds ("),

@@ -1,4 +1,4 @@
-// What saves make of the objects that they are given: nulls, the order of questions, unusual texts, numbers
+// What saves make of the objects that they are given: nulls, the order of accesses, unusual texts, numbers
 // and times.
 #include <limits>
 

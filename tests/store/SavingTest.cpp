@@ -1,4 +1,4 @@
-// What a save writes, and the record that it answers.
+// What a save writes, and the record that it returns.
 #include <QRegularExpression>
 
 #include "tests/store/SavedRows.h"

@@ -1,4 +1,4 @@
-// What the files look like that the stores create.
+// What the files that the stores create look like.
 #include "tests/store/ExpectedSchema.h"
 #include "tests/store/StoreVersions.h"
 #include "tests/support/SqliteCalls.h"
@@ -119,7 +119,7 @@ TEST_P(SchemaTest, AlignmentColumnsThatAreNotNamedTakeTheirDefaults) {
 
 INSTANTIATE_FOR_ALL_VERSIONS(SchemaTest);
 
-// The engine takes out blanks and the final semicolon, so what is executed says more than what it keeps.
+// The engine removes blanks and the final semicolon, so what is executed says more than what it keeps.
 TEST(CurrentSchema, IsCreatedWithTheseStatementsInThisOrder) {
   StoreFiles files;
   QStringList statements;

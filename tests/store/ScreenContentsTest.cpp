@@ -161,7 +161,7 @@ TEST_P(ScreenContentsTest, StatementsAndBindsInOrderWithoutATransaction) {
                          "bind_double 6", "bind_text 1", "bind_double 2", "bind_double 3", "bind_double 4"}));
 }
 
-// Angles are floats in the model: what another tool has written is rounded, positions are not.
+// Angles are floats in the model: what another tool has written is rounded. Positions are not.
 TEST_P(ScreenContentsTest, AnglesPassThroughFloat) {
   InsertOldRows();
   RunSql(Main(), QStringLiteral("UPDATE SiteScreenContents SET TargetTilt = 0.1, TargetRoll = 1.000000001, "
@@ -224,7 +224,7 @@ class AskedModel : public AlignerModel {
   }
 };
 
-// Model and record once for each column, after one look whether there is a record.
+// Model and record are asked once for each column, after one look whether there is a record.
 TEST_P(ScreenContentsTest, TheModelIsAskedAnewForEachColumn) {
   AskedOrientation target;
   AskedGeolocation farEnd;
@@ -297,7 +297,7 @@ std::vector<ScreenBranch> StoreBranches() {
   };
 }
 
-// After each the connection is closed, which the guard over all tests looks after.
+// After each the connection is closed; the leak guard over all tests checks that.
 TEST_P(ScreenContentsTest, FailuresOfStoring) {
   for (const ScreenBranch& branch : StoreBranches()) {
     SCOPED_TRACE(branch.name);

@@ -56,14 +56,14 @@ TEST_P(SiteRetrievalTest, LocationsAreOfThisMoment) {
   EXPECT_EQ(static_cast<int>(location.Datum()), 0);
 }
 
-// Each record's, not of the first one's.
+// That of each record, not that of the first one.
 TEST_P(SiteRetrievalTest, TheMomentIsThatOfEachRecord) {
   SaveSample(store_, SampleSiteAlignment(1, "Site", "a"));
   SaveSample(store_, SampleSiteAlignment(2, "Site", "b"));
   qint64 first = 0;
   qint64 second = 0;
   SqliteCalls::Reset();
-  // The second row comes when the clock has moved on.
+  // The second row comes after the clock has moved on.
   SqliteCalls::Arm(Fault::Before("step",
                                  [&] {
                                    first = QDateTime::currentMSecsSinceEpoch();

@@ -123,7 +123,7 @@ struct Operations : AlignmentDatabaseStore {
   using AlignmentDatabaseStore::SaveCurrentSiteInformation;
 };
 
-// Saves a sample alignment, which has to come off, and lets go of its record.
+// Saves a sample alignment, which has to succeed, and lets go of its record.
 template <typename Sample>
 void SaveSample(const StorePointer& store, Sample sample) {
   const auto* record = sample.Save(store.get());
@@ -131,8 +131,8 @@ void SaveSample(const StorePointer& store, Sample sample) {
   delete record;
 }
 
-// A folder of the test's own with the paths of two files in it that are not there yet, and the log. Lines
-// that a test does not take with Lines() fail it, and so do lines that are not plain debug lines.
+// A folder of the test's own with the paths of two files in it that do not exist yet, and the log. Lines that
+// a test does not take with Lines() make it fail, and so do lines that are not plain debug lines.
 class StoreFiles {
  public:
   ~StoreFiles() {
@@ -151,7 +151,7 @@ class StoreFiles {
   LogCapture log_;
 };
 
-// Tests over every schema version, on files that are not there yet.
+// Tests over every schema version, on files that do not exist yet.
 class StoreVersionTest : public testing::TestWithParam<StoreVersion> {
  protected:
   static const StoreVersion& Version() { return GetParam(); }

@@ -29,7 +29,7 @@ class Fault {
   Fault& Times(int number);                            // how many calls in a row; 1 unless said otherwise
   Fault& Always();                                     // that call and all that follow
   Fault& Results(const std::vector<int>& results);     // one result per call, then forwarded again
-  Fault& Texts(const std::vector<QByteArray>& texts);  // one answer per column_text, then forwarded again
+  Fault& Texts(const std::vector<QByteArray>& texts);  // one text per column_text, then forwarded again
   Fault& OnText(const QByteArray& text);               // only calls whose SQL text contains this
   Fault& OnFile(const QByteArray& text);               // only calls whose file's path contains this
   Fault& Performed();                                  // forwarded first, then reported as failed
@@ -37,7 +37,7 @@ class Fault {
 
   bool IsPerformed() const { return performed_; }
   bool HasOutput() const { return hasOutput_; }
-  // The text that the call met last is to answer; null without Texts().
+  // The text that the call met last has to return; null without Texts().
   const char* Text() const;
 
   static constexpr int KilledStatus = 42;
@@ -70,7 +70,7 @@ class FaultPlan {
   int Fired() const { return fired_; }
   // Number of calls counted, `calls` read as by Fault.
   int Count(const QByteArray& calls) const;
-  // Counts the call. Answers the fault that it is to meet and the code to report, or null.
+  // Counts the call. Returns the fault that it meets and the code to report, or null.
   const Fault* Meet(const InterposedCall& call, int* code);
 
  private:

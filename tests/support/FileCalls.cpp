@@ -23,7 +23,7 @@ struct State {
   QStringList trace;
 };
 
-// Null while calls are plainly forwarded: they come before main begins and after it ends.
+// Null while calls are plainly forwarded: some come before main begins and after it ends.
 State* active = nullptr;
 
 State& Activated() {

@@ -15,8 +15,8 @@
 //   open (of what is there), close, stat (fstat), read (also pread) — only where named, since they change
 //   nothing.
 // A fault's file is looked for in the path that the call names or that its descriptor stands for (for a
-// rename: in "old -> new"). Standard input, output and error are never touched. Not seen: what libc calls
-// inside itself, such as the writing of FILE streams.
+// rename: in "old -> new"). Standard input, output and error are never touched. Not seen: calls inside libc
+// itself, such as the writing of FILE streams.
 class FileCalls {
  public:
   FileCalls() = delete;
@@ -28,6 +28,6 @@ class FileCalls {
   static void Reset();
   static bool Fired();
   static int Count(const QByteArray& calls);
-  // One line a call: name, blank, path.
+  // One line per call: name, blank, path.
   static QStringList TakeTrace();
 };

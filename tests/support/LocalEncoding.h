@@ -5,10 +5,10 @@
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
 #include <QTextCodec>
 
-// The local encoding while an object of it lives.
+// Sets the local encoding for as long as an object of it lives.
 class LocalEncoding {
  public:
-  // Whether it can be another than UTF-8.
+  // Whether it can be anything other than UTF-8.
   static constexpr bool Varies = true;
 
   explicit LocalEncoding(const char* name) { QTextCodec::setCodecForLocale(QTextCodec::codecForName(name)); }

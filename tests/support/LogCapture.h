@@ -6,8 +6,8 @@
 
 #include "tests/support/PrintQt.h"
 
-// Collects the debug lines that are written while it lives; the handler before it is put back after.
-// One at a time may be the innermost; not for use from several threads.
+// Collects the debug lines that are written while it lives; the previous handler is put back afterwards.
+// Several may be nested; not for use from several threads.
 class LogCapture {
  public:
   LogCapture();
@@ -19,8 +19,8 @@ class LogCapture {
   QStringList Lines() const { return lines_; }
   // The same, and forgets them.
   QStringList TakeLines();
-  // Lines that were not debug lines of category "default" without file, line and function: each with what
-  // it carried instead. Empty when all were as they should be.
+  // Lines that were not debug lines of category "default" without file, line and function: each with what it
+  // carried instead. Empty if all were as they should be.
   QStringList Misfits() const { return misfits_; }
 
  private:

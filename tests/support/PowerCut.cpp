@@ -199,7 +199,7 @@ void PowerCut::Before(const char* name, const char* from, const char* to) {
   if (!active) return;
   const QByteArray call(name);
   if (call == "link") active->names.push_back({FolderOf(to), {}, to, {}, false});
-  // One that will be refused, as one to another file system is, leaves nothing to take back.
+  // A rename that will be refused, as one to another file system is, leaves nothing to take back.
   struct stat info = {};
   if (call != "rename" || lstat(from, &info) != 0 || info.st_dev != FolderOf(to).first) return;
   active->names.push_back({FolderOf(to), from, to, IsFile(to) ? Hold(to) : Held(), false});

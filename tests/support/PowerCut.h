@@ -3,9 +3,9 @@
 #include <QByteArray>
 #include <functional>
 
-// A power cut, played in a child process. What the process changes in files goes through FileCalls; from
-// Begin() on the contents that each file had when it was synced last are kept, and the names that were made,
-// removed or replaced since their folder was synced last. When the power goes, some of that is taken back.
+// A power cut, simulated in a child process. What the process changes in files goes through FileCalls; from
+// Begin() on the contents that each file had when it was last synced are kept, and the names that were made,
+// removed or replaced since their folder was last synced. When the power fails, some of that is taken back.
 // What was synced always stays.
 class PowerCut {
  public:
@@ -25,10 +25,10 @@ class PowerCut {
 
   PowerCut() = delete;
 
-  // Runs `work` in a child process until the power goes: before its file call `number`, counted as a Fault
-  // does that names none, or, for 0, when `work` has answered true. Answers the child's exit status:
-  // Fault::KilledStatus if the power went. Syncs of paths that contain `ignoredSyncs`, if that is not empty,
-  // do nothing.
+  // Runs `work` in a child process until the power fails: before its file call `number`, counted as by a
+  // Fault that names none, or, for 0, when `work` has returned true. Returns the child's exit status:
+  // Fault::KilledStatus if the power failed. Syncs of paths that contain `ignoredSyncs`, if that is not
+  // empty, do nothing.
   static int RunUntil(int number, const Loss& loss, const std::function<bool()>& work,
                       const QByteArray& ignoredSyncs = {});
 

@@ -1,4 +1,4 @@
-// The power cut itself: what is synced stays, what is not goes as it was asked for.
+// The power cut itself: what is synced stays, what is not goes as was asked for.
 #include "tests/support/PowerCut.h"
 
 #include <fcntl.h>

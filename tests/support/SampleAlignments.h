@@ -33,7 +33,7 @@ struct SampleMeasurement {
 };
 
 // A site alignment as the application hands it to a store: site "Site N", sector "Sector N", position
-// "Position N". Samples of the same site or sector are made by giving the texts.
+// "Position N". To make samples of the same site or sector, give these texts.
 struct SampleSiteAlignment : SampleMeasurement {
   explicit SampleSiteAlignment(int number)
       : SampleSiteAlignment(number, QStringLiteral("Site %1").arg(number),

@@ -53,7 +53,7 @@ void Trace(const char* name, const QStringList& arguments, Result result, const 
 }
 
 // A call that takes part in sweeps: forwarded, or failed as the plan has it. `fail` does what the engine
-// would do besides answering the code.
+// would do besides returning the code.
 template <typename Forward, typename Fail>
 int Swept(const char* name, sqlite3* db, const QByteArray& path, const char* sql, Forward forward,
           Fail fail) {

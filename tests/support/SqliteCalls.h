@@ -10,13 +10,13 @@
 // engine, is counted, recorded on demand, and can be made to fail.
 //
 // Calls are named without "sqlite3_": open_v2, exec, prepare_v2, bind_int, bind_int64, bind_double,
-// bind_text, step, close take part in sweeps (a Fault that names no call). column_text answers null, or
-// the text that it is given, where it meets a fault. The others (free, reset, clear_bindings, finalize,
-// column_int, column_double, last_insert_rowid, errmsg) are only counted and recorded. What the engine calls
-// inside itself is not seen.
+// bind_text, step, close take part in sweeps (a Fault that names no call). column_text returns null, or the
+// text that it is given, if it meets a fault. The others (free, reset, clear_bindings, finalize, column_int,
+// column_double, last_insert_rowid, errmsg) are only counted and recorded. What the engine calls inside
+// itself is not seen.
 //
 // A fault's text is looked for in the SQL text, its file in the path that the connection was opened with.
-// After a call that was made to fail, sqlite3_errmsg answers sqlite3_errstr(code) until the next call of the
+// After a call that was made to fail, sqlite3_errmsg returns sqlite3_errstr(code) until the next call of the
 // same connection that takes part in sweeps.
 //  - open_v2: a connection in memory stands in for the file, so that errmsg and close work; WithoutOutput
 //    leaves the handle null, Performed opens the file itself.
@@ -36,7 +36,7 @@ class SqliteCalls {
   // Calls since the last Reset; empty: those that take part in sweeps.
   static int Count(const QByteArray& calls);
 
-  // Records from now on, one line a call: name, arguments, " = ", result, and for a call on a statement its
+  // Records from now on, one line per call: name, arguments, " = ", result, and for a call on a statement its
   // SQL text in brackets. "bind_int 1, 7 = 0 [INSERT INTO Sites VALUES (?)]", "open_v2 main.sqlite, 6 = 0".
   static void Record();
   static QStringList TakeTrace();

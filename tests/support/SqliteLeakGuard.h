@@ -1,8 +1,8 @@
 #pragma once
 
-// Looks after every test of the program (installed by its main function): at the end of each test the
-// connections and statements left open are compared with what the test has announced, anything else fails
-// the test. Then they are closed, and all interposers are put back to plain forwarding.
+// Watches every test of the program (installed by its main function): at the end of each test the connections
+// and statements left open are compared with what the test has announced; anything else makes the test fail.
+// Then they are closed, and all interposers are put back to plain forwarding.
 class SqliteLeakGuard {
  public:
   SqliteLeakGuard() = delete;

@@ -1,4 +1,4 @@
-// What the other tests lean on is itself held to account: counting, failing, killing, dumping.
+// The tools that the other tests rely on are tested themselves: counting, failing, killing, dumping.
 #include <fcntl.h>
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
@@ -393,8 +393,8 @@ int InsertRow(const QString& path) {
   return result;
 }
 
-// Inserts a row in a child that `arm` has killed at its nth call, for each n until it comes through; how many
-// were killed.
+// Inserts a row in a child that `arm` has killed at its nth call, for each n until the insert succeeds;
+// returns how many were killed.
 template <typename Arm>
 int KillEachInsert(const QString& path, Arm arm) {
   int killed = 0;
@@ -573,7 +573,7 @@ TEST(TemporaryFolder, IsGoneAfterwards) {
   EXPECT_FALSE(QFile::exists(path));
 }
 
-// Takes samples as a store does and answers the numbers that it was handed.
+// Takes samples as a store does and returns the numbers that it was handed.
 struct TakingStore {
   static std::vector<double> Numbers(IGeolocation* location, IOrientation* measured, IHeight* height,
                                      const QDateTime& time, IMeasurementOptions* options) {

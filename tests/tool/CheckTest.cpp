@@ -1,4 +1,4 @@
-// Looking files over.
+// Checking files.
 #include <QJsonDocument>
 
 #include "tests/support/DatabaseDump.h"
@@ -42,7 +42,7 @@ TEST_F(CheckTest, RightFilesAreLeftAlone) {
   EXPECT_EQ(ReadFile("t"), thresholds);
 }
 
-// Statements that make a file wrong, and the lines that then take the place of those that say ok.
+// Statements that make a file wrong, and the lines that then replace those that say ok.
 struct Damage {
   const char* name;
   const char* file;

@@ -86,7 +86,7 @@ TEST_F(DeleteTest, WhatIsNotThere) {
   EXPECT_EQ(Counts(), (QStringList{"3", "3", "2", "2"}));
 }
 
-// The library answers true to this.
+// The library returns true for this.
 TEST_F(DeleteTest, ADeletionThatFailedIsSaid) {
   RunSql(Path("m"),
          "CREATE TRIGGER keep BEFORE DELETE ON PathAlignment BEGIN SELECT RAISE(FAIL, 'kept'); END");

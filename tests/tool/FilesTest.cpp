@@ -1,4 +1,4 @@
-// Making the two files, telling right from wrong ones, listing, preferences.
+// Making the two files, telling right ones from wrong ones, listing, preferences.
 #include "model/PreferencesModel.h"
 #include "store/AllStores.h"
 #include "tests/support/DatabaseDump.h"
@@ -150,7 +150,7 @@ TEST_F(FilesTest, Preferences) {
   const std::unique_ptr<CurrentStore> store(CurrentStore::Open(Path("m"), Path("t")));
   ASSERT_TRUE(store->SavePreferences(&model));
   const QStringList lines = RunWell({"preferences", "m", "t"}).split('\n');
-  // 35 stored columns but the language, which no model has, and two of the path length.
+  // 35 stored columns except the language, which no model has, and two of the path length.
   EXPECT_EQ(lines.size(), 35 - 1 + 2 + 1);
   for (const char* line :
        {"DistanceUnits               Feet (1)", "TimeZone                    UTC+9 (21)",

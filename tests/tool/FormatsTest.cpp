@@ -8,7 +8,7 @@ namespace {
 
 QJsonArray Parsed(const QString& json) { return QJsonDocument::fromJson(json.toUtf8()).array(); }
 
-// Two antennas of A, of which one was put right; one of B, which fails; a path.
+// Two antennas of A, of which one was corrected; one of B, which fails; a path.
 class FormatsTest : public ToolTest {
  protected:
   void SetUp() override {

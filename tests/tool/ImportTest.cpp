@@ -157,7 +157,7 @@ TEST_F(ImportTest, LimitsOfTheRangesAreWithin) {
 TEST_F(ImportTest, ExportIntoNewFilesGivesEqualReports) {
   CreateFiles();
   RunWell({"import", "m", "t", TARNBEAM_EXAMPLE});
-  // A float has its own shortest form; these need the most digits that there are.
+  // A float has its own shortest form; these need the most digits possible.
   WriteJson("digits.json",
             {With(With(SiteEntry("digits"), "measured.tilt", 0.1), "measured.azimuth", 299.999969482421875),
              With(With(PathEntry("digits"), "location.latitude", 0.1 + 0.2), "location.longitude",
@@ -178,6 +178,50 @@ TEST_F(ImportTest, ExportIntoNewFilesGivesEqualReports) {
                    "LongitudeDegreesEast = -179.99999999999997"),
               QStringList{"1"});
   }
+}
+
+TEST_F(ImportTest, SkipExistingLeavesOutWhatIsThere) {
+  CreateFilesWith({SiteEntry("S"), PathEntry("P")});
+  const QJsonArray entries{
+      // Note and thresholds do not make another measurement, nor does the offset of the time.
+      With(With(SiteEntry("S"), "options.note", "other"), "options.thresholds.azimuth", 9),
+      With(PathEntry("P"), "time", "2024-05-14T07:12:33Z"), With(SiteEntry("S"), "measured.tilt", -2.625),
+      // Twice in the file is once.
+      PathEntry("Q"), PathEntry("Q"), SiteEntry("T")};
+  WriteJson("in.json", entries);
+  EXPECT_EQ(RunWell({"import", "--skip-existing", "m", "t", "in.json"}),
+            "3 alignments saved, 2 of sites and 1 of paths\n3 alignments left out, already there\n");
+  EXPECT_EQ(Rows(Path("m"), "SELECT SiteIdentifier, Note FROM AntennaAlignment JOIN Sites USING (SiteKey)"),
+            (QStringList{R"('S'|'Grüße, "Ole"\nline 2')", R"('S'|'Grüße, "Ole"\nline 2')",
+                         R"('T'|'Grüße, "Ole"\nline 2')"}));
+  EXPECT_EQ(Rows(Path("m"), "SELECT PathIdentifier FROM PathAlignment JOIN Paths USING (PathKey)"),
+            (QStringList{"'P'", "'Q'"}));
+  const QByteArray mainFile = ReadFile("m");
+  const QByteArray thresholds = ReadFile("t");
+  EXPECT_EQ(RunWell({"import", "--skip-existing", "m", "t", "in.json"}),
+            "0 alignments saved, 0 of sites and 0 of paths\n6 alignments left out, already there\n");
+  EXPECT_EQ(ReadFile("m"), mainFile);
+  EXPECT_EQ(ReadFile("t"), thresholds);
+  WriteJson("in.json", {SiteEntry("T")});
+  EXPECT_EQ(RunWell({"import", "--skip-existing", "m", "t", "in.json"}),
+            "0 alignments saved, 0 of sites and 0 of paths\n1 alignment left out, already there\n");
+}
+
+TEST_F(ImportTest, WithoutSkipExistingEverythingIsSaved) {
+  CreateFilesWith({SiteEntry("S")});
+  EXPECT_EQ(RunWell({"import", "m", "t", "in.json"}), "1 alignment saved, 1 of sites and 0 of paths\n");
+  EXPECT_EQ(Rows(Path("m"), "SELECT count(*) FROM AntennaAlignment"), QStringList{"2"});
+}
+
+// An entry is counted as it stands in the file, whatever was left out before it.
+TEST_F(ImportTest, SkipExistingNamesTheEntryThatFails) {
+  CreateFilesWith({SiteEntry("S")});
+  WriteJson("in.json", {SiteEntry("S"), PathEntry("P")});
+  RunSql(Path("m"), "CREATE TRIGGER full BEFORE INSERT ON Paths BEGIN SELECT RAISE(FAIL, 'full'); END");
+  const Outcome outcome = Run({"import", "--skip-existing", "m", "t", "in.json"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err.section('\n', 0, 0),
+            "tarnbeam-db: in.json: entry 2: could not be saved, so nothing was");
 }
 
 TEST_F(ImportTest, AnInfiniteNumberIsNotExported) {
@@ -233,7 +277,7 @@ TEST_F(ImportTest, AFileInUseKeepsBothAsTheyAre) {
   }
 }
 
-// Nothing is told from debug lines.
+// Nothing is concluded from debug lines.
 TEST_F(ImportTest, LoggingRulesChangeNothing) {
   CreateFiles();
   WriteJson("in.json", {SiteEntry("S")});

@@ -1,5 +1,5 @@
-// A run is killed at every system call that changes one of the user's files: they are as they were or as they
-// were to be, both, for whoever looks at them next, and the next change comes through.
+// A run is killed at every system call that changes one of the user's files: both are as they were or as they
+// were to be, for whoever looks at them next, and the next change succeeds.
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/ptrace.h>
@@ -88,25 +88,26 @@ class Traced {
       case SYS_unlink:
       case SYS_rename:
       case SYS_link:
-        return IsThere(arguments[0]);
+        return IsThere(AT_FDCWD, arguments[0]);
 #endif
       case SYS_unlinkat:
       case SYS_renameat2:
       case SYS_linkat:
-        return IsThere(arguments[1]);
+        return IsThere(int(arguments[0]), arguments[1]);
       case SYS_openat:
-        return (arguments[2] & O_CREAT) != 0 && IsThere(arguments[1]);
+        return (arguments[2] & O_CREAT) != 0 && IsThere(int(arguments[0]), arguments[1]);
       default:
         return false;
     }
   }
 
   bool LeadsThere(int descriptor) const {
-    return QFile::symLinkTarget(QString("/proc/%1/fd/%2").arg(child_).arg(descriptor))
-        .startsWith(folder_ + '/');
+    const QString target = QFile::symLinkTarget(QString("/proc/%1/fd/%2").arg(child_).arg(descriptor));
+    return (target + '/').startsWith(folder_ + '/');
   }
 
-  bool IsThere(quint64 address) const {
+  // The program empties folders of its own by names that are relative to them.
+  bool IsThere(int folder, quint64 address) const {
     // In two pieces: the page after the one that the text begins in need not be there.
     constexpr quint64 PageSize = 4096;
     std::array<char, 512> text{};
@@ -117,7 +118,8 @@ class Traced {
                                       iovec{reinterpret_cast<void*>(address + inPage), wanted - inPage}};
     if (process_vm_readv(child_, &local, 1, remote.data(), remote.size(), 0) <= 0) return false;
     const QByteArray path(text.data());
-    return !path.startsWith('/') || path.startsWith(folder_.toUtf8() + '/');
+    if (path.startsWith('/')) return path.startsWith(folder_.toUtf8() + '/');
+    return folder == AT_FDCWD || LeadsThere(folder);
   }
 
   const QString folder_;
@@ -140,6 +142,9 @@ class KillTest : public ToolTest, public testing::WithParamInterface<Change> {
     CreateFilesWith({SiteEntry("S", "1"), SiteEntry("S", "2"), PathEntry("P")});
     WriteJson("none.json", {});
     WriteJson("more.json", {SiteEntry("T"), PathEntry("P"), PathEntry("Q")});
+    ASSERT_TRUE(QDir(Folder()).mkdir("source"));
+    RunWell({"create", "source/m", "source/t"});
+    RunWell({"import", "source/m", "source/t", "more.json"});
     mainFile_ = ReadFile("m");
     thresholds_ = ReadFile("t");
     before_ = Exported();
@@ -153,7 +158,7 @@ class KillTest : public ToolTest, public testing::WithParamInterface<Change> {
     WriteFile("t", thresholds_);
   }
 
-  // What a reading command makes of it, which changes nothing of what was left behind.
+  // What a reading command makes of it; it changes nothing of what was left behind.
   QString Exported() {
     const QStringList files = FilesInFolder();
     const QString exported = RunWell({"export", "m", "t"});
@@ -161,7 +166,7 @@ class KillTest : public ToolTest, public testing::WithParamInterface<Change> {
     return exported;
   }
 
-  // Of both, as SQLite itself makes it of what was left behind.
+  // Of both, as SQLite itself reads them with what was left behind.
   QString Dumped() const {
     EXPECT_EQ(IntegrityCheck(Path("m")), QString("ok"));
     EXPECT_EQ(IntegrityCheck(Path("t")), QString("ok"));
@@ -198,11 +203,11 @@ TEST_P(KillTest, BothFilesAreBeforeOrAfter) {
     ASSERT_TRUE(exported == before_ || exported == after) << exported.toStdString();
     ++(exported == before_ ? oldOnes : newOnes);
     const QStringList left = FilesInFolder();
-    // The next change comes through, and takes away what was left.
+    // The next change succeeds, and removes what was left.
     if (number % 4 == 0) {
       EXPECT_EQ(RunWell({"import", "m", "t", "none.json"}),
                 "0 alignments saved, 0 of sites and 0 of paths\n");
-      EXPECT_EQ(FilesInFolder(), (QStringList{"in.json", "m", "more.json", "none.json", "t"}))
+      EXPECT_EQ(FilesInFolder(), (QStringList{"in.json", "m", "more.json", "none.json", "source", "t"}))
           << left.join(' ').toStdString();
     }
     EXPECT_EQ(Dumped(), exported == before_ ? dumpedBefore : dumpedAfter);
@@ -215,6 +220,7 @@ TEST_P(KillTest, BothFilesAreBeforeOrAfter) {
 INSTANTIATE_TEST_SUITE_P(
     Tool, KillTest,
     testing::Values(Change{"Import", {"import", "m", "t", "more.json"}},
+                    Change{"Merge", {"merge", "m", "t", "source/m", "source/t"}},
                     Change{"DeleteSite", {"delete", "m", "t", "--site", "S", "--yes"}},
                     Change{"DeleteReport", {"delete", "m", "t", "--path", "P", "--index", "0", "--yes"}}),
     [](const auto& test) { return std::string(test.param.name); });

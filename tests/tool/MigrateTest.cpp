@@ -1,4 +1,4 @@
-// Migration by the program.
+// Migration with the program.
 #include <QFile>
 #include <QRegularExpression>
 
@@ -41,6 +41,20 @@ TEST_P(MigrateFromTest, BringsTheFileToTheCurrentVersion) {
   EXPECT_EQ(FilesInFolder(), (QStringList{"b", "m"}));
 }
 
+// An earlier file and what it is converted to hold the same.
+TEST_P(MigrateFromTest, MergedBeforeAndAfterItIsTheSame) {
+  Load(GetParam());
+  ASSERT_TRUE(QFile::copy(Path("m"), Path("earlier")));
+  RunWell({"migrate", "m", "t"});
+  EXPECT_EQ(RunWell({"diff", "earlier", "m", "t"}), "");
+  RunWell({"create", "into", "intot"});
+  const QString first = RunWell({"merge", "into", "intot", "earlier"});
+  EXPECT_TRUE(first.endsWith(" added, 0 already there, 0 conflicts\n")) << first.toStdString();
+  EXPECT_EQ(RunWell({"merge", "into", "intot", "m", "t"}),
+            QString("0 added, %1 already there, 0 conflicts\n").arg(first.section(' ', 0, 0)));
+  EXPECT_EQ(RunWell({"diff", "into", "intot", "m", "t"}), "");
+}
+
 INSTANTIATE_TEST_SUITE_P(Version, MigrateFromTest, testing::Range(1, static_cast<int>(CurrentSchemaVersion)));
 
 TEST_F(MigrateTest, ACurrentFileIsLeftAlone) {
@@ -72,7 +86,7 @@ TEST_F(MigrateTest, AnExistingBackupIsNotOverwritten) {
   ExpectUntouched(before, {"b", "m"});
 }
 
-// The step from 1 to 2 comes through; the one from 2 to 3 finds the names gone that its copies go by.
+// The step from 1 to 2 succeeds; the one from 2 to 3 misses the names that its copies use.
 TEST_F(MigrateTest, AStepThatFailsLeavesTheFileAsItWas) {
   Load(2);
   RunSql(Path("m"), "DELETE FROM Height WHERE HeightKey = 1");

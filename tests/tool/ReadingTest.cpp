@@ -1,4 +1,4 @@
-// What reading does not do: write, wait for readers, believe what is damaged, stumble over names.
+// What reading does not do: write, wait for readers, trust what is damaged, stumble over names.
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,7 +20,7 @@ class ReadingTest : public ToolTest {
     listed_ = RunWell({"list", "m", "t"});
   }
 
-  // The folder and the files are as they were after each command that reads, and it came through.
+  // The folder and the files are as they were after each command that reads, and the command succeeded.
   void ExpectReadable() {
     const QStringList files = FilesInFolder();
     QList<QByteArray> contents;
@@ -76,8 +76,8 @@ TEST_F(ReadingTest, AFileInWalModeIsChangedAndStaysInIt) {
   EXPECT_EQ(Rows(Path("m"), "SELECT SiteIdentifier FROM Sites"), (QStringList{"'S'", "'T'"}));
 }
 
-// Pages of both files are overwritten, one after the other: each command comes to an end, with 4 or, where
-// the page was free or nothing is wrong with it now, with 0.
+// Pages of both files are overwritten, one after the other: each command comes to an end, with 4 or, if the
+// page was free or nothing is wrong with it now, with 0.
 TEST_F(ReadingTest, DamagedPagesComeToAnEnd) {
   const QByteArray whole = ReadFile("m");
   const int pages = whole.size() / 4096;

@@ -69,7 +69,7 @@ TEST_F(ReportTest, CsvOfASite) {
                     "-0.75,-0.25,0.25,fail\r\n"));
 }
 
-// The one object of the array, without what it was judged.
+// The one object of the array, without its verdicts.
 QJsonObject WithoutVerdicts(const QString& json) {
   QJsonObject object = QJsonDocument::fromJson(json.toUtf8()).array().at(0).toObject();
   object.remove("judgement");

@@ -41,8 +41,8 @@ QJsonObject Entry(const char* kind, const QString& identifier, const QJsonObject
 
 }  // namespace
 
-// Under the sanitizers what the library leaves open on purpose is left out, by name; whole stacks tell the
-// name.
+// Under the sanitizers what the library leaves open on purpose is left out, by name; only whole stacks show
+// the name.
 ToolTest::ToolTest() {
   qputenv("LSAN_OPTIONS", "print_suppressions=0:suppressions=" TARNBEAM_LEAKS);
   qputenv("ASAN_OPTIONS", "fast_unwind_on_malloc=0");
@@ -77,7 +77,7 @@ Outcome ToolTest::Finish(QProcess* process) {
 
 namespace {
 
-// What is typed on it the program reads from its standard input.
+// What is typed on it, the program reads from its standard input.
 class Terminal {
  public:
   Terminal() : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
@@ -110,7 +110,7 @@ Outcome ToolTest::Run(const QStringList& words, const QString& terminalInput) {
   return Finish(&process);
 }
 
-// Root without the right to pass over permissions is as good as anybody.
+// Root without the right to override permissions is like any other user.
 Outcome ToolTest::RunUnprivileged(const QStringList& words) {
   QProcess process;
   Prepare(&process);

@@ -33,7 +33,7 @@ class Holder {
   sqlite3* db_ = nullptr;
 };
 
-// What the program says of a file that another one has in use.
+// What the program says about a file that another one has in use.
 QString InUse(const QString& file);
 // What wrong usage ends with.
 const QString Hint = QStringLiteral("\nTry 'tarnbeam-db --help' or 'tarnbeam-db COMMAND --help'.");
@@ -49,7 +49,7 @@ class ToolTest : public testing::Test {
   Outcome RunUnprivileged(const QStringList& words);
   // Does something while the program waits for an answer on its terminal, and then answers yes.
   Outcome RunWhileAsked(const QStringList& words, const std::function<void()>& meanwhile);
-  // Expects success and silence on standard error, and answers standard output.
+  // Expects success and silence on standard error, and returns standard output.
   QString RunWell(const QStringList& words);
   // Expects the exit status, nothing on standard output and these lines, after the program's name, on
   // standard error.
@@ -65,7 +65,7 @@ class ToolTest : public testing::Test {
   void WriteJson(const QString& name, const QJsonArray& entries);
   QByteArray ReadFile(const QString& name);
   QStringList FilesInFolder() const;
-  // The number, from 0, of the first page of a table; and what takes the place of bytes in a file.
+  // The number, from 0, of the first page of a table; and what replaces bytes in a file.
   int PageOf(const QString& file, const QString& table) const;
   void Overwrite(const QString& name, qint64 at, const QByteArray& bytes);
 
@@ -76,7 +76,7 @@ class ToolTest : public testing::Test {
   TemporaryFolder folder_;
 };
 
-// A right entry of either kind, whose values are all told apart.
+// A valid entry of either kind; no two of its values are alike.
 QJsonObject SiteEntry(const QString& identifier = QStringLiteral("Åsgård"),
                       const QString& sector = QStringLiteral("Alpha"));
 QJsonObject PathEntry(const QString& identifier = QStringLiteral("Żuławy"));

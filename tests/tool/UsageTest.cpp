@@ -22,7 +22,10 @@ INSTANTIATE_TEST_SUITE_P(
         Misuse{{"create"}, "MAIN is missing"}, Misuse{{"create", "m"}, "THRESHOLDS is missing"},
         Misuse{{"create", "m", "t", "x"}, "x is one too many"},
         Misuse{{"import", "m", "t"}, "FILE.json is missing"}, Misuse{{"list"}, "MAIN is missing"},
-        Misuse{{"check"}, "MAIN is missing"},
+        Misuse{{"check"}, "MAIN is missing"}, Misuse{{"merge", "m", "t"}, "SOURCE_MAIN is missing"},
+        Misuse{{"diff", "m"}, "OTHER_MAIN is missing"},
+        Misuse{{"diff", "m", "t", "om", "ot", "x"}, "x is one too many"},
+        Misuse{{"diff", "m", "t", "om", "ot", "--format", "xml"}, "--format must be table, json or csv"},
         Misuse{{"list", "m", "t", "--wait", "soon"},
                "--wait must be a whole number of seconds, at most 86400"},
         Misuse{{"list", "m", "t", "--wait=-1"}, "--wait must be a whole number of seconds, at most 86400"},
@@ -56,17 +59,22 @@ TEST_P(HelpTest, NamesOperandsAndOptions) {
   EXPECT_TRUE(RunWell({"--help"}).contains("\n  " + command + " "));
 }
 
-INSTANTIATE_TEST_SUITE_P(Usage, HelpTest,
-                         testing::Values(Help{"create", "create MAIN THRESHOLDS [options]"},
-                                         Help{"import", "import MAIN THRESHOLDS FILE.json [options]"},
-                                         Help{"list", "list MAIN [THRESHOLDS] [options]"},
-                                         Help{"report", "report MAIN [THRESHOLDS] [options]"},
-                                         Help{"delete", "delete MAIN THRESHOLDS [options]"},
-                                         Help{"version", "version MAIN [options]"},
-                                         Help{"migrate", "migrate MAIN [THRESHOLDS] [options]"},
-                                         Help{"check", "check MAIN [THRESHOLDS] [options]"},
-                                         Help{"export", "export MAIN [THRESHOLDS] [options]"},
-                                         Help{"preferences", "preferences MAIN [THRESHOLDS] [options]"}));
+INSTANTIATE_TEST_SUITE_P(
+    Usage, HelpTest,
+    testing::Values(Help{"create", "create MAIN THRESHOLDS [options]"},
+                    Help{"import", "import MAIN THRESHOLDS FILE.json [options]"},
+                    Help{"list", "list MAIN [THRESHOLDS] [options]"},
+                    Help{"report", "report MAIN [THRESHOLDS] [options]"},
+                    Help{"delete", "delete MAIN THRESHOLDS [options]"},
+                    Help{"version", "version MAIN [options]"},
+                    Help{"migrate", "migrate MAIN [THRESHOLDS] [options]"},
+                    Help{"check", "check MAIN [THRESHOLDS] [options]"},
+                    Help{"merge",
+                         "merge MAIN THRESHOLDS SOURCE_MAIN [SOURCE_THRESHOLDS] ... "
+                         "[options]"},
+                    Help{"diff", "diff MAIN [THRESHOLDS] OTHER_MAIN [OTHER_THRESHOLDS] [options]"},
+                    Help{"export", "export MAIN [THRESHOLDS] [options]"},
+                    Help{"preferences", "preferences MAIN [THRESHOLDS] [options]"}));
 
 using UsageTest = ToolTest;
 

@@ -26,7 +26,8 @@ QCommandLineOption WaitOption() {
 
 const std::vector<Command>& AllCommands() {
   static const std::vector<Command> commands = {
-      CreateCommand(),  ImportCommand(),  ListCommand(),  ReportCommand(), DeleteCommand(),     MapCommand(),
-      VersionCommand(), MigrateCommand(), CheckCommand(), ExportCommand(), PreferencesCommand()};
+      CreateCommand(),      ImportCommand(),  ListCommand(),    ReportCommand(), DeleteCommand(),
+      MapCommand(),         VersionCommand(), MigrateCommand(), CheckCommand(),  ExportCommand(),
+      PreferencesCommand(), MergeCommand(),   DiffCommand()};
   return commands;
 }

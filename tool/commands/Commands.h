@@ -11,7 +11,7 @@
 struct Arguments {
   QStringList operands;
   const QCommandLineParser& options;
-  /// For files that another program has in use; counts from the start.
+  /// How long to wait for files that another program has in use; counts from the start.
   Deadline Waiting() const;
 };
 
@@ -23,23 +23,28 @@ struct Command {
   std::vector<QCommandLineOption> options;
   /// Whether it makes or changes files.
   bool changes;
-  /// Answers the exit status; failures and wrong usage are thrown.
+  /// Returns the exit status; failures and wrong usage are thrown.
   int (*run)(const Arguments& arguments);
 };
 
-/// The option that every command has for its waiting.
+/// The last operand of a command that takes any number of those before it.
+constexpr const char* AndSoOn = "...";
+
+/// The option of every command that says how long to wait.
 QCommandLineOption WaitOption();
 
 const std::vector<Command>& AllCommands();
 
-// One file each.
+// Each is defined in a file of its own.
 Command CheckCommand();
 Command CreateCommand();
 Command DeleteCommand();
+Command DiffCommand();
 Command ExportCommand();
 Command ImportCommand();
 Command ListCommand();
 Command MapCommand();
+Command MergeCommand();
 Command MigrateCommand();
 Command PreferencesCommand();
 Command ReportCommand();

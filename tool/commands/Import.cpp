@@ -1,59 +1,81 @@
-#include <QElapsedTimer>
+#include <QSet>
 
 #include "tool/Console.h"
 #include "tool/FileName.h"
 #include "tool/commands/Options.h"
+#include "tool/commands/Progress.h"
 #include "tool/formats/AlignmentJson.h"
+#include "tool/formats/AlignmentUid.h"
+#include "tool/pair/Edit.h"
 #include "tool/pair/Saving.h"
+#include "tool/pair/Snapshot.h"
 
 namespace {
 
-/// Says how far a long import has come, once it has taken a second and ten times a second from then on.
-class Progress {
+/// Which of the alignments are saved: all, or those whose uid is neither among what is there nor among those
+/// before.
+class Choice {
  public:
-  explicit Progress(std::size_t total) : total_(total) { timer_.start(); }
-  Progress(const Progress&) = delete;
-  Progress& operator=(const Progress&) = delete;
-  ~Progress() {
-    if (shown_) Console::Progress(QString());
+  Choice(const PrivatePair& files, bool skipsExisting) : skipsExisting_(skipsExisting) {
+    if (!skipsExisting) return;
+    for (const Reports& reports : Snapshot::ReadAllOf(files)) {
+      for (const Alignment& alignment : reports.alignments) there_.insert(AlignmentUid(alignment));
+    }
   }
-  void Saved(std::size_t count) {
-    if (!Console::ErrorIsTerminal() || timer_.elapsed() < (shown_ ? next_ : 1000)) return;
-    shown_ = true;
-    next_ = timer_.elapsed() + 100;
-    Console::Progress(QString::number(count) + QStringLiteral(" of ") + QString::number(total_) +
-                      QStringLiteral(" alignments"));
+  bool Takes(const Alignment& alignment) {
+    if (!skipsExisting_) return true;
+    const auto before = there_.size();
+    there_.insert(AlignmentUid(alignment));
+    return there_.size() > before;
   }
 
  private:
-  const std::size_t total_;
-  QElapsedTimer timer_;
-  bool shown_ = false;
-  qint64 next_ = 0;
+  const bool skipsExisting_;
+  QSet<QString> there_;
 };
+
+struct Saved {
+  qint64 sites = 0;
+  qint64 paths = 0;
+  qint64 skipped = 0;
+};
+
+Saved SaveAll(const std::vector<Alignment>& alignments, const QString& shownSource, bool skipsExisting,
+              const PrivatePair& copies) {
+  Saved saved;
+  Choice choice(copies, skipsExisting);
+  Progress progress(alignments.size());
+  Saving saving(copies);
+  std::size_t entry = 0;
+  for (const Alignment& alignment : alignments) {
+    ++entry;
+    if (choice.Takes(alignment)) {
+      saving.Save(alignment, shownSource + QStringLiteral(": entry ") + QString::number(entry));
+      ++(alignment.kind == Kind::Site ? saved.sites : saved.paths);
+    } else {
+      ++saved.skipped;
+    }
+    progress.Saved(entry);
+  }
+  saving.RequireAllKept();
+  return saved;
+}
 
 int Run(const Arguments& arguments) {
   const QString& source = arguments.operands.at(2);
+  const bool skipsExisting = arguments.options.isSet(QStringLiteral("skip-existing"));
   const std::vector<Alignment> alignments = AlignmentJson::ReadFile(source);
   Edit edit(arguments.operands.at(0), arguments.operands.at(1), arguments.Waiting());
-  {
-    Progress progress(alignments.size());
-    Saving saving(&edit);
-    std::size_t saved = 0;
-    for (const Alignment& alignment : alignments) {
-      saving.Save(alignment,
-                  FileName::Shown(source) + QStringLiteral(": entry ") + QString::number(saved + 1));
-      progress.Saved(++saved);
-    }
-    saving.RequireAllKept();
-  }
+  const Saved saved = SaveAll(alignments, FileName::Shown(source), skipsExisting, edit.Copies());
   edit.Commit();
-  qint64 sites = 0;
-  for (const Alignment& alignment : alignments) sites += alignment.kind == Kind::Site ? 1 : 0;
-  const auto total = static_cast<qint64>(alignments.size());
-  Console::Print(Console::Counted(total, QStringLiteral("alignment")) + QStringLiteral(" saved, ") +
-                 QString::number(sites) + QStringLiteral(" of sites and ") + QString::number(total - sites) +
+  Console::Print(Console::Counted(saved.sites + saved.paths, QStringLiteral("alignment")) +
+                 QStringLiteral(" saved, ") + QString::number(saved.sites) +
+                 QStringLiteral(" of sites and ") + QString::number(saved.paths) +
                  QStringLiteral(" of paths\n"));
+  if (skipsExisting) {
+    Console::Print(Console::Counted(saved.skipped, QStringLiteral("alignment")) +
+                   QStringLiteral(" left out, already there\n"));
+  }
   return Status::Done;
 }
 
@@ -63,7 +85,8 @@ Command ImportCommand() {
   return {"import",
           "Saves alignments from a JSON file, all of them or, if anything goes wrong, none.",
           {"MAIN", "THRESHOLDS", "FILE.json"},
-          {},
+          {QCommandLineOption(QStringLiteral("skip-existing"),
+                              QStringLiteral("Leave out alignments that are there already."))},
           true,
           Run};
 }

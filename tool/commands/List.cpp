@@ -6,7 +6,7 @@
 
 namespace {
 
-/// The verdicts are left out where nobody asks for them: they are in the alignments, which take their time.
+/// The verdicts are left out unless asked for: they need the alignments, which take time to read.
 std::vector<ListEntry> Entries(const Snapshot& files, const std::optional<AlignmentFilter>& filter,
                                bool withVerdicts) {
   std::vector<ListEntry> entries;

@@ -35,7 +35,7 @@ bool HasFilter(const Arguments& arguments);
 std::vector<QCommandLineOption> CsvOptions();
 CsvForm CsvFormOf(const Arguments& arguments, bool guardsFormulas);
 
-/// Options of a command in their order.
+/// Options of a command, in order.
 std::vector<QCommandLineOption> Together(std::initializer_list<std::vector<QCommandLineOption>> options);
 
 /// "site S".

@@ -10,13 +10,13 @@
 
 namespace {
 
-/// What the one row of a table holds; nothing where there is none.
+/// What the one row of a table holds; nothing if there is none.
 void AddRow(const Sqlite& db, const char* schema, const char* table, PreferencesRow* row) {
   Sqlite::Rows columns =
       db.Select(QByteArray("SELECT name FROM pragma_table_info('") + table + "', '" + schema + "')");
   while (columns.Next()) {
     const QByteArray name = Quoted(columns.Bytes(0));
-    // All digits, which the text of a number does not have.
+    // All digits: SQLite's own text of a number does not have them.
     Sqlite::Rows value = db.Select("SELECT " + name + ", typeof(" + name + "), printf('%!.17g', " + name +
                                    ") FROM " + schema + '.' + table + " WHERE rowid = 1");
     if (!value.Next()) return;

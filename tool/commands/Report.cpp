@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Nothing where all sites and paths are asked for.
+/// Nothing if all sites and paths are asked for.
 std::optional<Subject> SubjectOrAll(const Arguments& arguments) {
   if (!arguments.options.isSet(QStringLiteral("all"))) return SubjectOf(arguments);
   if (arguments.options.isSet(QStringLiteral("site")) || arguments.options.isSet(QStringLiteral("path"))) {

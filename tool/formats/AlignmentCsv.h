@@ -26,7 +26,7 @@ class AlignmentColumns {
   const std::vector<Field> fields_;
 };
 
-/// One line an alignment.
+/// One line per alignment.
 class AlignmentCsvWriter : public AlignmentWriter {
  public:
   AlignmentCsvWriter(TextSink sink, const CsvForm& form, const AlignmentColumns& columns);

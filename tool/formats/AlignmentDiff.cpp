@@ -1,68 +1,106 @@
 #include "tool/formats/AlignmentDiff.h"
 
+#include <QHash>
 #include <QJsonArray>
 #include <algorithm>
-#include <tuple>
 
 #include "tool/Console.h"
 #include "tool/formats/AlignmentCsv.h"
 #include "tool/formats/AlignmentFields.h"
 #include "tool/formats/AlignmentJson.h"
+#include "tool/formats/AlignmentMatch.h"
+#include "tool/formats/AlignmentUid.h"
 
 namespace {
 
 using Alignments = std::vector<Alignment>;
 
-auto MatchKey(const Alignment& a) {
-  // Times of different offsets may be one moment.
-  return std::make_tuple(a.kind, std::cref(a.identifier), std::cref(a.sector), std::cref(a.position),
-                         a.time.toSecsSinceEpoch());
+/// With its key, which is worked out once.
+struct Matched {
+  MatchKey key;
+  const Alignment* alignment;
+};
+
+bool MatchesBefore(const Matched& one, const Matched& other) { return one.key < other.key; }
+
+std::vector<Matched> Sorted(const Alignments& alignments) {
+  std::vector<Matched> sorted;
+  sorted.reserve(alignments.size());
+  for (const Alignment& alignment : alignments) sorted.push_back({MatchKeyOf(alignment), &alignment});
+  std::stable_sort(sorted.begin(), sorted.end(), MatchesBefore);
+  return sorted;
 }
 
-bool MatchesBefore(const Alignment& one, const Alignment& other) { return MatchKey(one) < MatchKey(other); }
+/// Those of one measurement on one side.
+using Group = std::vector<const Alignment*>;
 
-/// Takes what is equal on both sides out of both.
-void DropEqual(Alignments* first, Alignments* second) {
-  for (auto one = first->begin(); one != first->end();) {
-    const auto same = std::find_if(second->begin(), second->end(), [&one](const Alignment& other) {
-      return DifferingFields(*one, other).isEmpty();
-    });
-    if (same == second->end()) {
-      ++one;
-    } else {
-      second->erase(same);
-      one = first->erase(one);
-    }
+/// Takes the first group out of what is left, if it is of that key.
+Group TakeGroup(const MatchKey& key, std::vector<Matched>::const_iterator* left,
+                std::vector<Matched>::const_iterator end) {
+  Group group;
+  for (; *left != end && (*left)->key == key; ++*left) group.push_back((*left)->alignment);
+  return group;
+}
+
+QByteArray Content(const Alignment& alignment) {
+  return AlignmentUid(alignment).toLatin1() + TextBesideUid(alignment);
+}
+
+using Counts = QHash<QByteArray, int>;
+
+Counts CountsOf(const Group& group) {
+  Counts counts;
+  for (const Alignment* alignment : group) ++counts[Content(*alignment)];
+  return counts;
+}
+
+/// Takes out the first of each content, as many as there are to be.
+void Drop(Counts counts, Group* group) {
+  const auto goes = [&counts](const Alignment* alignment) { return counts[Content(*alignment)]-- > 0; };
+  group->erase(std::remove_if(group->begin(), group->end(), goes), group->end());
+}
+
+/// Takes what is equal on both sides out of both, as often as it is on both.
+void DropEqual(Group* first, Group* second) {
+  // Nearly always there is one on either side.
+  if (first->size() == 1 && second->size() == 1) {
+    if (!DifferingFields(*first->front(), *second->front()).isEmpty()) return;
+    first->clear();
+    second->clear();
+    return;
   }
+  const Counts inSecond = CountsOf(*second);
+  Counts both = CountsOf(*first);
+  for (auto count = both.begin(); count != both.end(); ++count) {
+    *count = std::min(*count, inSecond.value(count.key()));
+  }
+  Drop(both, first);
+  Drop(both, second);
+}
+
+void Append(const Group& group, std::size_t from, Alignments* to) {
+  for (std::size_t number = from; number < group.size(); ++number) to->push_back(*group[number]);
 }
 
 }  // namespace
 
-AlignmentDiff::AlignmentDiff(std::vector<Alignment> first, std::vector<Alignment> second) {
-  std::stable_sort(first.begin(), first.end(), MatchesBefore);
-  std::stable_sort(second.begin(), second.end(), MatchesBefore);
-  auto one = first.begin();
-  auto other = second.begin();
-  while (one != first.end() || other != second.end()) {
-    const bool isOnFirst = other == second.end() || (one != first.end() && !MatchesBefore(*other, *one));
-    const Alignment key = isOnFirst ? *one : *other;
-    const auto endOf = [&key](auto begin, auto end) {
-      return std::upper_bound(begin, end, key, MatchesBefore);
-    };
-    const auto oneEnd = endOf(one, first.end());
-    const auto otherEnd = endOf(other, second.end());
-    Alignments here(one, oneEnd);
-    Alignments there(other, otherEnd);
-    DropEqual(&here, &there);
+AlignmentDiff::AlignmentDiff(const std::vector<Alignment>& first, const std::vector<Alignment>& second) {
+  const std::vector<Matched> ones = Sorted(first);
+  const std::vector<Matched> others = Sorted(second);
+  auto one = ones.begin();
+  auto other = others.begin();
+  while (one != ones.end() || other != others.end()) {
+    const bool isOnFirst = other == others.end() || (one != ones.end() && !MatchesBefore(*other, *one));
+    const MatchKey& key = isOnFirst ? one->key : other->key;
+    Group here = TakeGroup(key, &one, ones.end());
+    Group there = TakeGroup(key, &other, others.end());
+    if (!here.empty() && !there.empty()) DropEqual(&here, &there);
     const std::size_t both = std::min(here.size(), there.size());
     for (std::size_t number = 0; number < both; ++number) {
-      changed.push_back({here[number], there[number], DifferingFields(here[number], there[number])});
+      changed.push_back({*here[number], *there[number], DifferingFields(*here[number], *there[number])});
     }
-    const auto matched = static_cast<Alignments::difference_type>(both);
-    onlyInFirst.insert(onlyInFirst.end(), here.begin() + matched, here.end());
-    onlyInSecond.insert(onlyInSecond.end(), there.begin() + matched, there.end());
-    one = oneEnd;
-    other = otherEnd;
+    Append(here, both, &onlyInFirst);
+    Append(there, both, &onlyInSecond);
   }
 }
 
@@ -78,14 +116,8 @@ void WriteArray(const Alignments& alignments, const TextSink& sink) {
   array.End();
 }
 
-QString Line(const char* mark, const Alignment& a) {
-  QStringList words{KindName(a.kind) + QLatin1Char(' ') + Console::Printable(a.identifier)};
-  if (a.kind == Kind::Site) {
-    words << QStringLiteral("sector ") + Console::Printable(a.sector)
-          << QStringLiteral("position ") + Console::Printable(a.position);
-  }
-  words << TimeText(a.time);
-  return QLatin1String(mark) + words.join(QStringLiteral(", ")) + QLatin1Char('\n');
+QString Line(const char* mark, const Alignment& alignment) {
+  return QLatin1String(mark) + ShownMatch(alignment) + QLatin1Char('\n');
 }
 
 QString FieldLines(const ChangedAlignment& changed) {

@@ -6,7 +6,7 @@
 #include "tool/formats/AlignmentWriter.h"
 #include "tool/formats/Csv.h"
 
-/// One measurement as it stands on either side.
+/// One measurement as it is on either side.
 struct ChangedAlignment {
   Alignment first;
   Alignment second;
@@ -14,10 +14,10 @@ struct ChangedAlignment {
   QStringList fields;
 };
 
-/// How two sets of alignments differ. What stands on both sides is matched by kind, identifier, sector,
-/// position and time; of several that agree in these, equal ones first, the rest in their order.
+/// How two sets of alignments differ. What is on both sides is matched by kind, identifier, sector, position
+/// and time; of several that agree in these, equal ones first, the rest in order.
 struct AlignmentDiff {
-  AlignmentDiff(std::vector<Alignment> first, std::vector<Alignment> second);
+  AlignmentDiff(const std::vector<Alignment>& first, const std::vector<Alignment>& second);
 
   std::vector<Alignment> onlyInFirst;
   std::vector<Alignment> onlyInSecond;

@@ -11,7 +11,7 @@ constexpr double MetersHighest = 20000;
 
 }  // namespace
 
-// Both conventions for azimuths, 0 to 360 and -180 to 180, are let in.
+// Both conventions for azimuths, 0 to 360 and -180 to 180, are accepted.
 const std::vector<Field>& AllFields() {
   using A = Alignment;
   using F = Field;
@@ -235,6 +235,7 @@ QString FieldFromJson(const QJsonValue& value, const Field& field, Alignment* al
 QStringList DifferingFields(const Alignment& one, const Alignment& other) {
   QStringList names;
   for (const Field& field : AllFields()) {
+    if (!field.IsOf(one.kind) && !field.IsOf(other.kind)) continue;
     const bool equal = std::visit([&](auto member) { return one.*member == other.*member; }, field.member);
     if (!equal) names.append(QString::fromLatin1(field.name));
   }

@@ -10,14 +10,14 @@
 #include "tool/Alignment.h"
 
 /// One value of an alignment: its name in JSON, where dots stand for nested objects, what it is used for, its
-/// unit and its range. Reading, writing, printing, comparing and identifying all go by the table of these.
+/// unit and its range. Reading, writing, printing, comparing and identifying all follow the table of these.
 struct Field {
   using Member =
       std::variant<Kind Alignment::*, QString Alignment::*, QDateTime Alignment::*, float Alignment::*,
                    double Alignment::*, bool Alignment::*, int Alignment::*, HeightSource Alignment::*>;
 
   enum Kinds { Both, SiteOnly, PathOnly };
-  /// InUid: two measurements that differ in it are two measurements. OnMap: shown with every line on a map.
+  /// InUid: measurements that differ in it are different measurements. OnMap: shown with every line on a map.
   enum Uses { Plain = 0, InUid = 1, OnMap = 2, InUidAndOnMap = 3 };
 
   const char* name;
@@ -41,7 +41,7 @@ const std::vector<Field>& FieldsOf(Kind kind);
 /// The members of an object in JSON: fields, and objects of further members.
 struct FieldGroup {
   QString name;
-  /// Null where `members` are.
+  /// Null if there are `members`.
   const Field* field = nullptr;
   std::vector<FieldGroup> members;
 };
@@ -58,7 +58,7 @@ QString FieldText(const Alignment& alignment, const Field& field);
 QJsonValue FieldToJson(const Alignment& alignment, const Field& field);
 /// The number for JSON, with no more digits than `Decimal` gives it.
 QJsonValue NumberToJson(float value);
-/// Reads the value into the alignment. Answers what is wrong with it, empty if nothing is.
+/// Reads the value into the alignment. Returns what is wrong with it, empty if nothing is.
 QString FieldFromJson(const QJsonValue& value, const Field& field, Alignment* alignment);
 
 /// Names of the fields, of either alignment, in which the two differ.

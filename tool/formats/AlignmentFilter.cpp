@@ -19,7 +19,7 @@ std::vector<Alignment> AlignmentFilter::Apply(const std::vector<Alignment>& alig
 }
 
 std::optional<QDateTime> ReadMoment(const QString& text, bool pastDate) {
-  // Qt reads more than ISO 8601, and stops where it no longer understands.
+  // Qt accepts more than ISO 8601, and stops where it no longer understands the text.
   static const QRegularExpression Form(
       QStringLiteral("^(\\d{4}-\\d\\d-\\d\\d)(?:[T ](\\d\\d:\\d\\d)(:\\d\\d(?:\\.\\d{1,3})?)?"
                      "(Z|[+-]\\d\\d:?\\d\\d)?)?\\z"));

@@ -22,5 +22,5 @@ struct AlignmentFilter {
 };
 
 /// Reads a date, or a date and time (ISO 8601, UTC unless it has an offset): the moment at which it begins,
-/// or null. `pastDate`: a date alone stands for the moment at which it is over.
+/// or null. `pastDate`: a date alone stands for the moment at which it ends.
 std::optional<QDateTime> ReadMoment(const QString& text, bool pastDate = false);

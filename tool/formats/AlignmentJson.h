@@ -11,20 +11,20 @@
 /// Alignments as JSON objects, the form that is both imported and exported.
 namespace AlignmentJson {
 
-/// Reads an array of alignments. Unless every one is right in every field, throws a Failure that names each
-/// that is not.
+/// Reads an array of alignments. Unless every one is valid in every field, throws a Failure that names each
+/// one that is not.
 std::vector<Alignment> Read(QIODevice* source, const QString& shownName);
 /// The same from a file, or from standard input if its name is "-".
 std::vector<Alignment> ReadFile(const QString& path);
 
 enum class Uid { Without, With };
 
-/// The alignment with what it was judged. Throws a Failure for a number that JSON cannot hold.
+/// The alignment with its verdicts. Throws a Failure for a number that JSON cannot hold.
 QJsonObject ToObject(const Alignment& alignment, Uid uid);
 
 }  // namespace AlignmentJson
 
-/// A JSON array of anything, an element after the other.
+/// A JSON array of anything, one element after the other.
 class JsonArrayText {
  public:
   explicit JsonArrayText(TextSink sink) : sink_(std::move(sink)) {}
@@ -48,7 +48,7 @@ class AlignmentJsonWriter : public AlignmentWriter {
   const AlignmentJson::Uid uid_;
 };
 
-/// One JSON object a line.
+/// One JSON object per line.
 class AlignmentLinesWriter : public AlignmentWriter {
  public:
   AlignmentLinesWriter(TextSink sink, AlignmentJson::Uid uid) : sink_(std::move(sink)), uid_(uid) {}

@@ -142,7 +142,7 @@ std::vector<Alignment> ReadFile(const QString& path) {
     }
     return Read(&file, QStringLiteral("standard input"));
   }
-  // Qt would take some names for something else than files.
+  // Qt would take some names for something other than files.
   const int descriptor = open(FileName::ToBytes(path).constData(), O_RDONLY | O_CLOEXEC);
   if (descriptor < 0 || !file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
     throw Failure(FileName::Shown(path) + QStringLiteral(": ") + FileName::SystemError(errno));

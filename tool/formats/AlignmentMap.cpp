@@ -221,7 +221,7 @@ void KmlWriter::WriteGeometry(const MapLine& line) {
       coordinates.append(Decimal(point.longitude) + QLatin1Char(',') + Decimal(point.latitude));
     }
     xml_.writeStartElement(part.size() == 1 ? QStringLiteral("Point") : QStringLiteral("LineString"));
-    // A line without this would run through the ground.
+    // Without this a line would run through the ground.
     if (part.size() > 1) WriteText("tessellate", QStringLiteral("1"));
     WriteText("coordinates", coordinates.join(QLatin1Char(' ')));
     xml_.writeEndElement();

@@ -12,12 +12,12 @@
 struct MapShape {
   /// instrument, target, measured or path.
   const char* role;
-  /// One part of one point for a place, none where it lies nowhere on Earth.
+  /// For a place one part with one point; no part if it lies nowhere on Earth.
   MapLine line;
 };
 
 /// Where the instrument stood, rays of this length to the target azimuth and to the measured one and, for a
-/// path, the line to its far end. What lies nowhere on Earth is left out, save the instrument itself.
+/// path, the line to its far end. What lies nowhere on Earth is left out, except the instrument itself.
 std::vector<MapShape> ShapesOf(const Alignment& alignment, double rayMeters);
 
 /// A GeoJSON FeatureCollection (RFC 7946).

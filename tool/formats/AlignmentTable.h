@@ -2,7 +2,7 @@
 
 #include "tool/formats/AlignmentWriter.h"
 
-/// For people: a block a report, each value with its name and unit, each angle judged by its threshold.
+/// For people: a block per report, each value with its name and unit, each angle judged by its threshold.
 class AlignmentTableWriter : public AlignmentWriter {
  public:
   explicit AlignmentTableWriter(TextSink sink) : sink_(std::move(sink)) {}

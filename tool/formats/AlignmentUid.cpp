@@ -4,14 +4,24 @@
 
 #include "tool/formats/AlignmentFields.h"
 
-QString AlignmentUid(const Alignment& alignment) {
-  // This namespace is a part of every uid that was ever given out.
-  static const QUuid Namespace(QStringLiteral("786e41a7-ca48-4be0-82c1-ea7f3e0135e1"));
-  QByteArray name;
+namespace {
+
+QByteArray Text(const Alignment& alignment, int inUid) {
+  QByteArray text;
   for (const Field& field : AllFields()) {
-    if ((field.uses & Field::InUid) == 0) continue;
+    if ((field.uses & Field::InUid) != inUid) continue;
     const QByteArray value = field.IsOf(alignment.kind) ? FieldText(alignment, field).toUtf8() : QByteArray();
-    name += QByteArray::number(value.size()) + ':' + value + ',';
+    text += QByteArray::number(value.size()) + ':' + value + ',';
   }
-  return QUuid::createUuidV5(Namespace, name).toString(QUuid::WithoutBraces);
+  return text;
 }
+
+}  // namespace
+
+QString AlignmentUid(const Alignment& alignment) {
+  // This namespace is a part of every uid ever given out.
+  static const QUuid Namespace(QStringLiteral("786e41a7-ca48-4be0-82c1-ea7f3e0135e1"));
+  return QUuid::createUuidV5(Namespace, Text(alignment, Field::InUid)).toString(QUuid::WithoutBraces);
+}
+
+QByteArray TextBesideUid(const Alignment& alignment) { return Text(alignment, 0); }

@@ -8,7 +8,7 @@
 /// Where finished text goes, piece by piece.
 using TextSink = std::function<void(const QByteArray&)>;
 
-/// Writes alignments in one of the formats. The text is handed on as it comes, so that it takes no memory,
+/// Writes alignments in one of the formats. The text is handed on as it is made, so that it takes no memory,
 /// however much there is of it.
 class AlignmentWriter {
  public:

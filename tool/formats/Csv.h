@@ -21,7 +21,7 @@ class CsvLine {
   void AddText(const QString& text);
   /// A number, a name of this program's own, or nothing.
   void AddValue(const QString& value);
-  /// With its end.
+  /// The line, with its line end.
   QByteArray Bytes() const;
 
  private:

@@ -24,7 +24,7 @@ bool IsOfNumber(int character) {
          character == 'e' || character == 'E';
 }
 
-/// A right number, but none that 64 bits hold: too large, or so small that nothing of it is left.
+/// A valid number that 64 bits cannot hold: too large, or so small that nothing of it is left.
 bool IsOutOfReach(const QByteArray& number) {
   bool held = false;
   const double value = number.toDouble(&held);
@@ -72,7 +72,7 @@ int JsonElements::Get() {
   return static_cast<unsigned char>(character);
 }
 
-/// What was read last stays in front, for the one character that may be put back.
+/// What was read last is kept in front, for the one character that may be put back.
 bool JsonElements::Fill() {
   const QByteArray kept = buffer_.right(1);
   const QByteArray piece = source_->read(PieceSize);
@@ -133,7 +133,7 @@ void JsonElements::Collect(int first) {
   }
 }
 
-/// False where the element ends, or ought not to have gone on like this.
+/// False if the element ends, or ought not to have gone on like this.
 bool JsonElements::CollectBracket(char bracket) {
   text_ += bracket;
   if (bracket == '{' || bracket == '[') {

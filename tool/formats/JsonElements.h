@@ -21,11 +21,10 @@ class JsonElements {
   /// The source is read from where it stands and stays the caller's. Messages begin with the name.
   JsonElements(QIODevice* source, const QString& shownName);
 
-  /// Reads the next element; false after the last. Throws a Failure where the text is none that this class
-  /// takes: no JSON, no array, no UTF-8, too large, too deep.
+  /// Reads the next element; false after the last. Throws a Failure for a text that this class does not
+  /// accept: not JSON, not an array, not UTF-8, too large, too deep.
   bool Next(QJsonValue* element);
-  /// Of the element last read: members that are there twice, numbers that no number can hold. These read as
-  /// 0.
+  /// Of the element last read: members that occur twice, and numbers out of reach. These read as 0.
   const QVector<Fault>& Faults() const { return faults_; }
 
  private:

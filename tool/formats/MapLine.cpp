@@ -12,8 +12,8 @@ using GeographicLib::GeodesicLine;
 
 double Rounded(double degrees) { return std::round(degrees * 1e7) / 1e7; }
 
-/// The points of a geodesic, so close that straight lines between them do on a map. Longitudes go on beyond
-/// 180 degrees where the line does.
+/// The points of a geodesic, so close that straight lines between them will do on a map. Longitudes go on
+/// beyond 180 degrees where the line does.
 class Tracer {
  public:
   explicit Tracer(const GeodesicLine& line) : line_(line), points_{At(0)} {}
@@ -64,7 +64,7 @@ class Cutter {
       last = *point;
     }
     EndPart();
-    // A line without length is one all the same.
+    // A line without length is still a line.
     if (line_.empty()) line_.push_back({part_.front(), part_.front()});
     return line_;
   }

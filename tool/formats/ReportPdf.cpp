@@ -110,6 +110,35 @@ class Page {
                       fitting);
   }
 
+  bool Fits(const QString& text, double width) const {
+    const QString shown = Console::Printable(text);
+    return painter_.fontMetrics().elidedText(shown, Qt::ElideRight, int(width)) == shown;
+  }
+
+  /// Text on as many lines and pages as it takes.
+  void Paragraph(double x, double width, const QString& text) {
+    const QPen pen = painter_.pen();
+    const QString shown = Console::Printable(text);
+    QTextLayout layout(shown, painter_.font(), writer_);
+    QTextOption wrapped(shown.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft);
+    wrapped.setTextDirection(Qt::LayoutDirectionAuto);
+    wrapped.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(wrapped);
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+      line.setLineWidth(width);
+    }
+    layout.endLayout();
+    for (int number = 0; number < layout.lineCount(); ++number) {
+      const QTextLine line = layout.lineAt(number);
+      if (y_ + line.height() > Bottom) StartPage();
+      // The foot of a page has a colour of its own.
+      painter_.setPen(pen);
+      line.draw(&painter_, QPointF(x, y_ - line.y()));
+      y_ += line.height();
+    }
+  }
+
   void Line(double y, const QColor& color = Rule) {
     painter_.setPen(QPen(color, 0.6));
     painter_.drawLine(QPointF(Margin, y), QPointF(Right, y));
@@ -127,18 +156,26 @@ class Page {
   void DrawHeading() {
     if (!head_.title.isEmpty()) {
       UseFont(11, true, Ink);
-      Text(Margin, Margin, Right - Margin, head_.title);
-      y_ += RowHeight + 4;
+      const double end = y_ + RowHeight + 6;
+      Paragraph(Margin, Right - Margin, head_.title);
+      y_ = std::max(end, y_ + 4);
     }
     UseFont(10, false, Soft);
-    Text(Margin, y_, 300,
-         reports_.kind == Kind::Site ? QStringLiteral("Site alignment report")
-                                     : QStringLiteral("Path alignment report"));
+    Text(Margin, y_, 300, KindOfReport() + QStringLiteral(" report"));
+    y_ += RowHeight + 2;
+    Badge(Right, y_ + 6, Overall(reports_.alignments));
+    const double width = Right - Margin - 100;
     UseFont(22, true, Ink);
-    Text(Margin, y_ + 14, Right - Margin - 100, reports_.identifier);
-    Badge(Right, y_ + 20, Overall(reports_.alignments));
-    Line(y_ + 46, Ink);
-    y_ += 56;
+    if (!Fits(reports_.identifier, width)) UseFont(13, true, Ink);
+    const double end = y_ + 34;
+    Paragraph(Margin, width, reports_.identifier);
+    y_ = std::max(end, y_ + 2);
+    Line(y_, Ink);
+    y_ += 8;
+  }
+
+  QString KindOfReport() const {
+    return reports_.kind == Kind::Site ? QStringLiteral("Site alignment") : QStringLiteral("Path alignment");
   }
 
   QColor ColorOf(const QString& sector) const {
@@ -263,50 +300,34 @@ class Page {
     y_ += 9;
   }
 
-  /// Wrapped, and over as many pages as it takes.
   void DrawNote(const QString& note) {
     UseFont(9, false, Soft);
     Text(ColumnAt.front(), y_, 50, QStringLiteral("Note"));
     for (const QString& paragraph : note.split(QLatin1Char('\n'))) {
-      DrawParagraph(Console::Printable(paragraph));
+      UseFont(9, false, Ink);
+      Paragraph(Margin + 60, Right - Margin - 60, paragraph);
     }
     y_ += 4;
-  }
-
-  void DrawParagraph(const QString& text) {
-    UseFont(9, false, Ink);
-    QTextLayout layout(text, painter_.font(), writer_);
-    QTextOption wrapped;
-    wrapped.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    layout.setTextOption(wrapped);
-    layout.beginLayout();
-    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
-      line.setLineWidth(Right - Margin - 60);
-    }
-    layout.endLayout();
-    for (int number = 0; number < layout.lineCount(); ++number) {
-      const QTextLine line = layout.lineAt(number);
-      if (y_ + line.height() > Bottom) StartPage();
-      // The foot of a page has a colour of its own.
-      painter_.setPen(Ink);
-      line.draw(&painter_, QPointF(Margin + 60, y_ - line.y()));
-      y_ += line.height();
-    }
   }
 
   void DrawAlignmentHeading(const Alignment& alignment) {
     painter_.fillRect(QRectF(Margin, y_, Right - Margin, 20), Band);
     painter_.fillRect(QRectF(Margin, y_, 3, 20), ColorOf(alignment.sector));
-    UseFont(10, true, Ink);
     const QString name =
         alignment.kind == Kind::Site
             ? QStringLiteral("Sector %1, position %2").arg(alignment.sector, alignment.position)
-            : QStringLiteral("Path alignment");
-    Text(ColumnAt.front(), y_ + 4, 230, name);
+            : KindOfReport();
+    UseFont(10, true, Ink);
+    const bool fits = Fits(name, 230);
+    Text(ColumnAt.front(), y_ + 4, 230, fits ? name : KindOfReport());
     UseFont(9, false, Ink);
     Text(300, y_ + 4, 160, TimeInZone(alignment.time));
     Badge(Right - 2, y_ + 2, VerdictOf(alignment));
     y_ += 24;
+    if (fits) return;
+    UseFont(10, true, Ink);
+    Paragraph(ColumnAt.front(), Right - ColumnAt.front(), name);
+    y_ += 4;
   }
 
   void Row(const std::array<QString, 6>& cells) {
@@ -350,8 +371,9 @@ class Page {
       }
     }
     UseFont(9, false, Soft);
-    Text(ColumnAt.front(), y_, Right - ColumnAt.front(), facts.join(QStringLiteral("  ·  ")));
-    y_ += RowHeight;
+    const double end = y_ + RowHeight;
+    Paragraph(ColumnAt.front(), Right - ColumnAt.front(), facts.join(QStringLiteral("  ·  ")));
+    y_ = std::max(end, y_);
   }
 
   static QString SourceText(const Alignment& alignment) {
@@ -380,7 +402,7 @@ class Page {
   QPainter painter_;
   const Reports& reports_;
   const ReportPdf::Head& head_;
-  /// In the order in which they come, and each one's place in it.
+  /// In the order in which they first occur, and the place of each in it.
   QStringList sectors_;
   QHash<QString, int> numbers_;
   double y_ = Margin;
@@ -405,7 +427,7 @@ void Draw(const Reports& reports, const ReportPdf::Head& head, QIODevice* device
   if (!page.End()) throw Failure(QStringLiteral("the pages of %1 cannot be drawn").arg(reports.identifier));
 }
 
-/// Of a file that took its place just now: the place is on the disk as well.
+/// After a file has taken its place: makes sure that the folder's entry is on the disk as well.
 void SyncFolder(const QString& path) {
   const QByteArray folder = QFile::encodeName(QFileInfo(path).absolutePath());
   const int descriptor = open(folder.constData(), O_RDONLY | O_CLOEXEC);
@@ -440,7 +462,7 @@ QString Writer::Write(const Reports& reports) {
     throw Failure(FileName::Shown(path) + QStringLiteral(": cannot be written (%1)").arg(file.errorString()));
   }
   Draw(reports, head_, &file);
-  // What the file system still holds back may be what no longer fits.
+  // What the file system still holds back may no longer fit.
   const bool whole = file.flush() && fsync(file.handle()) == 0;
   const QString reason = whole ? QString() : FileName::SystemError(errno);
   if (!whole) file.cancelWriting();
@@ -453,7 +475,7 @@ QString Writer::Write(const Reports& reports) {
 }
 
 QString Writer::NewPath(const Reports& reports) {
-  // An identifier may hold what separates folders, and what changes a terminal.
+  // An identifier may hold folder separators, and characters that act on a terminal.
   const QString name = Console::Printable(reports.pdfName).replace(QLatin1Char('/'), QLatin1Char('_'));
   QString unique = name;
   for (int number = 2; names_.contains(unique); ++number) {

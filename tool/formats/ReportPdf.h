@@ -29,8 +29,8 @@ class Writer {
   /// Throws a Failure if there is no such folder.
   Writer(const QString& folder, const Head& head);
 
-  /// Writes a file and answers its path. It is on the disk whole, and an earlier one is gone; or there is
-  /// none, the earlier one is as it was, and a Failure is thrown. No two calls write the same file.
+  /// Writes a file and returns its path. Either it is on the disk whole and an earlier one is gone; or a
+  /// Failure is thrown, and an earlier one is as it was. No two calls write the same file.
   QString Write(const Reports& reports);
 
  private:

@@ -1,4 +1,4 @@
-// Stands for ReportPdf.cpp where Qt GUI is not there to draw with.
+// Takes the place of ReportPdf.cpp if there is no Qt GUI to draw with.
 #include "tool/Console.h"
 #include "tool/formats/ReportPdf.h"
 

@@ -27,7 +27,7 @@ QByteArray Joined(Kind kind, const QByteArray& columns);
 /// The condition, on that query, of rows that belong to something else.
 QByteArray Disagree(Kind kind);
 
-/// False where thresholds rows disagree with the main file and not one agrees.
+/// False if thresholds rows disagree with the main file and not one agrees.
 bool IsPair(const Sqlite& db);
 
 }  // namespace Belonging

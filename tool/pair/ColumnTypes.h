@@ -10,8 +10,8 @@ namespace ColumnTypes {
 
 enum class Looked { Numbers, NumbersAndTexts };
 
-/// The rows of a table, `most` of them at most, with a text, a blob or an infinity where a number has to be,
-/// or with something else than a text where one has to be. What may be left out may be null.
+/// The rows of a table, at most `most` of them, that have a text, a blob or an infinity where a number has to
+/// be, or something other than a text where a text has to be. What may be left out may be null.
 std::vector<qint64> WrongRows(const Sqlite& db, const QByteArray& schema, const QByteArray& table,
                               Looked looked, std::size_t most = std::numeric_limits<std::size_t>::max());
 

@@ -8,6 +8,7 @@
 #include "tool/Console.h"
 #include "tool/FileName.h"
 #include "tool/pair/NewFile.h"
+#include "tool/pair/Operands.h"
 #include "tool/pair/PrivatePair.h"
 #include "tool/pair/Snapshot.h"
 #include "tool/pair/SourceFile.h"
@@ -38,10 +39,7 @@ bool FileExists(const QString& name) {
 void RequireThresholdsFile(const QString& name, const Deadline& deadline) {
   Snapshot file(name, QString(), deadline, Snapshot::Look::AsItIs);
   file.Files().Open();
-  const qint64 tables = file.Files().Db().Number(
-      "SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name IN ('PreferencesPathLength', "
-      "'AntennaAlignmentThresholds', 'PathAlignmentThresholds')");
-  if (tables != 3) {
+  if (!IsThresholdsFile(file.Files().Db())) {
     throw Failure(FileName::Shown(name) + QStringLiteral(": is no thresholds file"), Status::Damaged);
   }
 }

@@ -5,8 +5,8 @@
 
 #include "tool/pair/Deadline.h"
 
-/// Makes those of the two files that are missing, and answers their names as they can be shown. Each is at
-/// its place complete or not at all. A run that is killed may leave the thresholds file alone; the next one
+/// Makes those of the two files that are missing, and returns their names as they can be shown. Each is in
+/// its place complete or not at all. A run that is killed may leave only the thresholds file; the next one
 /// then makes the main file.
 QStringList CreateMissing(const QString& mainName, const QString& thresholdsName, const Deadline& deadline);
 

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// What is deleted is called this meanwhile: the library finds it by its name, which may be no UTF-8.
+/// What is deleted has this name meanwhile: the library finds it by its name, and its own may not be UTF-8.
 const QByteArray Doomed = QByteArrayLiteral("to be deleted by tarnbeam-db");
 
 QByteArray Table(const char* schema, const char* table) { return QByteArray(schema) + '.' + table; }
@@ -41,7 +41,7 @@ int IndexOf(const Records& records, qint64 key, KeyOf keyOf) {
   return -1;
 }
 
-/// The name for the time of a deletion.
+/// Gives a site or path that name for the time of its deletion.
 class Renamed {
  public:
   Renamed(const Sqlite& db, const Belonging::Tables& tables, qint64 owner)
@@ -96,7 +96,7 @@ QByteArray Deletion::AlignmentCondition() const {
   return condition;
 }
 
-/// All that was shown of it, and by that told from anything else.
+/// All that was shown of it, to tell whether it is still the same.
 QByteArray Deletion::Content(const Sqlite& db) const {
   const Belonging::Tables& tables = Belonging::Of(kind_);
   const QByteArray chosen = Table("main", tables.alignments) + " WHERE " + AlignmentCondition();
@@ -138,7 +138,8 @@ void Deletion::Perform(Edit* edit) const {
   const QByteArray count = "SELECT count(*) FROM main." + QByteArray(tables.alignments);
   const qint64 before = db.Number(count);
   const qint64 wanted = db.Number(count + " WHERE " + AlignmentCondition());
-  // The library deletes by the site or path alone.
+  // The library deletes thresholds by the site or path alone; those that belong to something else are put
+  // back.
   db.Execute("CREATE TEMP TABLE Others AS " + Belonging::Joined(kind_, "t.*") + Belonging::Disagree(kind_));
   Renamed renamed(db, tables, owner_);
   if (one_) {
@@ -163,7 +164,7 @@ void Deletion::DeleteAll(const PrivatePair& copies) const {
                                    QStringLiteral(" could not be deleted"));
 }
 
-// The library counts reports in an order of its own, where equal ones may stand either way.
+// The library counts reports in an order of its own, in which equal ones may come either way round.
 void Deletion::DeleteOne(const PrivatePair& copies) const {
   QString name = QString::fromLatin1(Doomed);
   const std::shared_ptr<IAlignmentDatabase> store = copies.Store();
@@ -185,7 +186,7 @@ void Deletion::DeleteOne(const PrivatePair& copies) const {
   }
   call.RequireSuccess(deleted, QStringLiteral("the report of ") + KindName(kind_) + QLatin1Char(' ') +
                                    Console::Printable(identifier_) + QStringLiteral(" could not be deleted"));
-  // The library leaves those of a site's report.
+  // The library leaves the thresholds of a site's report behind.
   const Belonging::Tables& tables = Belonging::Of(kind_);
   copies.Db().Execute("DELETE FROM " + Table("thresholds", tables.thresholds) + " WHERE " +
                       tables.alignmentKey + " = " + QByteArray::number(key_) + " AND " +

@@ -13,7 +13,6 @@
 #include "tool/pair/NewFile.h"
 #include "tool/pair/RowChanges.h"
 #include "tool/pair/SourceFile.h"
-#include "tool/pair/Versions.h"
 
 namespace {
 
@@ -26,15 +25,15 @@ constexpr int ReadBackSeconds = 10;
 /// What the change and the return to WAL mode add to a file's counter.
 constexpr quint32 ChangesOfOurs = 2;
 
-/// The file as the connection has it locked. Opening it otherwise would give up the connection's locks when
-/// it is closed again.
+/// The file as the connection has opened it. If it were opened in any other way, closing it would release the
+/// connection's locks.
 sqlite3_file* FileOf(const Sqlite& db, const char* schema) {
   sqlite3_file* file = nullptr;
   sqlite3_file_control(db.Handle(), schema, SQLITE_FCNTL_FILE_POINTER, &file);
   return file;
 }
 
-/// A number in the file's head that every change adds one to.
+/// A number in the file's header that every change increments.
 quint32 ChangeCounter(const Sqlite& db, const char* schema) {
   constexpr sqlite3_int64 At = 24;
   std::array<unsigned char, 4> bytes{};
@@ -45,7 +44,7 @@ quint32 ChangeCounter(const Sqlite& db, const char* schema) {
   return counter;
 }
 
-/// A journal that a killed run had only begun: it is empty or starts with a zero, and SQLite passes it over.
+/// A journal that a killed run had only begun: it is empty or starts with a zero, and SQLite ignores it.
 void RemoveIfBegun(const QByteArray& journal) {
   char first = 0;
   const Descriptor file(journal, O_RDONLY);
@@ -87,7 +86,7 @@ Edit::Edit(const QString& mainName, const QString& thresholdsName, const Deadlin
 
 Edit::~Edit() { Release(); }
 
-// Each is closed before SQLite opens it: closing gives up all locks that the process has on a file.
+// Each is closed before SQLite opens it: closing releases all locks that the process has on a file.
 void Edit::FindFiles(const QString& mainName, const QString& thresholdsName) {
   const SourceFile mainFile(mainName);
   mainPath_ = mainFile.Path();
@@ -101,7 +100,7 @@ void Edit::FindFiles(const QString& mainName, const QString& thresholdsName) {
 
 void Edit::Lock(const Deadline& deadline) {
   db_ = std::make_unique<Sqlite>(mainPath_, copies_.ShownMain());
-  // Keys, triggers and conditions have their say on the copies.
+  // Keys, triggers and conditions take effect on the copies.
   db_->Execute("PRAGMA ignore_check_constraints = ON");
   while (!TryLock()) {
     if (!deadline.Pause()) throw InUse(FindInUse());
@@ -131,7 +130,7 @@ QString Edit::FindInUse() const {
   return both && !SourceFile::IsLockedByOthers(mainPath_) ? copies_.ShownThresholds() : copies_.ShownMain();
 }
 
-// The lock that goes with exclusive mode is kept until a transaction ends, so nobody comes in between.
+// The lock that goes with exclusive mode is kept until a transaction ends, so nobody can come in between.
 void Edit::SetRollbackJournal(const char* schema, bool* hasLog) const {
   const QByteArray pragma = QByteArray("PRAGMA ") + schema + '.';
   if (JournalMode(*db_, pragma + "journal_mode") != "wal") return;
@@ -181,16 +180,11 @@ void Edit::CopyLocked(const char* schema, const QByteArray& target) const {
 }
 
 void Edit::LookAtCopies(Files files) {
-  copies_.Open();
-  if (files == Files::AsTheyAre) return;
-  if (copies_.RequireVersion() != CurrentSchemaVersion) {
-    throw Failure(copies_.ShownMain() + QStringLiteral(": is of version ") +
-                  QString::number(copies_.Version()) +
-                  QStringLiteral("; 'tarnbeam-db migrate' brings it to version ") +
-                  QString::number(CurrentSchemaVersion));
+  if (files == Files::AsTheyAre) {
+    copies_.Open();
+  } else {
+    copies_.RequireCurrentPair();
   }
-  copies_.RequireShape();
-  copies_.RequireBelonging();
 }
 
 void Edit::Commit() {
@@ -226,7 +220,7 @@ void Edit::RequireEqual(const Sqlite& db) const {
   });
 }
 
-/// Over a connection of its own, so that the files are read and not what the first one remembers.
+/// Over a connection of its own, so that the files are read and not what the first one has cached.
 void Edit::ReadBack() const {
   const Deadline patience(ReadBackSeconds);
   for (;;) {
@@ -242,7 +236,7 @@ void Edit::ReadBack() const {
         const quint32 before = file == "main" ? mainCounter_ : thresholdsCounter_;
         if (ChangeCounter(db, file.constData()) - before > ChangesOfOurs) othersCameIn = true;
       });
-      // What another program made of the files since is its own.
+      // What another program has made of the files since is not judged.
       if (!othersCameIn) RequireEqual(db);
       return;
     } catch (const InUse&) {
@@ -259,7 +253,7 @@ void Edit::Release() {
   if (db_ == nullptr) return;
   sqlite3* const db = db_->Handle();
   if (sqlite3_get_autocommit(db) == 0) sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
-  // Where another program is quicker the file keeps its rollback journal.
+  // If another program is quicker, the file keeps its rollback journal.
   if (mainHasLog_) sqlite3_exec(db, "PRAGMA main.journal_mode = WAL", nullptr, nullptr, nullptr);
   if (thresholdsHaveLog_) sqlite3_exec(db, "PRAGMA thresholds.journal_mode = WAL", nullptr, nullptr, nullptr);
   db_.reset();

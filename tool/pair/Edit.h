@@ -18,7 +18,7 @@
 class Edit {
  public:
   enum class Files {
-    Pair,      ///< Both of the current version, looked over, and belonging together.
+    Pair,      ///< Both of the current version, checked, and belonging together.
     AsTheyAre  ///< Only sound; the rest is looked at by the caller.
   };
 

@@ -101,7 +101,7 @@ bool FileCheck::LookAtFile(About file, const Sqlite& db) {
   });
   const bool intact = findings_.back().severity == Severity::None;
   if (inMain) {
-    // A page that is damaged, and not the one with the version, leaves that to be read.
+    // If another page is damaged than the one with the version, the version can still be read.
     Look(file, UnknownVersion, Severity::Error, [&] {
       version_ = db.Number("SELECT VersionNumber FROM Version WHERE rowid = 1");
       return Versions::IsKnown(version_)
@@ -125,12 +125,12 @@ bool FileCheck::LookAtFile(About file, const Sqlite& db) {
   return true;
 }
 
-/// Whether all that its version's have is there.
+/// Whether everything is there that files of its version have.
 bool FileCheck::LookAtSchema(About file, const Sqlite& db, const Sqlite& fresh) {
   bool right = false;
   Look(file, Differences, Severity::Error, [&] {
     QStringList differences = Schema::Differences(db, fresh);
-    // What is there beyond does not keep anything from being looked at.
+    // What is there in addition does not keep anything from being looked at.
     right = std::all_of(differences.cbegin(), differences.cend(), [](const QString& difference) {
       return difference.endsWith(QStringLiteral("does not belong there"));
     });

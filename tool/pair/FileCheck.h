@@ -13,7 +13,7 @@
 struct Finding {
   enum class Severity {
     None,
-    Skipped,  ///< Not looked at, since the file is damaged or has not its tables.
+    Skipped,  ///< Not looked at, since the file is damaged or lacks tables.
     Note,     ///< What normal work leaves.
     Warning,
     Error
@@ -23,26 +23,26 @@ struct Finding {
   QString rule;
   Severity severity = Severity::None;
   qint64 count = 0;
-  /// What it is about, the first of them.
+  /// The first of the things found.
   QStringList keys;
 };
 
-/// Looks private copies over by every rule there is.
+/// Checks private copies by every rule there is.
 class FileCheck {
  public:
   explicit FileCheck(PrivatePair* files);
 
   const std::vector<Finding>& Findings() const { return findings_; }
   Finding::Severity Worst() const;
-  /// 0 where there is none to be read.
+  /// 0 if none can be read.
   qint64 Version() const { return version_; }
 
  private:
-  /// Files that a rule is about; it is looked at where these are sound.
+  /// Files that a rule is about; it is applied only if these are sound.
   enum class About { Main, Thresholds };
 
   void Add(About file, const char* rule, Finding::Severity severity, const QStringList& found);
-  /// Calls `look`; what it cannot read is an error, too.
+  /// Calls `look`; what it cannot read is an error too.
   void Look(About file, const char* rule, Finding::Severity severity,
             const std::function<QStringList()>& look);
   void Skip(About file, const char* rule);
@@ -57,7 +57,7 @@ class FileCheck {
   const Sqlite main_;
   std::vector<Finding> findings_;
   qint64 version_ = 0;
-  /// Of a main file that is sound.
+  /// Known once the main file was found sound.
   std::unique_ptr<KeyUse> used_;
   bool mainIsSound_ = false;
   bool thresholdsAreSound_ = false;

@@ -23,7 +23,7 @@ class Descriptor {
   int number_;
 };
 
-/// Throws a Failure that tells errno.
+/// Throws a Failure that says what errno stands for.
 [[noreturn]] void FailWithErrno(const QString& shown);
 [[noreturn]] void FailWithErrno(const QByteArray& path);
 
@@ -31,9 +31,9 @@ class Descriptor {
 void WriteAll(int descriptor, const char* content, qint64 size, const QByteArray& target);
 /// Copies from the beginning of an open file, whose name in messages is `shown`, to the end of another.
 void CopyContent(int from, const QString& shown, int to, const QByteArray& target);
-/// Over what is at the target, if anything.
+/// Replaces what is at the target, if anything.
 void CopyFile(const QByteArray& from, const QByteArray& target);
-/// What was written to a file, or renamed in a folder, is on the disk afterwards.
+/// Makes sure that what was written to a file, or renamed in a folder, is on the disk.
 void Sync(const QByteArray& path);
-/// The folder that a file stands in.
+/// The folder that a file is in.
 QByteArray FolderOf(const QByteArray& path);

@@ -19,7 +19,7 @@ class KeyUse {
   explicit KeyUse(const Sqlite& db);
 
   enum class Of { Sites, Paths, Orientations, Locations, Heights };
-  /// Rows that no alignment refers to: keys, with the names where there are such.
+  /// Rows that no alignment refers to: keys, with names if there are any.
   QStringList Unused(const Sqlite& db, Of table) const;
 
   const std::vector<Owned>& Alignments(Kind kind) const { return kind == Kind::Site ? ofSites_ : ofPaths_; }
@@ -33,8 +33,7 @@ class KeyUse {
   std::vector<Owned> ofPaths_;
 };
 
-/// What the thresholds rows of a kind make together with the alignments of the main file, by alignments'
-/// keys.
+/// How the thresholds rows of a kind match the alignments of the main file, by alignments' keys.
 struct ThresholdsUse {
   ThresholdsUse(const KeyUse& mainFile, const Sqlite& db, Kind kind);
 

@@ -5,7 +5,7 @@
 #include "core/OperationGuard.h"
 #include "tool/Console.h"
 
-/// A stretch of calls of the library that is watched: what goes wrong in it is told, and it comes to an end.
+/// A stretch of library calls that is watched: what goes wrong in it is reported, and it comes to an end.
 class LibraryCall {
  public:
   LibraryCall() : guard_({FailedSteps, Milliseconds}) {}
@@ -15,7 +15,7 @@ class LibraryCall {
 
  private:
   static constexpr int FailedSteps = 5;
-  /// Of one call. Files were looked over before, so this is for what nobody thought of.
+  /// For each call. Files have been checked before, so this is for what nobody thought of.
   static constexpr int Milliseconds = 120'000;
 
   OperationGuard guard_;

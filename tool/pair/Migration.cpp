@@ -26,7 +26,7 @@ constexpr auto Steps =
     AllConverters::Table([](auto converter) { return &Convert<typename decltype(converter)::Type>; });
 static_assert(Steps.size() == CurrentSchemaVersion - 1, "a version without its converter");
 
-/// Tables whose rows all steps are to carry over.
+/// Tables whose rows every step has to carry over.
 constexpr const char* KeptTables[] = {"AntennaAlignment", "PathAlignment", "Preferences",
                                       "SiteScreenContents", "PathScreenContents"};
 
@@ -34,7 +34,7 @@ class Conversion {
  public:
   Conversion(PrivatePair* copies, bool acceptLosses) : copies_(copies), acceptLosses_(acceptLosses) {}
 
-  /// What was done, a line a step.
+  /// Returns what was done, a line per step.
   QString Run() {
     TakeOutSurplus();
     const QVector<qint64> before = Counts();

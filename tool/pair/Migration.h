@@ -15,7 +15,7 @@ struct Choices {
 };
 
 /// Prints each step with its duration once all is done. Either the file ends at the current version or it
-/// stays as it was. With a thresholds name that file is made where there is none.
+/// stays as it was. If a thresholds name is given and there is no such file, it is made.
 void Run(const QString& mainName, const QString& thresholdsName, const Choices& choices,
          const Deadline& deadline);
 

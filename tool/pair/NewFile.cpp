@@ -17,14 +17,14 @@
 
 namespace {
 
-/// What a program that simply makes a file gives it.
+/// The mode that a program's files have if it asks for nothing special.
 mode_t OrdinaryMode() {
   const mode_t mask = umask(0);
   umask(mask);
   return 0666 & ~mask;
 }
 
-/// Never over another file, also where one comes to stand there meanwhile.
+/// Never over another file, even if one appears there meanwhile.
 bool MoveToFreePlace(const QByteArray& from, const QByteArray& to) {
   if (renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS) return false;
@@ -41,7 +41,7 @@ NewFile::NewFile(const QByteArray& content, const QString& name)
   descriptor_ = mkostemp(beside_.data(), O_CLOEXEC);
   if (descriptor_ < 0) FailWithErrno(shown_);
   try {
-    // Held as long as the run lives: what nobody holds was left by one that was killed.
+    // Locked as long as the run lives: a file that nobody has locked was left by a run that was killed.
     flock(descriptor_, LOCK_EX | LOCK_NB);
     const Descriptor source(content, O_RDONLY);
     if (!source.IsOpen()) FailWithErrno(content);

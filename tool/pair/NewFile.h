@@ -3,8 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
-/// A file that is to stand where none does. It is written whole beside its place, under a name of its own
-/// (NAME.creating-XXXXXX), and then moved there, so at its place it is complete or absent.
+/// A file that is to be where none is. It is written whole beside its place, under a name of its own
+/// (NAME.creating-XXXXXX), and then moved there, so in its place it is complete or absent.
 class NewFile {
  public:
   /// Copies the content and syncs it. Throws a Failure, and leaves nothing.
@@ -30,5 +30,5 @@ class NewFile {
   int descriptor_ = -1;
 };
 
-/// A path with nothing in it that a pattern of names would take for more than itself.
+/// The path without anything that a name pattern would take for more than itself.
 QByteArray EscapedForPattern(const QByteArray& path);

@@ -67,7 +67,7 @@ void WatchSignals() {
   }
 }
 
-/// A folder is its run's as long as that holds the lock.
+/// A folder belongs to its run as long as the run holds the lock.
 bool LockFolder(int descriptor) { return flock(descriptor, LOCK_EX | LOCK_NB) == 0; }
 
 bool IsStillThere(const QByteArray& path, int descriptor) {
@@ -93,7 +93,7 @@ void RemoveIfAbandoned(const QByteArray& path) {
 
 PrivateFolder::PrivateFolder() {
   const QByteArray place = TemporaryPlace();
-  // Another run that removes leftovers may take the folder away before it is locked: then another one is
+  // Another run that removes leftovers may take the folder away before it is locked; then another one is
   // made.
   while (descriptor_ < 0) {
     path_ = place + Prefix + "XXXXXX";

@@ -4,8 +4,8 @@
 #include <QString>
 
 /// A folder of this run's own for private copies, within the folder for temporary files (TMPDIR, else /tmp).
-/// Nobody else can read it. It goes with everything in it when the run ends, also by a signal that can be
-/// caught; what a killed run leaves is named tarnbeam-db-XXXXXX.
+/// Nobody else can read it. It is removed with everything in it when the run ends, even by a signal that can
+/// be caught; what a killed run leaves is named tarnbeam-db-XXXXXX.
 class PrivateFolder {
  public:
   PrivateFolder();
@@ -17,7 +17,7 @@ class PrivateFolder {
   enum class Name { Main, Thresholds, ReadMain, ReadThresholds, FreshMain, FreshThresholds };
   QByteArray Path(Name name) const;
 
-  /// Whether the path lies in the folder of a run: nothing there has to outlive a power cut.
+  /// Whether the path lies in the folder of a run: nothing there has to survive a power cut.
   static bool Holds(const char* path);
 
   /// Removes the folders of runs that were killed.

@@ -79,7 +79,7 @@ void PrivatePair::RequireShapeOf(const char* schema, const QByteArray& freshPath
     if (!present.contains(table.toLower())) {
       throw Damage(shown, QStringLiteral("has no table ") + QString::fromUtf8(table));
     }
-    // A generated column would be worked out each time that it is read.
+    // A generated column would be computed each time that it is read.
     const QSet<QByteArray> columns = Names(
         *db_, "SELECT name FROM pragma_table_xinfo('" + table + "', '" + schema + "') WHERE hidden = 0");
     const QSet<QByteArray> needed = Names(fresh, "SELECT name FROM pragma_table_info('" + table + "')");
@@ -115,6 +115,17 @@ void PrivatePair::RequirePair() {
                      QStringLiteral(", which has no thresholds file: leave THRESHOLDS out"));
   }
   RequireShape();
+}
+
+void PrivatePair::RequireCurrentPair() {
+  Open();
+  if (RequireVersion() != CurrentSchemaVersion) {
+    throw Failure(shownMain_ + QStringLiteral(": is of version ") + QString::number(version_) +
+                  QStringLiteral("; 'tarnbeam-db migrate' brings it to version ") +
+                  QString::number(CurrentSchemaVersion));
+  }
+  RequireShape();
+  RequireBelonging();
 }
 
 void PrivatePair::RequireBelonging() const {

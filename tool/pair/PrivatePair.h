@@ -8,11 +8,11 @@
 
 class IAlignmentDatabase;
 
-/// Private copies of the two files, or of the main file alone. What they hold is looked over before anything
-/// is read through the library, which neither comes to an end in damaged files nor tells what it met there.
+/// Private copies of the two files, or of the main file alone. What they hold is checked before anything is
+/// read through the library, which may neither come to an end in damaged files nor report what it met there.
 class PrivatePair {
  public:
-  /// The names are those of the files copied, for messages; without thresholds file the second is empty.
+  /// The names are those of the files copied, for messages; without a thresholds file the second is empty.
   PrivatePair(QString shownMain, QString shownThresholds);
 
   bool HasThresholds() const { return !shownThresholds_.isEmpty(); }
@@ -27,25 +27,27 @@ class PrivatePair {
   QByteArray FreshThresholdsPath() const { return folder_.Path(PrivateFolder::Name::FreshThresholds); }
   const PrivateFolder& Folder() const { return folder_; }
 
-  /// Once the copies stand: applies what was left beside the files, opens them, and throws a Failure (4) for
-  /// damage and for what is no database.
+  /// Once the copies are there: applies what was left beside the files, opens them, and throws a Failure (4)
+  /// for damage and for what is not a database.
   void Open();
-  /// For one who replaces the copies; Open() again afterwards.
+  /// To be called before the copies are replaced; Open() again afterwards.
   void Close() { db_.reset(); }
   /// Goes through all pages of both.
   void RequireSoundCopies() const;
-  /// The same for a main file without version, and a version that is not known.
+  /// Throws the same for a main file without a version, and for a version that is not known.
   unsigned int RequireVersion();
-  /// The same unless both have the tables and columns that their version's have.
+  /// Throws the same unless both have the tables and columns of their version.
   void RequireShape();
-  /// All of these; and whether a thresholds file was given has to go with the version (else WrongUsage).
+  /// All of these; and whether a thresholds file was given has to fit the version (else WrongUsage).
   void RequirePair();
+  /// The same unless they are a pair that can be changed: of the current version and belonging together.
+  void RequireCurrentPair();
   /// The same where rows of the thresholds file contradict the main file's, and not one agrees.
   void RequireBelonging() const;
 
   /// The main file, with the thresholds file attached under that name.
   const Sqlite& Db() const { return *db_; }
-  /// Of a pair that was looked over.
+  /// Of a pair that was checked.
   unsigned int Version() const { return version_; }
   /// The library's store over the copies.
   std::shared_ptr<IAlignmentDatabase> Store() const;

@@ -11,7 +11,7 @@ namespace {
 // SQLite keeps pointers to these for the life of the process.
 sqlite3_vfs quiet{};
 sqlite3_vfs* original = nullptr;
-/// The methods of a kind of file, and the same without syncs. Databases are of one kind, journals of another.
+/// The methods of one kind of file, with and without syncs. Databases are of one kind, journals of another.
 struct Methods {
   const sqlite3_io_methods* loud = nullptr;
   sqlite3_io_methods quiet{};
@@ -20,7 +20,7 @@ std::array<Methods, 4> kinds;
 
 int DoNotSync(sqlite3_file* /*file*/, int /*flags*/) { return SQLITE_OK; }
 
-/// Those without syncs; where there are more kinds than expected, files are synced, which only takes longer.
+/// Those without syncs; if there are more kinds than expected, files are synced, which only takes longer.
 const sqlite3_io_methods* QuietOf(const sqlite3_io_methods* methods) {
   for (Methods& kind : kinds) {
     if (kind.loud == nullptr) {

@@ -21,8 +21,9 @@ using Belonging::Tables;
 /// The one site or path under which the library is made to find all that is to be read.
 const QByteArray Everything = QByteArrayLiteral("everything");
 
-/// The library looks through all alignments for each site, so asked for one after the other their time grows
-/// with the square. In a second copy all that is to be read belongs to one site, which is asked for once.
+/// The library looks through all alignments for each site, so reading one after the other takes time that
+/// grows with the square. In a second copy all that is to be read belongs to one site, which is asked for
+/// once.
 class Gathered {
  public:
   Gathered(const PrivatePair& files, const Tables& tables, const qint64* onlyOwner)
@@ -64,7 +65,7 @@ class Gathered {
         db_->Number("SELECT min(0, (SELECT ifnull(min(" + owner + "), 0) FROM " + owners +
                     "), (SELECT ifnull(min(" + owner + "), 0) FROM " + alignments + ")) - 1");
     if (files_.HasThresholds()) {
-      // Rows that belong to something else are not believed.
+      // Rows that belong to something else are not used.
       const QByteArray thresholds = QByteArray("thresholds.") + tables_.thresholds;
       db_->Execute("DELETE FROM " + thresholds + " WHERE rowid IN (" +
                    Belonging::Joined(tables_.kind, "t.rowid") + Belonging::Disagree(tables_.kind) + ')');
@@ -159,7 +160,7 @@ std::map<qint64, std::vector<Alignment>> Read(const PrivatePair& files, Kind kin
   qint64 left = 0;
   for (Alignment& alignment : ReadGathered(files, kind, Gathered(files, tables, onlyOwner))) {
     const auto owner = owners.constFind(alignment.key);
-    // A key of more than 32 bits comes back cut off.
+    // A key of more than 32 bits comes back truncated.
     if (owner == owners.constEnd()) {
       ++left;
     } else {

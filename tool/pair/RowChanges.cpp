@@ -6,12 +6,12 @@
 
 namespace {
 
-/// A table whose rows are kept in a b-tree of its own. Those of virtual tables are kept in such ones.
+/// A table whose rows are kept in a b-tree of its own. Virtual tables keep theirs in such tables.
 struct Table {
   QByteArray name;
   /// Columns that hold values; generated ones do not.
   QVector<QByteArray> columns;
-  /// By which rows are told apart; empty where there are only the columns.
+  /// By which rows are told apart; empty if there are only the columns.
   QByteArray rowId;
   bool rowIdIsColumn = false;
 };

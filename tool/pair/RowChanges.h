@@ -2,7 +2,7 @@
 
 #include "tool/pair/Sqlite.h"
 
-/// Two databases attached to one connection, the one to be made like the other.
+/// Two databases attached to one connection, one of which is to be made like the other.
 namespace RowChanges {
 
 /// Makes the tables, rows, indices, views and triggers of `to` those of `from`, touching only what differs.

@@ -21,12 +21,12 @@ constexpr std::array<Growth, 7> Growths = {{{"main.AntennaAlignment", 1, 0},
 
 }  // namespace
 
-Saving::Saving(Edit* edit) : edit_(edit), store_(edit->Copies().Store()), before_(Count()) {}
+Saving::Saving(const PrivatePair& copies) : copies_(copies), store_(copies.Store()), before_(Count()) {}
 
 Saving::Counts Saving::Count() const {
   Counts counts{};
   for (std::size_t at = 0; at < Growths.size(); ++at) {
-    counts.at(at) = edit_->Copies().Db().Number(QByteArray("SELECT count(*) FROM ") + Growths.at(at).table);
+    counts.at(at) = copies_.Db().Number(QByteArray("SELECT count(*) FROM ") + Growths.at(at).table);
   }
   return counts;
 }

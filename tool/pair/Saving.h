@@ -3,17 +3,17 @@
 #include <array>
 
 #include "tool/Alignment.h"
-#include "tool/pair/Edit.h"
 #include "tool/pair/LibraryCall.h"
+#include "tool/pair/PrivatePair.h"
 
-/// Saves alignments through the library into the private copies of an edit.
+/// Saves alignments through the library into private copies.
 class Saving {
  public:
-  explicit Saving(Edit* edit);
+  explicit Saving(const PrivatePair& copies);
   /// Throws a Failure that begins with `what` unless all went well.
   void Save(const Alignment& alignment, const QString& what);
-  /// Throws a Failure unless every row that the saves should have made is there: a trigger can do away with
-  /// one without anybody noticing.
+  /// Throws a Failure unless every row that the saves should have made is there: a trigger can remove one
+  /// without anybody noticing.
   void RequireAllKept();
 
  private:
@@ -21,7 +21,7 @@ class Saving {
   using Counts = std::array<qint64, TableCount>;
   Counts Count() const;
 
-  Edit* const edit_;
+  const PrivatePair& copies_;
   const std::shared_ptr<IAlignmentDatabase> store_;
   const Counts before_;
   qint64 sites_ = 0;

@@ -55,7 +55,7 @@ Surplus SurplusOf(const Sqlite& file, const Sqlite& fresh) {
   Surplus surplus;
   const Objects present = ObjectsOf(file);
   const Objects expected = ObjectsOf(fresh);
-  // Tables last: with a table go its indices and triggers. Columns after what may be about them.
+  // Tables last: with a table go its indices and triggers. Columns come after whatever may refer to them.
   for (const char* type : {"trigger", "view", "index", "table"}) {
     for (const auto& [object, text] : present) {
       if (object.first != type || expected.count(object) > 0) continue;

@@ -1,7 +1,8 @@
 #include "tool/pair/Snapshot.h"
 
 #include <QHash>
-#include <limits>
+#include <algorithm>
+#include <iterator>
 
 #include "store/IAlignmentDatabase.h"
 #include "tool/Console.h"
@@ -37,6 +38,51 @@ Reports ReportsOf(unsigned int version, const Snapshot::Summary& summary, std::v
   return reports;
 }
 
+std::vector<Snapshot::Summary> SummariesOf(const PrivatePair& files, Kind kind) {
+  const Belonging::Tables& tables = Belonging::Of(kind);
+  struct Count {
+    qint64 reports = 0;
+    qint64 lastMeasured = 0;
+  };
+  QHash<qint64, Count> counts;
+  // Times are unsigned numbers of 32 bits that may be stored as signed ones; all bits set means no time.
+  Sqlite::Rows counted = files.Db().Select(QByteArray("SELECT ") + tables.ownerKey +
+                                           ", count(*), max(CASE LinuxTimeUTC & 4294967295 WHEN 4294967295 "
+                                           "THEN NULL ELSE LinuxTimeUTC & 4294967295 "
+                                           "END) FROM main." +
+                                           tables.alignments + " GROUP BY 1");
+  while (counted.Next()) {
+    counts.insert(counted.Int(0), {counted.Int(1), counted.IsNull(2) ? -1 : counted.Int(2)});
+  }
+  std::vector<Snapshot::Summary> summaries;
+  Sqlite::Rows owners = files.Db().Select(QByteArray("SELECT ") + tables.ownerKey + ", " + tables.ownerName +
+                                          " FROM main." + tables.owners + " ORDER BY 1");
+  while (owners.Next()) {
+    const Count count = counts.value(owners.Int(0));
+    QDateTime last;
+    if (count.reports > 0 && count.lastMeasured >= 0) {
+      last = QDateTime::fromSecsSinceEpoch(count.lastMeasured, Qt::UTC);
+    }
+    summaries.push_back({kind, owners.Int(0), owners.Text(1), count.reports, last});
+  }
+  return summaries;
+}
+
+/// Alignments that name a row which is not there: the library reads zeros in its place.
+qint64 Incomplete(const Sqlite& db, Kind kind) {
+  const Belonging::Tables& tables = Belonging::Of(kind);
+  const auto misses = [](const char* column, const char* table, const char* key) {
+    return QByteArray(column) + " NOT IN (SELECT " + key + " FROM main." + table + ')';
+  };
+  QByteArray condition = misses(tables.ownerKey, tables.owners, tables.ownerKey) + " OR " +
+                         misses("TargetOrientationKey", "Orientation", "OrientationKey") + " OR " +
+                         misses("MeasuredOrientationKey", "Orientation", "OrientationKey") + " OR " +
+                         misses("LocationKey", "Geolocation", "GeolocationKey") + " OR " +
+                         misses("SiteHeightKey", "Height", "HeightKey");
+  if (kind == Kind::Path) condition += " OR " + misses("PathLocationKey", "Geolocation", "GeolocationKey");
+  return db.Number(QByteArray("SELECT count(*) FROM main.") + tables.alignments + " WHERE " + condition);
+}
+
 }  // namespace
 
 Snapshot::Snapshot(const QString& mainName, const QString& thresholdsName, const Deadline& deadline,
@@ -58,57 +104,38 @@ Snapshot::Snapshot(const QString& mainName, const QString& thresholdsName, const
   }
 }
 
-std::vector<Snapshot::Summary> Snapshot::SummariesOf(Kind kind) const {
-  const Belonging::Tables& tables = Belonging::Of(kind);
-  struct Count {
-    qint64 reports = 0;
-    qint64 lastMeasured = 0;
-  };
-  QHash<qint64, Count> counts;
-  // Times are unsigned numbers of 32 bits that may be stored as signed ones; all bits set means no time.
-  Sqlite::Rows counted = files_.Db().Select(QByteArray("SELECT ") + tables.ownerKey +
-                                            ", count(*), max(CASE LinuxTimeUTC & 4294967295 WHEN 4294967295 "
-                                            "THEN NULL ELSE LinuxTimeUTC & 4294967295 "
-                                            "END) FROM main." +
-                                            tables.alignments + " GROUP BY 1");
-  while (counted.Next()) {
-    counts.insert(counted.Int(0), {counted.Int(1), counted.IsNull(2) ? -1 : counted.Int(2)});
-  }
-  std::vector<Summary> summaries;
-  Sqlite::Rows owners = files_.Db().Select(QByteArray("SELECT ") + tables.ownerKey + ", " + tables.ownerName +
-                                           " FROM main." + tables.owners + " ORDER BY 1");
-  while (owners.Next()) {
-    const Count count = counts.value(owners.Int(0));
-    QDateTime last;
-    if (count.reports > 0 && count.lastMeasured >= 0) {
-      last = QDateTime::fromSecsSinceEpoch(count.lastMeasured, Qt::UTC);
-    }
-    summaries.push_back({kind, owners.Int(0), owners.Text(1), count.reports, last});
-  }
-  return summaries;
-}
-
 std::vector<Snapshot::Summary> Snapshot::Summaries() const {
-  std::vector<Summary> summaries = SummariesOf(Kind::Site);
-  const std::vector<Summary> paths = SummariesOf(Kind::Path);
+  std::vector<Summary> summaries = SummariesOf(files_, Kind::Site);
+  const std::vector<Summary> paths = SummariesOf(files_, Kind::Path);
   summaries.insert(summaries.end(), paths.begin(), paths.end());
   return summaries;
 }
 
-std::vector<Reports> Snapshot::ReadAll() const {
-  ReportReading::RequireNumbers(files_);
+std::vector<Reports> Snapshot::ReadAllOf(const PrivatePair& files) {
+  ReportReading::RequireNumbers(files);
   std::vector<Reports> all;
   for (const Kind kind : {Kind::Site, Kind::Path}) {
-    auto byOwner = ReportReading::Read(files_, kind, nullptr);
-    for (const Summary& summary : SummariesOf(kind)) {
-      all.push_back(ReportsOf(Version(), summary, std::move(byOwner[summary.key])));
+    auto byOwner = ReportReading::Read(files, kind, nullptr);
+    for (const Summary& summary : SummariesOf(files, kind)) {
+      all.push_back(ReportsOf(files.Version(), summary, std::move(byOwner[summary.key])));
     }
   }
   return all;
 }
 
+std::vector<Alignment> Snapshot::ReadWhole() const {
+  std::vector<Alignment> whole;
+  for (Reports& reports : ReadAll()) {
+    std::move(reports.alignments.begin(), reports.alignments.end(), std::back_inserter(whole));
+  }
+  const qint64 incomplete = Incomplete(files_.Db(), Kind::Site) + Incomplete(files_.Db(), Kind::Path);
+  if (incomplete == 0) return whole;
+  throw Damage(files_.ShownMain(), Console::Counted(incomplete, QStringLiteral("alignment")) +
+                                       QStringLiteral(" without all the rows that belong to it"));
+}
+
 Snapshot::Summary Snapshot::Find(Kind kind, const QString& identifier) const {
-  for (const Summary& summary : SummariesOf(kind)) {
+  for (const Summary& summary : SummariesOf(files_, kind)) {
     if (summary.identifier == identifier) return summary;
   }
   throw Failure(files_.ShownMain() + QStringLiteral(": there is no ") + KindName(kind) + QLatin1Char(' ') +

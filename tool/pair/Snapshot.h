@@ -14,10 +14,10 @@ class IPreferencesModel;
 /// nothing is made beside them.
 class Snapshot {
  public:
-  /// How much of it is looked over beforehand; each throws a Failure (4) for what is not as it has to be.
+  /// How much of it is checked beforehand; each throws a Failure (4) for what is not as it has to be.
   enum class Look { AsItIs, Version, Pair };
 
-  /// Of a main file without thresholds file the second name is empty.
+  /// For a main file without a thresholds file the second name is empty.
   Snapshot(const QString& mainName, const QString& thresholdsName, const Deadline& deadline,
            Look look = Look::Pair);
 
@@ -31,7 +31,7 @@ class Snapshot {
     qint64 key = 0;
     QString identifier;
     qint64 reports = 0;
-    /// Invalid where there are no reports.
+    /// Invalid if there are no reports.
     QDateTime lastMeasured;
   };
   /// Of all sites, then all paths, in the order of the file.
@@ -41,15 +41,19 @@ class Snapshot {
   qint64 KeyOf(Kind kind, const QString& identifier) const;
 
   /// All alignments, through the library; with values that are no finite numbers a Failure (4).
-  std::vector<Reports> ReadAll() const;
+  std::vector<Reports> ReadAll() const { return ReadAllOf(files_); }
+  /// The same of private copies that were looked over.
+  static std::vector<Reports> ReadAllOf(const PrivatePair& files);
+  /// All alignments, one after the other; a Failure (4) also where one of them names a row that is not
+  /// there.
+  std::vector<Alignment> ReadWhole() const;
   /// Of one site or path; fails for an identifier that is not stored.
   Reports ReadOne(Kind kind, const QString& identifier) const;
 
-  /// False where none are stored.
+  /// False if none are stored.
   bool RestorePreferences(IPreferencesModel* model) const;
 
  private:
-  std::vector<Summary> SummariesOf(Kind kind) const;
   Summary Find(Kind kind, const QString& identifier) const;
 
   PrivatePair files_;

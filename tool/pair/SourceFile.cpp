@@ -45,7 +45,7 @@ bool Exists(const QByteArray& path) {
   return stat(path.constData(), &status) == 0;
 }
 
-/// Tells whether a file was written to meanwhile.
+/// Shows whether a file was written to meanwhile.
 struct Stamp {
   explicit Stamp(const QByteArray& path) { there = stat(path.constData(), &status) == 0; }
   bool operator==(const Stamp& other) const {
@@ -84,7 +84,7 @@ SourceFile::SourceFile(const QString& name) : shown_(FileName::Shown(name)) {
   }
 }
 
-// Closing a file gives up all locks that the process has on it.
+// Closing a file releases all locks that the process has on it.
 SourceFile::~SourceFile() {
   if (logIndex_ >= 0) close(logIndex_);
   close(descriptor_);
@@ -146,8 +146,8 @@ QByteArray SourceFile::SuperJournal(int journal, off_t size) const {
   return sum == 0 ? name : QByteArray();
 }
 
-// As SQLite decides: a journal counts where nobody is in the middle of the change, and where the journal that
-// it shares with another file, if it does, still stands. Once that is gone the change was committed.
+// As SQLite decides: a journal counts if nobody is in the middle of the change and if the journal that it
+// shares with another file, should there be one, still exists. Once that is gone the change was committed.
 void SourceFile::LookAtJournal() {
   rollsBack_ = false;
   namesSuperJournal_ = false;
@@ -172,7 +172,7 @@ void SourceFile::LookAtJournal() {
 }
 
 // While these are held nobody moves the log into the file or starts it anew; what is added at its end
-// meanwhile is a whole change or passed over.
+// meanwhile is a whole change or is ignored.
 bool SourceFile::LockLog() {
   const QByteArray path = path_ + "-shm";
   logIndex_ = open(path.constData(), O_RDONLY | O_CLOEXEC);

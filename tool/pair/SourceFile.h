@@ -7,12 +7,12 @@
 
 #include "tool/pair/Deadline.h"
 
-/// A database file of the user's while it is copied. It is opened for reading alone, under the shared locks
+/// A database file of the user's while it is copied. It is opened for reading only, under the shared locks
 /// that SQLite itself takes, so nothing is ever written to it or beside it. A journal or write-ahead log that
 /// goes with it is copied too, for SQLite to apply to the copy.
 class SourceFile {
  public:
-  /// Throws a Failure where there is no file, no database, or nothing that can be read.
+  /// Throws a Failure if there is no file, if it is not a database, or if it cannot be read.
   explicit SourceFile(const QString& name);
   SourceFile(const SourceFile&) = delete;
   SourceFile& operator=(const SourceFile&) = delete;
@@ -23,19 +23,19 @@ class SourceFile {
   const QByteArray& Path() const { return path_; }
   bool IsSameFileAs(const SourceFile& other) const;
 
-  /// False while another program has the file exclusively.
+  /// False while another program has the file locked exclusively.
   bool TryLock();
   void Unlock();
 
-  /// Whether another program has any lock on the file. Gives up those that this one has.
+  /// Whether another program has any lock on the file. Releases those that this one has.
   static bool IsLockedByOthers(const QByteArray& path);
 
   /// Whether the change that a journal beside the file belongs to is still to be undone. Asked of all files
   /// under their locks, before one of them is copied.
   void LookAtJournal();
 
-  /// Copies all that belongs to the file. False where a program that writes to the write-ahead log came
-  /// between: then the copy is to be made again.
+  /// Copies all that belongs to the file. False if a program that writes to the write-ahead log came in
+  /// between: then the copy has to be made again.
   bool Copy(const QByteArray& target);
 
  private:
@@ -51,6 +51,6 @@ class SourceFile {
   bool namesSuperJournal_ = false;
 };
 
-/// Copies of one or two files that stand for one moment.
+/// Copies of one or two files that show one moment.
 void CopyTogether(SourceFile* mainFile, const QByteArray& mainTarget, SourceFile* thresholdsFile,
                   const QByteArray& thresholdsTarget, const Deadline& deadline);

@@ -17,7 +17,7 @@ namespace {
     case SQLITE_NOTADB:
       throw Failure(shown + QStringLiteral(": is no database"), Status::Damaged);
     case SQLITE_ERROR:
-      // Statements are right, so it is the file's tables that are not.
+      // The statements are right, so it is the file's tables that are wrong.
       throw Damage(shown, QString::fromUtf8(message));
     default:
       throw Failure(shown + QStringLiteral(": ") + QString::fromUtf8(message));

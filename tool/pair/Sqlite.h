@@ -8,7 +8,7 @@ struct sqlite3;
 struct sqlite3_stmt;
 
 /// A connection of the program's own. What goes wrong is thrown as a Failure that names the file: in use (3),
-/// damaged or of another kind (4), or what else it is (1).
+/// damaged or of another kind (4), or anything else (1).
 class Sqlite {
  public:
   /// Over an existing file. `shown` is its name in messages.
@@ -21,7 +21,7 @@ class Sqlite {
     qint64 Int(int column) const;
     /// Bytes as they are stored, of whatever type.
     QByteArray Bytes(int column) const;
-    /// With replacement characters for what is no UTF-8.
+    /// With replacement characters for what is not UTF-8.
     QString Text(int column) const;
     bool IsNull(int column) const;
 

@@ -16,7 +16,7 @@ bool IsKnown(qint64 version);
 /// The store of a known version over existing files; its destructor is its class's own.
 std::shared_ptr<IAlignmentDatabase> Open(unsigned int version, const QString& mainPath,
                                          const QString& thresholdsPath);
-/// Makes new files of a known version; throws a Failure where that does not succeed.
+/// Makes new files of a known version; throws a Failure if that fails.
 void Create(unsigned int version, const QString& mainPath, const QString& thresholdsPath);
 
 /// Throws a Failure (4) for a version that this program does not know.

@@ -70,6 +70,28 @@ TEST(DiffTest, OfSeveralThatMatchEqualOnesGoFirst) {
   EXPECT_EQ(diff.onlyInFirst[0].measuredTilt, 2);
 }
 
+TEST(DiffTest, OfDoubledOnesAsManyAreLeftAsThereAreMore) {
+  const AlignmentDiff diff({Site("A"), Site("A"), Site("A"), Site("B")}, {Site("A"), Site("B"), Site("B")});
+  EXPECT_EQ(Identifiers(diff.onlyInFirst), (QStringList{"A", "A"}));
+  EXPECT_EQ(Identifiers(diff.onlyInSecond), QStringList{"B"});
+  EXPECT_TRUE(diff.changed.empty());
+}
+
+// Each compared with each would not come to an end here.
+TEST(DiffTest, ManyOfOneMomentAreMatchedInProportion) {
+  constexpr int Count = 50'000;
+  std::vector<Alignment> first;
+  for (int number = 0; number < Count; ++number) first.push_back(Site("A", static_cast<float>(number)));
+  std::vector<Alignment> second(first.rbegin(), first.rend());
+  second.back().measuredTilt = -1;
+  const AlignmentDiff diff(first, second);
+  ASSERT_EQ(diff.changed.size(), 1U);
+  EXPECT_EQ(diff.changed[0].first.measuredTilt, 0);
+  EXPECT_EQ(diff.changed[0].second.measuredTilt, -1);
+  EXPECT_TRUE(diff.onlyInFirst.empty());
+  EXPECT_TRUE(diff.onlyInSecond.empty());
+}
+
 TEST(DiffTest, Json) {
   Written written;
   WriteDiffJson(AlignmentDiff({Site("A"), Site("B")}, {Site("B", 1), Site("C"), Site("D")}), written.Sink());

@@ -34,6 +34,11 @@ TEST(FieldsTest, DifferingFieldsAreNamed) {
   other.rollThreshold = 1;
   EXPECT_EQ(DifferingFields(SampleSite(), other),
             (QStringList{"measured.tilt", "height.source", "options.note", "options.thresholds.roll"}));
+  other = SampleSite();
+  // Of paths alone.
+  other.farLatitude = 1;
+  other.pathLengthThreshold = 1;
+  EXPECT_EQ(DifferingFields(SampleSite(), other), QStringList());
 }
 
 TEST(FieldsTest, NumbersThatAreNoneAreNamed) {

@@ -75,7 +75,7 @@ TEST_F(PdfTest, AnEarlierFileIsReplaced) {
   EXPECT_TRUE(Read("a.pdf").startsWith("%PDF-"));
 }
 
-// Lets no file grow beyond this, as a full disk would.
+// Lets no file grow beyond this size, as a full disk would.
 class SmallDisk {
  public:
   explicit SmallDisk(rlim_t bytes) {

@@ -4,7 +4,7 @@
 
 #include "tool/formats/AlignmentWriter.h"
 
-// Alignments whose values are all told apart.
+// Alignments of which no two values are alike.
 Alignment SampleSite();
 Alignment SamplePath();
 

@@ -56,7 +56,11 @@ class Standards(unittest.TestCase):
         hostile = copy.deepcopy(entries[0])
         hostile["identifier"] = 'a "quoted", <b>&amp;</b>\tname\x01'
         hostile["options"]["note"] = '=HYPERLINK("x")\r\n,;\n"\x02\U0001f5fc'
-        cls.entries = entries + [hostile] + far_places(entries)
+        plain = copy.deepcopy(entries[0])
+        plain.update(identifier="plain", sector="on the plain map")
+        plain["location"].update(latitude=0, longitude=10)
+        plain["target"]["azimuth"], plain["measured"]["azimuth"] = 90, 0
+        cls.entries = entries + [hostile, plain] + far_places(entries)
         with open("in.json", "w", encoding="utf-8") as file:
             json.dump(cls.entries, file)
         tool("create")
@@ -125,6 +129,38 @@ class Standards(unittest.TestCase):
         self.assertEqual(seen.count("\nLayer name: "), len({key[:2] for key in newest}))
         self.assertEqual(seen.count("OGRFeature("), sum(3 if key[0] == "site" else 4 for key in newest))
         self.assertEqual(seen.count("POINT ("), len(newest))
+
+    def drawn(self, kind, role):
+        """Every pixel that features of the role take, of a square of 0.04 degrees around 10 east on the equator."""
+        name = "plain." + kind
+        with open(name, "wb") as file:
+            file.write(tool("map", "--format", kind, "--sector", "on the plain map"))
+        layer = run("ogrinfo", "-ro", "-q", name).decode().splitlines()[0]
+        layer = layer.partition(": ")[2].partition(" (")[0]
+        run("gdal_rasterize", "-q", "-burn", "255", "-ot", "Byte", "-ts", "40", "40", "-te", "9.98", "-0.02", "10.02",
+            "0.02", "-l", layer, "-where", "role = '%s'" % role, "-of", "GTiff", name, "plain.tif")
+        run("gdal_translate", "-q", "-of", "PNM", "plain.tif", "plain.pgm")
+        os.remove("plain.tif")
+        with open("plain.pgm", "rb") as file:
+            pixels = file.read()[-1600:]
+        return {(number % 40, number // 40) for number in range(1600) if pixels[number]}
+
+    def test_the_map_drawn_plainly(self):
+        # A pixel is a thousandth of a degree. 1000 m are 9.04 of them to the north, 8.98 to the east.
+        corner = 20
+        for kind in ("geojson", "kml"):
+            north = self.drawn(kind, "measured")
+            self.assertEqual({row for _, row in north} & set(range(12, corner)), set(range(12, corner)), kind)
+            self.assertLessEqual({column for column, _ in north}, {corner - 1, corner}, kind)
+            self.assertLessEqual({row for _, row in north}, set(range(10, corner + 1)), kind)
+            east = self.drawn(kind, "target")
+            self.assertEqual({column for column, _ in east} & set(range(21, 28)), set(range(21, 28)), kind)
+            self.assertLessEqual({row for _, row in east}, {corner - 1, corner}, kind)
+            self.assertLessEqual({column for column, _ in east}, set(range(corner - 1, 30)), kind)
+            place = self.drawn(kind, "instrument")
+            self.assertEqual(len(place), 1, kind)
+            self.assertLessEqual(place, {(19, 19), (19, 20), (20, 19), (20, 20)}, kind)
+            self.assertEqual(self.drawn(kind, "path"), set(), kind)
 
     def test_rays_end_where_geodsolve_says(self):
         newest = self.newest()

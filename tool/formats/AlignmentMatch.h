@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QString>
+#include <tuple>
+
+#include "tool/Alignment.h"
+
+/// By this one measurement is found again among others, even where its values differ: kind, identifier,
+/// sector, position and time.
+using MatchKey = std::tuple<Kind, QString, QString, QString, qint64>;
+MatchKey MatchKeyOf(const Alignment& alignment);
+
+/// The same as it can be shown on a line: "site S, sector A, position 1, 2024-05-14T07:12:33Z".
+QString ShownMatch(const Alignment& alignment);

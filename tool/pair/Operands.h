@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QStringList>
+#include <vector>
+
+#include "tool/pair/Deadline.h"
+#include "tool/pair/Sqlite.h"
+
+/// A main file, and the thresholds file that goes with it; empty where there is none.
+struct PairNames {
+  QString mainName;
+  QString thresholdsName;
+};
+
+/// Whether a database has the tables of a thresholds file and is no main file.
+bool IsThresholdsFile(const Sqlite& db);
+
+/// Which files belong together where any of them may come without a thresholds file: that is told by what
+/// they hold, and a thresholds file goes with the main file before it. Throws WrongUsage where there is none.
+std::vector<PairNames> PairsOf(const QStringList& names, const Deadline& deadline);
