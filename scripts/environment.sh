@@ -102,6 +102,7 @@ large_group packages 'Debian packages' <<'END'
 command -v dpkg-shlibdeps | dpkg-dev
 command -v file | file
 command -v lintian | lintian
+command -v make | make
 END
 
 large_group layout "the classes' layout" <<'END'
