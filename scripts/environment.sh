@@ -132,6 +132,14 @@ have_font_for ar | fonts-noto-core
 have_font_for ja | fonts-noto-cjk
 END
 
+large_group postgresql 'PostgreSQL' <<'END'
+command -v python3 | python3
+command -v sqlite3 | sqlite3
+command -v psql | postgresql-client
+compgen -G '/usr/lib/postgresql/*/bin/initdb' | postgresql
+compgen -G '/usr/share/postgresql/*/extension/postgis.control' | postgresql-postgis
+END
+
 large_group benchmarks 'benchmarks' <<'END'
 command -v python3 | python3
 pkg-config --exists benchmark | libbenchmark-dev
