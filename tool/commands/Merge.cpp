@@ -15,7 +15,7 @@ struct Source {
   std::vector<Alignment> alignments;
 };
 
-/// All of them before the target is locked.
+/// All sources are read before the target is locked.
 std::vector<Source> ReadSources(const Arguments& arguments) {
   std::vector<Source> sources;
   for (const PairNames& names : PairsOf(arguments.operands.mid(2), arguments.Waiting())) {
@@ -32,7 +32,7 @@ QString ConflictLine(const Source& source, const Alignment& alignment, const Mer
                        : QStringLiteral(" from the one that is there, which stays\n"));
 }
 
-/// What is to be said of it.
+/// Merges, and returns what is to be printed about it.
 QString MergeInto(const PrivatePair& target, const std::vector<Source>& sources) {
   MergePlan plan(Snapshot::ReadAllOf(target));
   std::size_t total = 0;
@@ -64,7 +64,7 @@ int Run(const Arguments& arguments) {
     Snapshot target(mainName, thresholdsName, arguments.Waiting(), Snapshot::Look::AsItIs);
     target.Files().RequireCurrentPair();
     Console::Print(MergeInto(target.Files(), sources));
-    // Nothing was done that would have to be said elsewhere.
+    // Nothing was done that would have to be repeated elsewhere.
     Console::Flush();
     return Status::Done;
   }

@@ -75,7 +75,7 @@ TEST(MergePlanTest, AnotherNoteOrOtherThresholdsAreInConflict) {
   EXPECT_EQ(conflict(SampleSite(), &A::rollThreshold, 9.0F), QStringList{"options.thresholds.roll"});
   EXPECT_EQ(conflict(SamplePath(), &A::pathLengthThreshold, -1.0F),
             QStringList{"options.thresholds.pathLength"});
-  // What the kind does not have.
+  // A value that the kind does not have.
   EXPECT_EQ(conflict(SampleSite(), &A::pathLengthThreshold, -1.0F), QStringList());
   ExpectCounts(plan, 0, 7, 6);
 }
