@@ -271,6 +271,16 @@ TEST_F(MergeTest, ADamagedSource) {
   EXPECT_EQ(ReadFile("m"), before);
 }
 
+TEST_F(MergeTest, ASourceWithTheThresholdsOfAnotherPair) {
+  CreateFiles();
+  CreateSource("a", {SiteEntry("S"), SiteEntry("T")});
+  CreateSource("b", {SiteEntry("S"), SiteEntry("T")});
+  RunSql(Path("bt"), "UPDATE AntennaAlignmentThresholds SET SiteIdentifier = SiteIdentifier + 1");
+  ExpectRefused({"a", "bt"},
+                "a and bt: are no pair: every thresholds row names another site or path than its alignment",
+                4);
+}
+
 TEST_F(MergeTest, ASaveThatFailsKeepsNoneOfAnySource) {
   CreateFiles();
   CreateSource("a", {SiteEntry("S")});
