@@ -186,7 +186,7 @@ TEST_F(ImportTest, SkipExistingLeavesOutWhatIsThere) {
       // Note and thresholds do not make another measurement, nor does the offset of the time.
       With(With(SiteEntry("S"), "options.note", "other"), "options.thresholds.azimuth", 9),
       With(PathEntry("P"), "time", "2024-05-14T07:12:33Z"), With(SiteEntry("S"), "measured.tilt", -2.625),
-      // Twice in the file is once.
+      // What is twice in the file is saved once.
       PathEntry("Q"), PathEntry("Q"), SiteEntry("T")};
   WriteJson("in.json", entries);
   EXPECT_EQ(RunWell({"import", "--skip-existing", "m", "t", "in.json"}),
@@ -213,7 +213,7 @@ TEST_F(ImportTest, WithoutSkipExistingEverythingIsSaved) {
   EXPECT_EQ(Rows(Path("m"), "SELECT count(*) FROM AntennaAlignment"), QStringList{"2"});
 }
 
-// An entry is counted as it stands in the file, whatever was left out before it.
+// Entries are numbered as they are in the file, whatever was left out before it.
 TEST_F(ImportTest, SkipExistingNamesTheEntryThatFails) {
   CreateFilesWith({SiteEntry("S")});
   WriteJson("in.json", {SiteEntry("S"), PathEntry("P")});

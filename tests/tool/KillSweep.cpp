@@ -94,7 +94,7 @@ bool Traced::LeadsThere(int descriptor) const {
   return (target + '/').startsWith(folder_ + '/');
 }
 
-// The program empties folders of its own by names that are relative to them.
+// The program empties its own folders using names relative to them.
 bool Traced::IsThere(int folder, quint64 address) const {
   // In two pieces: the page after the one that the text begins in need not be there.
   constexpr quint64 PageSize = 4096;

@@ -28,8 +28,8 @@ class ReadingTest : public ToolTest {
     EXPECT_EQ(RunUnprivileged({"list", "m", "t"}).out, listed_);
     for (const QStringList& words :
          {QStringList{"export", "m", "t"}, QStringList{"report", "m", "t", "--site", "S"},
-          QStringList{"check", "m", "t"}, QStringList{"version", "m"},
-          QStringList{"preferences", "m", "t"}}) {
+          QStringList{"diff", "m", "t", "m", "t"}, QStringList{"check", "m", "t"},
+          QStringList{"version", "m"}, QStringList{"preferences", "m", "t"}}) {
       const Outcome outcome = RunUnprivileged(words);
       EXPECT_EQ(outcome.status, 0) << outcome.err.toStdString();
     }
@@ -128,10 +128,12 @@ TEST_P(NameTest, MayBeAnything) {
   EXPECT_EQ(run("import -- \"$MAIN_FILE\" t in.json"), 0);
   EXPECT_EQ(run("export -- \"$MAIN_FILE\" t"), 0);
   EXPECT_EQ(run("check -- \"$MAIN_FILE\" t"), 0);
+  EXPECT_EQ(run("diff -- \"$MAIN_FILE\" t \"$MAIN_FILE\" t"), 0);
+  EXPECT_EQ(run("merge -- \"$MAIN_FILE\" t \"$MAIN_FILE\" t"), 0);
   EXPECT_EQ(run("delete --site S --yes -- \"$MAIN_FILE\" t"), 0);
   struct stat status {};
   EXPECT_EQ(stat((Folder().toUtf8() + '/' + mainName).constData(), &status), 0);
-  // Qt neither lists nor removes a file whose name is no UTF-8.
+  // Qt neither lists nor removes a file whose name is not UTF-8.
   EXPECT_EQ(unlink((Folder().toUtf8() + '/' + mainName).constData()), 0);
   EXPECT_EQ(FilesInFolder(), (QStringList{"in.json", "t"}));
 }

@@ -15,11 +15,13 @@ struct Source {
   std::vector<Alignment> alignments;
 };
 
-/// All of them before the target is locked.
+/// All sources are read before the target is locked.
 std::vector<Source> ReadSources(const Arguments& arguments) {
   std::vector<Source> sources;
   for (const PairNames& names : PairsOf(arguments.operands.mid(2), arguments.Waiting())) {
     const Snapshot files(names.mainName, names.thresholdsName, arguments.Waiting());
+    // The thresholds of another pair would be silently lost.
+    files.Files().RequireBelonging();
     sources.push_back({files.Files().ShownMain(), files.ReadWhole()});
   }
   return sources;
@@ -32,8 +34,13 @@ QString ConflictLine(const Source& source, const Alignment& alignment, const Mer
                        : QStringLiteral(" from the one that is there, which stays\n"));
 }
 
-/// What is to be said of it.
-QString MergeInto(const PrivatePair& target, const std::vector<Source>& sources) {
+struct Merged {
+  /// What is to be printed about it.
+  QString lines;
+  bool changes;
+};
+
+Merged MergeInto(const PrivatePair& target, const std::vector<Source>& sources) {
   MergePlan plan(Snapshot::ReadAllOf(target));
   std::size_t total = 0;
   for (const Source& source : sources) total += source.alignments.size();
@@ -50,10 +57,11 @@ QString MergeInto(const PrivatePair& target, const std::vector<Source>& sources)
     }
   }
   saving.RequireAllKept();
-  return lines + QStringLiteral("%1 added, %2 already there, %3 conflicts\n")
-                     .arg(plan.Added())
-                     .arg(plan.There())
-                     .arg(plan.Conflicts());
+  lines += QStringLiteral("%1 added, %2 already there, %3 conflicts\n")
+               .arg(plan.Added())
+               .arg(plan.There())
+               .arg(plan.Conflicts());
+  return {lines, plan.Added() > 0};
 }
 
 int Run(const Arguments& arguments) {
@@ -63,15 +71,15 @@ int Run(const Arguments& arguments) {
   if (arguments.options.isSet(QStringLiteral("dry-run"))) {
     Snapshot target(mainName, thresholdsName, arguments.Waiting(), Snapshot::Look::AsItIs);
     target.Files().RequireCurrentPair();
-    Console::Print(MergeInto(target.Files(), sources));
-    // Nothing was done that would have to be said elsewhere.
+    Console::Print(MergeInto(target.Files(), sources).lines);
+    // Nothing was done that would have to be repeated elsewhere.
     Console::Flush();
     return Status::Done;
   }
   Edit edit(mainName, thresholdsName, arguments.Waiting());
-  const QString lines = MergeInto(edit.Copies(), sources);
-  edit.Commit();
-  Console::Print(lines);
+  const Merged merged = MergeInto(edit.Copies(), sources);
+  if (merged.changes) edit.Commit();
+  Console::Print(merged.lines);
   return Status::Done;
 }
 

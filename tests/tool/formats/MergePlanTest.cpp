@@ -75,7 +75,7 @@ TEST(MergePlanTest, AnotherNoteOrOtherThresholdsAreInConflict) {
   EXPECT_EQ(conflict(SampleSite(), &A::rollThreshold, 9.0F), QStringList{"options.thresholds.roll"});
   EXPECT_EQ(conflict(SamplePath(), &A::pathLengthThreshold, -1.0F),
             QStringList{"options.thresholds.pathLength"});
-  // What the kind does not have.
+  // A value that the kind does not have.
   EXPECT_EQ(conflict(SampleSite(), &A::pathLengthThreshold, -1.0F), QStringList());
   ExpectCounts(plan, 0, 7, 6);
 }
@@ -87,6 +87,24 @@ TEST(MergePlanTest, WhatIsLikeOneOfSeveralIsInNoConflict) {
   EXPECT_EQ(plan.Take(other).conflict, QStringList());
   EXPECT_EQ(plan.Take(SampleSite()).conflict, QStringList());
   ExpectCounts(plan, 0, 2, 0);
+}
+
+// Comparing each with each would take for ever here.
+TEST(MergePlanTest, ManyOfOneMomentAreTakenInProportion) {
+  constexpr int Count = 50'000;
+  std::vector<Alignment> there;
+  for (int number = 0; number < Count; ++number) {
+    there.push_back(SampleSite());
+    there.back().note = QString::number(number);
+  }
+  MergePlan plan({ReportsOf(there)});
+  for (const Alignment& alignment : there) plan.Take(alignment);
+  ExpectCounts(plan, 0, Count, 0);
+  for (Alignment& alignment : there) {
+    alignment.note.append(QStringLiteral("x"));
+    plan.Take(alignment);
+  }
+  ExpectCounts(plan, 0, 2 * Count, Count);
 }
 
 }  // namespace

@@ -51,7 +51,8 @@ def survey():
     site = changed(site, time="2024-01-31T20:00:00Z", options__note="", target={"azimuth": 10, "tilt": -2, "roll": 0},
                    measured={"azimuth": 10.5, "tilt": -2.25, "roll": 0},
                    options__thresholds={"azimuth": 1, "tilt": 0.5, "roll": 1})
-    made = [changed(site, identifier="Many", sector="S%d" % number, target__azimuth=12 * number) for number in range(30)]
+    made = [changed(site, identifier="Many", sector="S%d" % number, target__azimuth=12 * number)
+            for number in range(30)]
     made += [changed(site, identifier="Twenty", time="2024-01-%02dT12:00:00Z" % (number + 1)) for number in range(20)]
     made += [changed(site, identifier="Notes", options__note=LONG_NOTE),
              changed(site, identifier="Notes", sector="A" * 40, position="B" * 60),
@@ -154,7 +155,8 @@ class Pages(unittest.TestCase):
         self.assertEqual(self.text(ARABIC).count("البراغي"), 30)
 
     def test_verdicts_have_their_colours(self):
-        for name, badge, color in (("Passing", "PASS", GREEN), ("Failing", "FAIL", RED), ("None", "NO THRESHOLD", None)):
+        forms = (("Passing", "PASS", GREEN), ("Failing", "FAIL", RED), ("None", "NO THRESHOLD", None))
+        for name, badge, color in forms:
             self.assertEqual(self.text(name).count(badge), 2, name)
             run("pdftoppm", "-r", "72", "-singlefile", name + "-A-Report.pdf", "page")
             with open("page.ppm", "rb") as file:
