@@ -72,8 +72,7 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
   ${PROJECT_SOURCE_DIR}/cmake/debian/triggers ${PROJECT_BINARY_DIR}/symbols)
 install(CODE "execute_process(RESULT_VARIABLE failed OUTPUT_FILE ${PROJECT_BINARY_DIR}/symbols
     COMMAND ${PROJECT_SOURCE_DIR}/cmake/debian/make-symbols $<TARGET_FILE:TarnbeamDatabase>
-      ${PROJECT_SOURCE_DIR}/tests/package/exported_symbols.txt
-      ${runtime_package} ${development_package} ${package_version})
+      ${TARNBEAM_QT_MAJOR} ${runtime_package} ${development_package} ${package_version})
   if(failed)
     message(FATAL_ERROR \"No symbols file for the package\")
   endif()" COMPONENT runtime EXCLUDE_FROM_ALL)

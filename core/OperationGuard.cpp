@@ -14,7 +14,7 @@ const QVector<OperationGuard::Failure>& OperationGuard::Failures() const { retur
 
 bool OperationGuard::LoopEnded() const { return watcher_->loopEnded; }
 
-int OperationGuard::RefusedConnections() const { return watcher_->refused.size(); }
+int OperationGuard::RefusedConnections() const { return static_cast<int>(watcher_->refused.size()); }
 
 void OperationGuard::CloseRefusedConnections() { watcher_->CloseRefusedConnections(); }
 

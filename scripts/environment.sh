@@ -36,9 +36,12 @@ command -v g++ | g++
 command -v cmake | cmake
 command -v ninja | ninja-build
 command -v pkg-config | pkg-config
-pkg-config --exists Qt5Core Qt5Gui | qtbase5-dev
 pkg-config --exists sqlite3 | libsqlite3-dev
 pkg-config --exists geographiclib | $(geographiclib_package)
+END
+
+group qt5 <<'END'
+pkg-config --exists Qt5Core Qt5Gui | qtbase5-dev
 END
 
 group quickstart <<'END'
@@ -71,6 +74,20 @@ group clang <<'END'
 command -v clang++ | clang
 END
 
+group cross <<'END'
+command -v cmake | cmake
+command -v ninja | ninja-build
+command -v qemu-aarch64 && command -v qemu-arm | qemu-user
+END
+
+group cross_arm64 <<'END'
+command -v aarch64-linux-gnu-g++ | g++-aarch64-linux-gnu
+END
+
+group cross_armhf <<'END'
+command -v arm-linux-gnueabihf-g++ | g++-arm-linux-gnueabihf
+END
+
 large_group fuzzer 'fuzzing by clang' <<'END'
 command -v clang++ | clang
 clang_links -fsanitize=fuzzer,address,undefined | libclang-rt-$(clang_release)-dev
@@ -85,6 +102,16 @@ large_group packages 'Debian packages' <<'END'
 command -v dpkg-shlibdeps | dpkg-dev
 command -v file | file
 command -v lintian | lintian
+command -v make | make
+END
+
+large_group layout "the classes' layout" <<'END'
+command -v abidiff | abigail-tools
+command -v xz | xz-utils
+END
+
+large_group qt6 'the library with Qt 6' <<'END'
+pkg-config --exists Qt6Core Qt6Gui | qt6-base-dev
 END
 
 large_group maps 'maps as GDAL sees them' <<'END'
@@ -100,9 +127,8 @@ command -v pdftoppm | poppler-utils
 command -v ogr2ogr | gdal-bin
 command -v bc | bc
 [ -e /usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf ] | fonts-dejavu-core
-command -v fc-list | fontconfig
-have_font_for ar | fonts-noto-core
-have_font_for ja | fonts-noto-cjk
+[ -e /usr/share/fonts/truetype/noto/NotoSansArabic-Regular.ttf ] | fonts-noto-core
+[ -e /usr/share/fonts/opentype/noto/NotoSansCJK-Regular.ttc ] | fonts-noto-cjk
 END
 
 large_group postgresql 'PostgreSQL' <<'END'
@@ -115,12 +141,11 @@ END
 
 large_group benchmarks 'benchmarks' <<'END'
 command -v python3 | python3
+command -v sqlite3 | sqlite3
 pkg-config --exists benchmark | libbenchmark-dev
 have_header SQLiteCpp/SQLiteCpp.h | libsqlitecpp-dev
 compgen -G "$(pkg-config --variable=libdir Qt5Core)/qt5/plugins/sqldrivers/libqsqlite.so" | libqt5sql5-sqlite
 END
-
-have_font_for() { [ -n "$(fc-list ":lang=$1")" ]; }
 
 have_header() { echo "#include <$1>" | g++ -std=c++17 -E -x c++ -; }
 

@@ -34,7 +34,7 @@ QString FromBytes(const QByteArray& bytes) {
     const QString text = QString::fromUtf8(piece);
     if (text.toUtf8() == piece) {
       name += text;
-      at += piece.size();
+      at += static_cast<int>(piece.size());
     } else {
       name += QChar(ushort(0xDC00 + static_cast<unsigned char>(bytes.at(at++))));
     }

@@ -7,6 +7,11 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 work=$(mktemp -d -p "$build")
 trap 'rm -rf "$work"' EXIT
 
+# TarnbeamDatabase, or with a suffix of its own for another Qt.
+qt=$(sed -n 's/^TARNBEAM_QT_MAJOR:STRING=//p' "$build/CMakeCache.txt")
+package_name=TarnbeamDatabase
+[ "$qt" = 5 ] || package_name+=Qt$qt
+
 fail() { printf 'FAILED: %s\n' "$*" >&2; exit 1; }
 
 # same WHAT EXPECTED ACTUAL
@@ -34,18 +39,18 @@ run_guarded() {
 # consume PREFIX: builds and runs the consumer against an installation, through CMake and pkg-config.
 consume() {
   local prefix=$1 pc libraries
-  pc=$(find "$prefix" -name TarnbeamDatabase.pc)
+  pc=$(find "$prefix" -name "$package_name.pc")
   libraries=$(dirname "$(dirname "$pc")")
 
   cmake -S "$here/consumer" -B "$work/cmake-consumer" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-    -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_PREFIX_PATH="$prefix" \
+    -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_PREFIX_PATH="$prefix" -DTARNBEAM="$package_name" \
     -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF >"$work/log" 2>&1 || { cat "$work/log"; fail "find_package"; }
   cmake --build "$work/cmake-consumer" >"$work/log" 2>&1 || { cat "$work/log"; fail "build by CMake"; }
   run_consumer "$work/cmake-consumer/consumer" "$libraries"
   run_guarded "$work/cmake-consumer/guarded" "$libraries"
 
   local flags
-  flags=$(PKG_CONFIG_PATH=$(dirname "$pc") pkg-config --cflags --libs TarnbeamDatabase)
+  flags=$(PKG_CONFIG_PATH=$(dirname "$pc") pkg-config --cflags --libs "$package_name")
   case $flags in *"$prefix"/*) ;; *) fail "pkg-config does not follow the installation: $flags" ;; esac
   # shellcheck disable=SC2086
   "$CXX" -fPIC "$here/consumer/main.cpp" -o "$work/pkg-config-consumer" $flags

@@ -6,6 +6,13 @@ version=$(dpkg-parsechangelog -l "$here/../../cmake/debian/changelog" -S Version
 case $version in "$library_version"-*) ;; *) fail "the changelog is of $version, the library of $library_version" ;; esac
 architecture=$(dpkg --print-architecture)
 triplet=$(dpkg-architecture -qDEB_HOST_MULTIARCH)
+if [ "$qt" = 5 ]; then
+  runtime=libtarnbeamdatabase1 development=libtarnbeamdatabase-dev tool=tarnbeam-db
+  qt_runtime=libqt5core5a qt_development=qtbase5-dev
+else
+  runtime=libtarnbeamdatabase-qt$qt-1 development=libtarnbeamdatabase-qt$qt-dev tool=tarnbeam-db-qt$qt
+  qt_runtime=libqt${qt}core$qt qt_development=qt$qt-base-dev
+fi
 cpack -G DEB --config "$build/CPackConfig.cmake" -B "$work/packages" >"$work/log" 2>&1 ||
   { cat "$work/log"; fail "cpack"; }
 
@@ -35,57 +42,61 @@ hardened() {
 }
 
 same "packages" \
-  "libtarnbeamdatabase-dev libtarnbeamdatabase1-dbgsym libtarnbeamdatabase1 tarnbeam-db-dbgsym tarnbeam-db" \
-  "$(cd "$work/packages" && LC_ALL=C && for file in *.deb; do printf '%s ' "${file%%_*}"; done | sed 's/ $//')"
-for name in libtarnbeamdatabase1 libtarnbeamdatabase-dev tarnbeam-db; do
-  same "version of $name" "$version" "$(field $name Version)"
-  [ -n "$(field $name Maintainer)" ] || fail "$name has no maintainer"
-  [ "$(field $name Description | wc -l)" -ge 2 ] || fail "$name is not described"
-  files $name | grep -x "./usr/share/doc/$name/copyright" >/dev/null || fail "$name does not tell whose it is"
-  if dpkg-deb -I "$(package $name)" conffiles >/dev/null 2>&1; then fail "$name has configuration files"; fi
+  "$(printf '%s\n' "$development" "$runtime-dbgsym" "$runtime" "$tool-dbgsym" "$tool" | LC_ALL=C sort)" \
+  "$(cd "$work/packages" && for file in *.deb; do echo "${file%%_*}"; done | LC_ALL=C sort)"
+for name in "$runtime" "$development" "$tool"; do
+  same "version of $name" "$version" "$(field "$name" Version)"
+  [ -n "$(field "$name" Maintainer)" ] || fail "$name has no maintainer"
+  [ "$(field "$name" Description | wc -l)" -ge 2 ] || fail "$name is not described"
+  files "$name" | grep -x "./usr/share/doc/$name/copyright" >/dev/null || fail "$name does not tell whose it is"
+  if dpkg-deb -I "$(package "$name")" conffiles >/dev/null 2>&1; then fail "$name has configuration files"; fi
 done
 same "synopsis of the tool's package" \
   "Creates, fills, reads, checks and migrates antenna-alignment databases" \
-  "$(field tarnbeam-db Description | head -n 1)"
-depends libtarnbeamdatabase1 libc6 libqt5core5a libsqlite3-0 libstdc++6 passwd
-depends libtarnbeamdatabase-dev "libtarnbeamdatabase1 (= $version)" qtbase5-dev libsqlite3-dev
-depends tarnbeam-db "libtarnbeamdatabase1 (= $version)" libqt5core5a
+  "$(field "$tool" Description | head -n 1)"
+depends "$runtime" libc6 "$qt_runtime" libsqlite3-0 libstdc++6 passwd
+depends "$development" "$runtime (= $version)" "$qt_development" libsqlite3-dev
+depends "$tool" "$runtime (= $version)" "$qt_runtime"
 
 same "files of the runtime package" \
-  "./usr/lib/$triplet/libTarnbeamDatabase.so.${library_version%%.*}
-./usr/lib/$triplet/libTarnbeamDatabase.so.$library_version" "$(files_without_documents libtarnbeamdatabase1)"
+  "./usr/lib/$triplet/lib$package_name.so.${library_version%%.*}
+./usr/lib/$triplet/lib$package_name.so.$library_version" "$(files_without_documents "$runtime")"
 for script in postinst postrm; do
-  dpkg-deb -I "$(package libtarnbeamdatabase1)" $script >"$work/$script"
+  dpkg-deb -I "$(package "$runtime")" $script >"$work/$script"
   sh -n "$work/$script"
 done
-dpkg-deb -I "$(package libtarnbeamdatabase1)" symbols >"$work/symbols"
-same "symbols file" "libTarnbeamDatabase.so.1 libtarnbeamdatabase1 #MINVER#" "$(head -n 1 "$work/symbols")"
+dpkg-deb -I "$(package "$runtime")" symbols >"$work/symbols"
+same "symbols file" "lib$package_name.so.1 $runtime #MINVER#" "$(head -n 1 "$work/symbols")"
 same "version of the symbols" 1.0.0 "$(awk '/@Base/ { print $NF }' "$work/symbols" | sort -u)"
 same "symbols in the package" \
-  "$(nm -D --defined-only "$build/libTarnbeamDatabase.so" | awk '{ print $3 }' | LC_ALL=C sort)" \
+  "$(nm -D --defined-only "$build/lib$package_name.so" | awk '{ print $3 }' | LC_ALL=C sort)" \
   "$(sed -n 's/^ \(.*\)@Base .*/\1/p' "$work/symbols" | LC_ALL=C sort)"
 same "several architectures" "same same foreign" \
-  "$(field libtarnbeamdatabase1 Multi-Arch) $(field libtarnbeamdatabase-dev Multi-Arch) $(field tarnbeam-db Multi-Arch)"
+  "$(field "$runtime" Multi-Arch) $(field "$development" Multi-Arch) $(field "$tool" Multi-Arch)"
 lintian --fail-on error,warning "$work"/packages/*.deb >"$work/log" 2>&1 || { cat "$work/log"; fail "lintian"; }
 
 grep -q '/opt/tarnbeam/database' "$work/postinst" || fail "postinst does not make the scratch folder"
-unexpected=$(files_without_documents libtarnbeamdatabase-dev | grep -vE "^\./usr/(include/TarnbeamDatabase/.*\.h|lib/$triplet/(libTarnbeamDatabase\.so|cmake/TarnbeamDatabase/.*\.cmake|pkgconfig/TarnbeamDatabase\.pc))$" || true)
+unexpected=$(files_without_documents "$development" | grep -vE "^\./usr/(include/$package_name/.*\.h|lib/$triplet/(lib$package_name\.so|cmake/$package_name/.*\.cmake|pkgconfig/$package_name\.pc))$" || true)
 same "unexpected development files" "" "$unexpected"
-files tarnbeam-db | grep -x ./usr/bin/tarnbeam-db >/dev/null || fail "no tool in its package"
+files "$tool" | grep -x ./usr/bin/tarnbeam-db >/dev/null || fail "no tool in its package"
 
-for name in libtarnbeamdatabase1 libtarnbeamdatabase-dev tarnbeam-db; do
-  dpkg-deb -x "$(package $name)" "$work/root"
+for name in "$runtime" "$development" "$tool"; do
+  dpkg-deb -x "$(package "$name")" "$work/root"
 done
+# For side_by_side.sh. The program is one, whichever Qt it is built with: the packages of it exclude each other.
+for name in "$runtime" "$runtime-dbgsym" "$development" "$tool-dbgsym"; do
+  files "$name"
+done >"$build/package_files.txt"
 
 # Each public header compiles on its own.
-headers=$work/root/usr/include/TarnbeamDatabase
+headers=$work/root/usr/include/$package_name
 (cd "$headers" && find . -name '*.h' -printf '#include "%P"\n') | LC_ALL=C sort >"$work/all.h"
 split -l 1 -d -a 3 --additional-suffix=.cpp "$work/all.h" "$work/header-"
 # shellcheck disable=SC2046
 printf '%s\0' "$work"/header-*.cpp | xargs -0 -P "$(nproc)" -n 8 \
-  "$CXX" -std=c++17 -fPIC -fsyntax-only -Wall -Wextra -I"$headers" $(pkg-config --cflags Qt5Core)
+  "$CXX" -std=c++17 -fPIC -fsyntax-only -Wall -Wextra -I"$headers" $(pkg-config --cflags "Qt${qt}Core")
 
-hardened "$work/root/usr/lib/$triplet/libTarnbeamDatabase.so" "$work/root/usr/bin/tarnbeam-db"
+hardened "$work/root/usr/lib/$triplet/lib$package_name.so" "$work/root/usr/bin/tarnbeam-db"
 consume "$work/root/usr"
 
 tool() { LD_LIBRARY_PATH=$work/root/usr/lib/$triplet "$work/root/usr/bin/tarnbeam-db" "$@"; }

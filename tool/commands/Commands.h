@@ -27,7 +27,7 @@ struct Command {
   int (*run)(const Arguments& arguments);
 };
 
-/// The last operand of a command that takes any number of those before it.
+/// Stands last if a command takes any number of the operands before it.
 constexpr const char* AndSoOn = "...";
 
 /// The option of every command that says how long to wait.

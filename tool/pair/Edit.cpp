@@ -52,6 +52,9 @@ Edit::Edit(const QString& mainName, const QString& thresholdsName, const Deadlin
   try {
     Lock(deadline);
     RequireWritable();
+    // The journal of a file that was in WAL mode until now is this connection's own, in use and empty.
+    if (!mainHasLog_) Leftovers::RemoveBegunJournal(mainPath_);
+    if (copies_.HasThresholds() && !thresholdsHaveLog_) Leftovers::RemoveBegunJournal(thresholdsPath_);
     Leftovers::Remove(mainPath_, thresholdsPath_);
     CopyLocked("main", copies_.MainPath());
     if (copies_.HasThresholds()) CopyLocked("thresholds", copies_.ThresholdsPath());

@@ -83,7 +83,7 @@ void Sync(const QByteArray& path) {
 }
 
 QByteArray FolderOf(const QByteArray& path) {
-  const int slash = path.lastIndexOf('/');
+  const int slash = static_cast<int>(path.lastIndexOf('/'));
   if (slash < 0) return ".";
   return slash == 0 ? QByteArray("/") : path.left(slash);
 }

@@ -16,13 +16,6 @@ namespace {
 constexpr char SuperJournalSuffix[] = "-mj";
 constexpr int RandomDigits = 9;
 
-/// A journal that a killed run had only begun: it is empty or starts with a zero, and SQLite passes it over.
-void RemoveIfBegun(const QByteArray& journal) {
-  char first = 0;
-  const Descriptor file(journal, O_RDONLY);
-  if (file.IsOpen() && pread(file.Number(), &first, 1, 0) >= 0 && first == 0) unlink(journal.constData());
-}
-
 /// It is of no use once neither file has a journal of its own.
 void RemoveIfAbandoned(const QByteArray& superJournal) {
   const Descriptor file(superJournal, O_RDONLY);
@@ -42,9 +35,7 @@ namespace Leftovers {
 
 void Remove(const QByteArray& mainPath, const QByteArray& thresholdsPath) {
   for (const QByteArray& path : {mainPath, thresholdsPath}) {
-    if (path.isEmpty()) continue;
-    RemoveIfBegun(path + "-journal");
-    NewFile::RemoveLeftovers(path);
+    if (!path.isEmpty()) NewFile::RemoveLeftovers(path);
   }
   const QByteArray pattern = EscapedForPattern(mainPath) + SuperJournalSuffix + QByteArray(RandomDigits, '?');
   glob_t found{};
@@ -52,6 +43,13 @@ void Remove(const QByteArray& mainPath, const QByteArray& thresholdsPath) {
     for (std::size_t number = 0; number < found.gl_pathc; ++number) RemoveIfAbandoned(found.gl_pathv[number]);
   }
   globfree(&found);
+}
+
+void RemoveBegunJournal(const QByteArray& path) {
+  const QByteArray journal = path + "-journal";
+  char first = 0;
+  const Descriptor file(journal, O_RDONLY);
+  if (file.IsOpen() && pread(file.Number(), &first, 1, 0) >= 0 && first == 0) unlink(journal.constData());
 }
 
 QByteArray NewSuperJournal(const QByteArray& mainPath) {

@@ -127,7 +127,7 @@ Replacement::Replacement(const QString& mainName, const QString& thresholdsName,
     if (!name.isEmpty()) Open(name);
   }
   Lock(deadline);
-  Leftovers::Remove(targets_.front().path, targets_.size() > 1 ? targets_.back().path : QByteArray());
+  RemoveLeftovers();
 }
 
 Replacement::~Replacement() = default;
@@ -271,6 +271,11 @@ void Replacement::Settle() const {
   }
 }
 
+void Replacement::RemoveLeftovers() const {
+  for (const Target& target : targets_) Leftovers::RemoveBegunJournal(target.path);
+  Leftovers::Remove(targets_.front().path, targets_.size() > 1 ? targets_.back().path : QByteArray());
+}
+
 void Replacement::Undo() {
   for (Target& target : targets_) {
     if (target.fresh) target.fresh->TakeBack();
@@ -279,5 +284,5 @@ void Replacement::Undo() {
   for (const Target& target : targets_) {
     if (target.exists && HasUnfinished(target.path)) Finish(target.path, target.shown);
   }
-  Leftovers::Remove(targets_.front().path, targets_.size() > 1 ? targets_.back().path : QByteArray());
+  RemoveLeftovers();
 }

@@ -52,6 +52,7 @@ class Replacement {
   void PlaceNewFiles();
   void Settle() const;
   void Undo();
+  void RemoveLeftovers() const;
 
   /// Main file, then thresholds file.
   std::vector<Target> targets_;

@@ -74,6 +74,8 @@ bool Sqlite::Rows::Next() {
 
 qint64 Sqlite::Rows::Int(int column) const { return sqlite3_column_int64(statement_.get(), column); }
 
+double Sqlite::Rows::Real(int column) const { return sqlite3_column_double(statement_.get(), column); }
+
 QByteArray Sqlite::Rows::Bytes(int column) const {
   const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement_.get(), column));
   return {bytes, sqlite3_column_bytes(statement_.get(), column)};

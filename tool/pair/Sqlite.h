@@ -19,6 +19,7 @@ class Sqlite {
    public:
     bool Next();
     qint64 Int(int column) const;
+    double Real(int column) const;
     /// Bytes as they are stored, of whatever type.
     QByteArray Bytes(int column) const;
     /// With replacement characters for what is not UTF-8.

@@ -1,0 +1,4 @@
+# 32-bit ARM with hardware floating point.
+set(CMAKE_SYSTEM_PROCESSOR armv7l)
+set(triplet arm-linux-gnueabihf)
+include(${CMAKE_CURRENT_LIST_DIR}/debian-cross.cmake)
