@@ -313,7 +313,8 @@ constexpr char calculationWithoutEnd[] =
 
 TEST_F(OperationGuardTest, EndsRowsWithoutEnd) {
   RunSql(Main(), QLatin1String("DROP TABLE Sites; ") + rowsWithoutEnd);
-  const OperationGuard guard(Limits{noLimit, 20});
+  // Enough for a slow or busy machine to see the first row.
+  const OperationGuard guard(Limits{noLimit, 500});
   EXPECT_EQ(store_->GetSiteIdentifiers().value(0), "1");
   EXPECT_TRUE(guard.LoopEnded());
   EXPECT_EQ(Codes(guard), QVector<int>{SQLITE_INTERRUPT});
@@ -342,7 +343,7 @@ TEST_F(OperationGuardTest, EndsAStatementWithoutRows) {
 // The time that the caller's own code takes between two steps counts as well.
 TEST_F(OperationGuardTest, LooksAtTheTimeBetweenSteps) {
   SaveSites(3);
-  constexpr int limit = 5;
+  constexpr int limit = 300;  // the first step comes in time on a busy machine, too
   const OperationGuard guard(Limits{noLimit, limit});
   const Connection db(OpenMain());
   Statement select(db, "SELECT SiteKey FROM Sites", "Select");
