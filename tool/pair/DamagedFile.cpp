@@ -2,10 +2,8 @@
 
 #include <QtEndian>
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
-#include "tool/FileName.h"
 #include "tool/pair/FileCopy.h"
 
 namespace {
@@ -136,9 +134,11 @@ struct DamagedFile::Cell {
   int to = 0;
   StoredRow row;
   bool isTrusted = false;
+  /// What it takes of the page is known, though the rest of it, on other pages, may not be read.
+  bool isPlaced = false;
 };
 
-DamagedFile::DamagedFile(const QByteArray& path) : file_(FileName::FromBytes(path)) {
+DamagedFile::DamagedFile(const QByteArray& path) : file_(QFile::decodeName(path)) {
   if (!file_.open(QIODevice::ReadOnly)) FailWithErrno(path);
   size_ = file_.size();
   if (size_ == 0) return;
@@ -363,11 +363,12 @@ bool DamagedFile::ReadCell(const Page& page, int at, Cell* cell) const {
   if (local > available - at || (size > local && local + 4 > available - at)) return false;
   QByteArray payload(reinterpret_cast<const char*>(page.bytes) + at, int(local));
   at += int(local);
-  if (size > local) {
+  const bool goesOn = size > local;
+  cell->to = std::max(at + (goesOn ? 4 : 0), cell->from + SmallestCell);
+  if (goesOn) {
+    cell->isPlaced = true;
     if (!ReadOverflow(BigEndian32(page.bytes + at), size, &payload)) return false;
-    at += 4;
   }
-  cell->to = std::max(at, cell->from + SmallestCell);
   return Decode(payload, &cell->row.values);
 }
 
@@ -392,14 +393,14 @@ bool DamagedFile::DistrustNeighboursOfGaps(const Page& page, int from, std::vect
   for (int block = int(BigEndian16(page.bytes + head + 1)), before = 0;
        block > before && block + 4 <= available;) {
     const int size = int(BigEndian16(page.bytes + block + 2));
-    areas.push_back({block, block + size, {}, true});
+    areas.push_back({block, block + size, {}, true, true});
     before = block;
     block = int(BigEndian16(page.bytes + block));
   }
   std::vector<Cell*> sorted;
   for (Cell& area : areas) sorted.push_back(&area);
   for (Cell& cell : *cells) {
-    if (cell.isTrusted) sorted.push_back(&cell);
+    if (cell.isTrusted || cell.isPlaced) sorted.push_back(&cell);
   }
   std::sort(sorted.begin(), sorted.end(),
             [](const Cell* one, const Cell* other) { return one->from < other->from; });

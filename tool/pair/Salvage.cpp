@@ -239,23 +239,13 @@ class Rescue {
 
   void KeepAlignments(Kind kind) {
     const Belonging::Tables& tables = Belonging::Of(kind);
-    const TableShape& shape = main_.Shape(tables.alignments);
     const auto thresholds = ThresholdsOf(kind);
     Writer writer(db_, "main", tables.alignments);
     Writer thresholdsWriter(db_, "thresholds", tables.thresholds);
     for (const auto& [key, row] : main_.Table(tables.alignments).rows) {
       const auto own = thresholds.find(key);
-      QStringList missing;
-      for (const Reference& reference : ReferencesOf(kind)) {
-        const qint64 wanted = shape.ValueOf(row, reference.column).integer;
-        if (main_.Table(reference.table).rows.count(wanted) == 0) {
-          missing.append(QLatin1String(reference.table) + QLatin1Char(' ') + QString::number(wanted));
-        }
-      }
-      if (own == thresholds.end() && thresholds_ != nullptr &&
-          !thresholds_->Table(tables.thresholds).gaps.empty()) {
-        missing.append(QStringLiteral("thresholds"));
-      }
+      const bool hasThresholds = own != thresholds.end();
+      const QStringList missing = MissingOf(kind, row, hasThresholds);
       if (!missing.isEmpty()) {
         ++incomplete_;
         losses_ += QStringLiteral("incomplete: ") + KindName(kind) + QStringLiteral(" alignment ") +
@@ -263,30 +253,53 @@ class Rescue {
                    missing.join(QStringLiteral(", ")) + QLatin1Char('\n');
         continue;
       }
-      ++kept_;
-      for (const Reference& reference : ReferencesOf(kind)) {
-        used_[reference.table].insert(shape.ValueOf(row, reference.column).integer);
-      }
-      writer.Write(key, ValuesOf(shape, row));
-      if (own != thresholds.end()) {
-        const TableShape& thresholdsShape = thresholds_->Shape(tables.thresholds);
+      Keep(kind, row, &writer);
+      if (hasThresholds) {
+        const TableShape& shape = thresholds_->Shape(tables.thresholds);
         for (const StoredRow* found : own->second)
-          thresholdsWriter.Write(found->key, ValuesOf(thresholdsShape, *found));
+          thresholdsWriter.Write(found->key, ValuesOf(shape, *found));
       } else if (thresholds_ == nullptr) {
-        WriteNoThresholds(kind, key, shape.ValueOf(row, tables.ownerKey), &thresholdsWriter);
+        WriteNoThresholds(kind, row, &thresholdsWriter);
       }
     }
   }
 
+  /// What an alignment cannot do without and of what no row could be read.
+  QStringList MissingOf(Kind kind, const StoredRow& row, bool hasThresholds) const {
+    const Belonging::Tables& tables = Belonging::Of(kind);
+    QStringList missing;
+    for (const Reference& reference : ReferencesOf(kind)) {
+      const qint64 wanted = main_.Shape(tables.alignments).ValueOf(row, reference.column).integer;
+      if (main_.Table(reference.table).rows.count(wanted) == 0) {
+        missing.append(QLatin1String(reference.table) + QLatin1Char(' ') + QString::number(wanted));
+      }
+    }
+    // Whether it had any can be told where all rows are there.
+    if (!hasThresholds && thresholds_ != nullptr && !thresholds_->Table(tables.thresholds).gaps.empty()) {
+      missing.append(QStringLiteral("thresholds"));
+    }
+    return missing;
+  }
+
+  void Keep(Kind kind, const StoredRow& row, Writer* writer) {
+    const TableShape& shape = main_.Shape(Belonging::Of(kind).alignments);
+    ++kept_;
+    for (const Reference& reference : ReferencesOf(kind)) {
+      used_[reference.table].insert(shape.ValueOf(row, reference.column).integer);
+    }
+    writer->Write(row.key, ValuesOf(shape, row));
+  }
+
   /// As an alignment without thresholds reads.
-  static void WriteNoThresholds(Kind kind, qint64 key, const StoredValue& owner, Writer* writer) {
+  void WriteNoThresholds(Kind kind, const StoredRow& row, Writer* writer) const {
     const Belonging::Tables& tables = Belonging::Of(kind);
     const bool isSite = kind == Kind::Site;
-    writer->Write(key, {{tables.alignmentKey, Integer(key)},
-                        {tables.thresholdsOwner, owner},
-                        {"AzimuthThreshold", Integer(0)},
-                        {"TiltThreshold", Integer(0)},
-                        {isSite ? "RollThreshold" : "PathLengthThreshold", Integer(isSite ? 0 : -1)}});
+    writer->Write(row.key,
+                  {{tables.alignmentKey, Integer(row.key)},
+                   {tables.thresholdsOwner, main_.Shape(tables.alignments).ValueOf(row, tables.ownerKey)},
+                   {"AzimuthThreshold", Integer(0)},
+                   {"TiltThreshold", Integer(0)},
+                   {isSite ? "RollThreshold" : "PathLengthThreshold", Integer(isSite ? 0 : -1)}});
   }
 
   void TellOfLost(Kind kind) {
