@@ -71,7 +71,7 @@ class KillRestoreTest : public KillTest {
 TEST_P(KillRestoreTest, BothFilesAreBeforeOrAfter) { Sweep(); }
 
 INSTANTIATE_TEST_SUITE_P(Tool, KillRestoreTest,
-                         testing::Values(Change{"Restore", {"restore", "b", "m", "t", "--yes"}, 3}), NameOf);
+                         testing::Values(Change{"Restore", {"restore", "b", "m", "t", "--yes"}, 9}), NameOf);
 
 // What goes is a site without reports.
 class KillRepairTest : public KillTest {
@@ -92,7 +92,7 @@ class KillRepairTest : public KillTest {
 
 TEST_P(KillRepairTest, BothFilesAreBeforeOrAfter) { Sweep(); }
 
-INSTANTIATE_TEST_SUITE_P(Tool, KillRepairTest, testing::Values(Change{"Repair", {"repair", "m", "t"}, 3}),
+INSTANTIATE_TEST_SUITE_P(Tool, KillRepairTest, testing::Values(Change{"Repair", {"repair", "m", "t"}, 9}),
                          NameOf);
 
 // Before there are files. One that stands alone is completed by whoever runs it again.

@@ -1,5 +1,6 @@
 // Putting files right.
 #include <QFile>
+#include <QProcess>
 
 #include "tests/support/DatabaseDump.h"
 #include "tests/tool/ToolTest.h"
@@ -187,6 +188,31 @@ TEST_F(RepairTest, FilesThatAreNotThereOrInUse) {
     ExpectFailure({"repair", "m", "t", "--dry-run", "--wait", "0"}, InUse(file), 3);
   }
   EXPECT_EQ(FilesInFolder(), (QStringList{"in.json", "m", "t"}));
+}
+
+TEST_F(RepairTest, NamesMayBeAnything) {
+  Litter();
+  for (const QString name : {" ", ":memory:", "file:x?mode=ro", "%1", "a\nb", "*?[", "Å'\""}) {
+    ASSERT_TRUE(QFile::copy(Path("m"), Folder() + '/' + name) &&
+                QFile::copy(Path("t"), Folder() + '/' + name + ".t"));
+    EXPECT_EQ(RunWell({"repair", name, name + ".t"}).count("removed from "), 8);
+  }
+  EXPECT_EQ(FilesInFolder().size(), 3 + 7 * 4);
+}
+
+// No file may grow beyond so many blocks of 1024 bytes, as on a full disk.
+TEST_F(RepairTest, OnAFullDiskTheFilesStayAsTheyWere) {
+  Litter();
+  KeepState();
+  for (const int blocks : {0, 8, 40, 71, 75}) {
+    QProcess process;
+    process.setWorkingDirectory(Folder());
+    process.start("sh", {"-c", QString("trap '' XFSZ; ulimit -f %1; exec \"$0\" repair m t").arg(blocks),
+                         TARNBEAM_TOOL});
+    ASSERT_TRUE(process.waitForFinished());
+    EXPECT_EQ(process.exitCode(), 1) << blocks;
+    ExpectUntouched();
+  }
 }
 
 TEST_F(RepairTest, ACopyThatCannotBeMadeStopsIt) {

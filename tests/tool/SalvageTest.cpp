@@ -1,4 +1,5 @@
 // Reading damaged files. The test knows every alignment that it stored, and on which pages its rows stand.
+#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QRandomGenerator>
@@ -137,7 +138,8 @@ TEST_F(SalvageTest, DamageBesideTheRowsLosesNothing) {
                           owner == "sqlite_sequence" || owner == "Version" || owner == "Preferences" ||
                           owner == "sqlite_schema" || owner.endsWith("ScreenContents");
     if (!isBeside || page == 0) continue;
-    ++damaged;
+    // In the default run every other page, each in one way.
+    if (++damaged % 2 == 0 && !isFull_) continue;
     const QByteArray fills("\x55\0\xff", 3);
     for (const char fill : isFull_ ? fills : fills.mid(damaged % 3, 1)) {
       SCOPED_TRACE(owner.toStdString() + " " + std::to_string(page) + " " + std::to_string(int(fill)));
@@ -160,7 +162,7 @@ TEST_F(SalvageTest, DamageBesideTheRowsLosesNothing) {
 
 TEST_F(SalvageTest, LostHeadsLoseNothing) {
   CreateMany();
-  for (const int size : {16, 20, 100, PageSize}) {
+  for (const int size : {16, 100, PageSize}) {
     for (const char* file : {"m", "t"}) {
       SCOPED_TRACE(std::string(file) + " " + std::to_string(size));
       WriteFile("m", mainFile_);
@@ -299,7 +301,7 @@ TEST_F(SalvageTest, SeededDamages) {
   for (const auto& [page, owner] : PageOwners(Path("m"))) {
     if (owner.startsWith("sqlite_autoindex")) beside.insert(QString("m %1").arg(page));
   }
-  const int damages = isFull_ ? 400 : 15;
+  const int damages = isFull_ ? 400 : 12;
   int keptOfAll = 0;
   int told = 0;
   for (int seed = 1; seed <= damages; ++seed) {
@@ -361,6 +363,32 @@ TEST_F(SalvageTest, EarlierVersionsBecomeTheCurrentOne) {
       EXPECT_EQ(RowLines(DumpDatabase(Path(to + ".m"))), converted);
     }
   }
+}
+
+TEST_F(SalvageTest, NamesMayBeAnything) {
+  CreateFilesWith({SiteEntry("S")});
+  for (const QString name : {" ", ":memory:", "file:x?mode=ro", "%1", "a\nb", "*?[", "Å'\""}) {
+    EXPECT_TRUE(RunWell({"salvage", "m", "t", name, name + ".t"})
+                    .endsWith("1 alignment kept, 0 incomplete, 0 lost\n"));
+    EXPECT_TRUE(RunWell({"salvage", name, name + ".t", name + ".m", name + ".n"})
+                    .endsWith("1 alignment kept, 0 incomplete, 0 lost\n"));
+  }
+  EXPECT_EQ(FilesInFolder().size(), 3 + 7 * 4);
+}
+
+TEST_F(SalvageTest, FilesThatCannotBeWritten) {
+  CreateFilesWith({SiteEntry("S")});
+  ASSERT_TRUE(QDir(Folder()).mkdir("ro"));
+  ASSERT_TRUE(QFile::rename(Path("m"), Path("ro/m")) && QFile::rename(Path("t"), Path("ro/t")));
+  for (const char* name : {"ro/m", "ro/t"}) ASSERT_TRUE(QFile::setPermissions(Path(name), QFile::ReadOwner));
+  ASSERT_TRUE(QFile::setPermissions(Path("ro"), QFile::ReadOwner | QFile::ExeOwner));
+  EXPECT_EQ(RunUnprivileged({"salvage", "ro/m", "ro/t", "nm", "nt"}).status, 0);
+  const Outcome outcome = RunUnprivileged({"salvage", "ro/m", "ro/t", "ro/nm", "ro/nt"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "tarnbeam-db: ro/nm: Permission denied\n");
+  ASSERT_TRUE(QFile::setPermissions(Path("ro"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+  EXPECT_EQ(QDir(Path("ro")).entryList(QDir::Files), (QStringList{"m", "t"}));
+  EXPECT_EQ(FilesInFolder(), (QStringList{"in.json", "nm", "nt", "ro"}));
 }
 
 TEST_F(SalvageTest, Refusals) {

@@ -14,12 +14,14 @@ constexpr int FileHead = 100;
 constexpr int InteriorHead = 12;
 constexpr int LeafHead = 8;
 constexpr int SmallestCell = 4;
+/// Stands as 0 or 1 where two bytes hold a size.
+constexpr quint32 LargestPage = 65536;
 constexpr KeyRange Everywhere{};
 
 quint32 BigEndian16(const uchar* bytes) { return qFromBigEndian<quint16>(bytes); }
 quint32 BigEndian32(const uchar* bytes) { return qFromBigEndian<quint32>(bytes); }
 
-bool IsPageSize(quint32 size) { return size >= 512 && size <= 65536 && (size & (size - 1)) == 0; }
+bool IsPageSize(quint32 size) { return size >= 512 && size <= LargestPage && (size & (size - 1)) == 0; }
 
 /// A number of one to nine bytes; answers how many, 0 where they go beyond the end.
 int ReadVarint(const uchar* bytes, qint64 available, qint64* number) {
@@ -45,7 +47,7 @@ bool LooksLikeLeaf(const uchar* page, quint32 size) {
   const quint32 cells = BigEndian16(page + 3);
   if (page[0] != LeafTable || cells == 0 || LeafHead + 2 * cells > start || start >= size) return false;
   quint32 last = 0;
-  for (quint32 number = 0; number < cells; ++number) {
+  for (qint64 number = 0; number < cells; ++number) {
     last = std::max(last, BigEndian16(page + LeafHead + 2 * number));
   }
   return last > size / 2 && last < size;
@@ -102,7 +104,7 @@ class EntryShape : public RowShape {
   bool Fits(const StoredRow& row) const override {
     using Type = StoredValue::Type;
     if (row.values.size() != 5) return false;
-    for (const std::size_t text : {0, 1, 2}) {
+    for (std::size_t text = 0; text < 3; ++text) {
       if (row.values[text].type != Type::Text) return false;
     }
     static const std::set<QByteArray> Kinds{"table", "index", "view", "trigger"};
@@ -145,7 +147,7 @@ DamagedFile::DamagedFile(const QByteArray& path) : file_(QFile::decodeName(path)
   content_ = file_.map(0, size_);
   if (content_ == nullptr) FailWithErrno(path);
   hasHead_ = size_ >= FileHead && std::memcmp(content_, "SQLite format 3", 16) == 0;
-  if (hasHead_) pageSize_ = BigEndian16(content_ + 16) == 1 ? 65536 : BigEndian16(content_ + 16);
+  if (hasHead_) pageSize_ = BigEndian16(content_ + 16) == 1 ? LargestPage : BigEndian16(content_ + 16);
   usable_ = hasHead_ ? -int(content_[20]) : 0;
   if (!IsPageSize(pageSize_)) {
     hasHead_ = false;
@@ -162,7 +164,7 @@ DamagedFile::DamagedFile(const QByteArray& path) : file_(QFile::decodeName(path)
 quint32 DamagedFile::GuessPageSize() const {
   quint32 best = 4096;
   qint64 most = 0;
-  for (quint32 size = 512; size <= 65536; size *= 2) {
+  for (quint32 size = 512; size <= LargestPage; size *= 2) {
     qint64 bytes = 0;
     for (qint64 at = size; at + size <= size_; at += size) {
       if (LooksLikeLeaf(content_ + at, size)) bytes += size;
@@ -185,10 +187,10 @@ void DamagedFile::ReadFreePages() {
   const quint32 wanted = BigEndian32(content_ + 36);
   for (quint32 trunk = BigEndian32(content_ + 32); trunk != 0;) {
     const Page page = At(trunk);
-    if (page.size < usable_ || !freePages_.insert(trunk).second) return;
-    const quint32 leaves = BigEndian32(page.bytes + 4);
-    if (leaves > quint32(usable_) / 4 - 2) return;
-    for (quint32 number = 0; number < leaves; ++number) {
+    if (page.bytes == nullptr || page.size < usable_ || !freePages_.insert(trunk).second) return;
+    const qint64 leaves = BigEndian32(page.bytes + 4);
+    if (leaves > usable_ / 4 - 2) return;
+    for (qint64 number = 0; number < leaves; ++number) {
       if (!freePages_.insert(BigEndian32(page.bytes + 8 + 4 * number)).second) return;
     }
     trunk = BigEndian32(page.bytes);
@@ -291,7 +293,7 @@ bool DamagedFile::ReadInterior(const Page& page, const KeyRange& range, std::vec
   if (page.size < usable_ || end > usable_) return false;
   KeyRange left{range.after, range.after};
   bool isLost = false;
-  for (int number = 0; number < cells; ++number) {
+  for (qint64 number = 0; number < cells; ++number) {
     const int at = int(BigEndian16(page.bytes + head + InteriorHead + 2 * number));
     qint64 key = 0;
     const bool isRead =
@@ -316,12 +318,12 @@ bool DamagedFile::ReadLeaf(const Page& page, const KeyRange& range, const RowSha
   const int head = page.number == 1 ? FileHead : 0;
   if (page.size < head + LeafHead) return false;
   const int count = int(BigEndian16(page.bytes + head + 3));
-  const int start =
-      int(BigEndian16(page.bytes + head + 5)) == 0 ? 65536 : int(BigEndian16(page.bytes + head + 5));
+  const int said = int(BigEndian16(page.bytes + head + 5));
+  const int start = said == 0 ? int(LargestPage) : said;
   const int end = head + LeafHead + 2 * count;
   if (end > start || start > usable_ || end > page.size) return false;
   std::vector<Cell> cells(static_cast<std::size_t>(count));
-  for (int number = 0; number < count; ++number) {
+  for (qint64 number = 0; number < count; ++number) {
     Cell& cell = cells[std::size_t(number)];
     const int at = int(BigEndian16(page.bytes + head + LeafHead + 2 * number));
     cell.isTrusted = at >= start && ReadCell(page, at, &cell) && shape.Fits(cell.row);
@@ -398,6 +400,7 @@ bool DamagedFile::DistrustNeighboursOfGaps(const Page& page, int from, std::vect
     block = int(BigEndian16(page.bytes + block));
   }
   std::vector<Cell*> sorted;
+  sorted.reserve(areas.size() + cells->size());
   for (Cell& area : areas) sorted.push_back(&area);
   for (Cell& cell : *cells) {
     if (cell.isTrusted || cell.isPlaced) sorted.push_back(&cell);
