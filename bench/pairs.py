@@ -1,6 +1,7 @@
 """Pairs of files of any size, for measuring the program."""
 
 import json
+import os
 import sqlite3
 import subprocess
 
@@ -41,8 +42,10 @@ def fill(main, thresholds, sites, paths):
 
 
 def make(tool, folder, sites, paths):
-    """The paths of a new pair in the folder."""
+    """The paths of a pair in the folder, which is made where it is not there."""
     pair = [f"{folder}/main-{sites}-{paths}", f"{folder}/thresholds-{sites}-{paths}"]
+    if os.path.exists(pair[0]):
+        return pair
     subprocess.run([tool, "create", *pair], check=True, stdout=subprocess.DEVNULL)
     fill(*pair, sites, paths)
     return pair

@@ -127,9 +127,8 @@ command -v pdftoppm | poppler-utils
 command -v ogr2ogr | gdal-bin
 command -v bc | bc
 [ -e /usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf ] | fonts-dejavu-core
-command -v fc-list | fontconfig
-have_font_for ar | fonts-noto-core
-have_font_for ja | fonts-noto-cjk
+[ -e /usr/share/fonts/truetype/noto/NotoSansArabic-Regular.ttf ] | fonts-noto-core
+[ -e /usr/share/fonts/opentype/noto/NotoSansCJK-Regular.ttc ] | fonts-noto-cjk
 END
 
 large_group postgresql 'PostgreSQL' <<'END'
@@ -142,12 +141,11 @@ END
 
 large_group benchmarks 'benchmarks' <<'END'
 command -v python3 | python3
+command -v sqlite3 | sqlite3
 pkg-config --exists benchmark | libbenchmark-dev
 have_header SQLiteCpp/SQLiteCpp.h | libsqlitecpp-dev
 compgen -G "$(pkg-config --variable=libdir Qt5Core)/qt5/plugins/sqldrivers/libqsqlite.so" | libqt5sql5-sqlite
 END
-
-have_font_for() { [ -n "$(fc-list ":lang=$1")" ]; }
 
 have_header() { echo "#include <$1>" | g++ -std=c++17 -E -x c++ -; }
 

@@ -2,7 +2,9 @@
 // the old one, byte for byte, or the new one, whole.
 #include <sqlite3.h>
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <memory>
 
 #include "tests/robustness/FileFault.h"
@@ -59,7 +61,14 @@ class ConversionSweep : public SweptConversion {
     }
     log_.TakeLines();
     scene_.ExpectSound();
-    EXPECT_FALSE(QFile::exists(scene_.Main() + QLatin1String(".converted")));
+    EXPECT_EQ(CopiesBesideMain(), QStringList());
+  }
+
+  // What a swap across file systems makes under a name of its own, and takes away or renames.
+  QStringList CopiesBesideMain() const {
+    const QFileInfo main(scene_.Main());
+    return main.dir().entryList({main.fileName() + QLatin1String(".converted-*")},
+                                QDir::Files | QDir::Hidden);
   }
 
   // The new file, whole except for what need not succeed.
@@ -105,6 +114,12 @@ TEST_P(ConversionSweep, EveryFileCallFailsOnce) {
 
 TEST_P(ConversionSweep, StorageIsFull) {
   ForEachFullStorage(fileUse_, 4096, [&](auto arm) { Fail(arm, false); });
+}
+
+// What the sweeps look for is seen where it is.
+TEST_P(ConversionSweep, ACopyLeftBesideTheFileIsSeen) {
+  WriteFile(scene_.Path(QStringLiteral("main.sqlite.converted-a1B2c3")), {});
+  EXPECT_EQ(CopiesBesideMain(), QStringList{"main.sqlite.converted-a1B2c3"});
 }
 
 // Its calls and lines are those that are recorded, to the letter, even with each of its calls failing once.

@@ -18,7 +18,7 @@ struct SaveFailure {
   QStringList lines;
   QString kept;  // letters of the rows that stay in the main file
   Outcome outcome;
-  QString thresholdKeys;  // alignment and owner in the thresholds row; empty where there is none
+  QString thresholdKeys;  // alignment and owner in the thresholds row; empty if there is none
 };
 
 struct Bind {

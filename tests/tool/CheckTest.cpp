@@ -233,6 +233,13 @@ TEST_F(CheckTest, MainFilesOfEarlierVersionsStandAlone) {
   }
 }
 
+TEST_F(CheckTest, EarlierVersionsHaveNoThresholds) {
+  CreateFiles();
+  RunSql(Path("m"), "UPDATE Version SET VersionNumber = 6");
+  ExpectFailure({"check", "m", "t"},
+                "m: is of version 6, which has no thresholds file: leave THRESHOLDS out" + Hint, 2);
+}
+
 // A view that never comes to an end stands where a table has to be.
 TEST_F(CheckTest, AViewWithoutEndIsNotAsked) {
   CreateFiles();

@@ -101,7 +101,7 @@ TEST_F(DiffCommandTest, Json) {
   };
   const QJsonObject diff = parse(RunWell({"diff", "m", "t", "om", "ot", "--format", "json"})).object();
   EXPECT_EQ(diff.keys(), (QStringList{"changed", "onlyInFirst", "onlyInSecond"}));
-  // Each as export has it.
+  // Each alignment as export has it.
   const QJsonArray first = parse(RunWell({"export", "m", "t"})).array();
   const QJsonArray second = parse(RunWell({"export", "om", "ot"})).array();
   EXPECT_EQ(diff["onlyInFirst"].toArray(), QJsonArray{first.at(1)});
@@ -138,7 +138,8 @@ TEST_F(DiffCommandTest, VersionsMayDiffer) {
                 QString(TARNBEAM_GOLDEN_FOLDER "/version_%1.sql").arg(version));
   }
   EXPECT_EQ(RunWell({"diff", "v4", "v4"}), "");
-  // Note and roll precision have no column in version 3, and height sources other numbers before version 6.
+  // Note and roll precision have no column in version 3, and height sources have other numbers before
+  // version 6.
   RunSql(Path("v6"),
          "DELETE FROM PathAlignment; DELETE FROM AntennaAlignment WHERE AntennaAlignmentKey <> 5; UPDATE "
          "AntennaAlignment SET RollPrecision = 3, Note = 'n', TiltInversionEnabled = 0; UPDATE Height SET "

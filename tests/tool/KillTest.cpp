@@ -1,143 +1,18 @@
-// A run is killed at every system call that changes one of the user's files: both are as they were or as they
-// were to be, for whoever looks at them next, and the next change succeeds.
-#include <fcntl.h>
-#include <signal.h>
-#include <sys/ptrace.h>
-#include <sys/syscall.h>
-#include <sys/uio.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
+// Runs that are killed leave both files as they were or as they were to be.
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
-#include <algorithm>
-#include <array>
+#include <QProcess>
+#include <random>
 
 #include "tests/support/DatabaseDump.h"
-#include "tests/tool/ToolTest.h"
+#include "tests/tool/KillSweep.h"
 
 namespace {
 
-// Runs a program step by step from one system call to the next.
-class Traced {
- public:
-  Traced(const QString& folder, const QStringList& words) : folder_(folder) {
-    QList<QByteArray> bytes{TARNBEAM_TOOL};
-    for (const QString& word : words) bytes.append(word.toUtf8());
-    std::vector<char*> argv;
-    for (QByteArray& word : bytes) argv.push_back(word.data());
-    argv.push_back(nullptr);
-    const QByteArray place = folder.toUtf8();
-    child_ = fork();
-    if (child_ == 0) {
-      const int nowhere = open("/dev/null", O_RDWR);
-      for (int descriptor : {0, 1, 2}) dup2(nowhere, descriptor);
-      // The leak sanitizer cannot look at a process that is traced.
-      setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
-      if (chdir(place.constData()) == 0 && ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0) {
-        execv(TARNBEAM_TOOL, argv.data());
-      }
-      _exit(127);
-    }
-    int status = 0;
-    waitpid(child_, &status, 0);
-    ptrace(PTRACE_SETOPTIONS, child_, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
-  }
-
-  // Lets it run until its nth call that changes a file in the folder, and kills it there; false if it ended
-  // by itself before that.
-  bool KillAt(int number) {
-    int signal = 0;
-    for (;;) {
-      int status = 0;
-      if (ptrace(PTRACE_SYSCALL, child_, nullptr, signal) != 0 || waitpid(child_, &status, 0) != child_)
-        return false;
-      if (WIFEXITED(status) || WIFSIGNALED(status)) {
-        exitStatus_ = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        return false;
-      }
-      const int stopped = WSTOPSIG(status);
-      signal = stopped == (SIGTRAP | 0x80) || stopped == SIGTRAP ? 0 : stopped;
-      if (stopped != (SIGTRAP | 0x80) || !EntersChange()) continue;
-      if (++calls_ < number) continue;
-      kill(child_, SIGKILL);
-      waitpid(child_, &status, 0);
-      return true;
-    }
-  }
-
-  int Calls() const { return calls_; }
-  int ExitStatus() const { return exitStatus_; }
-
- private:
-  bool EntersChange() const {
-    __ptrace_syscall_info info{};
-    if (ptrace(PTRACE_GET_SYSCALL_INFO, child_, sizeof info, &info) <= 0) return false;
-    if (info.op != PTRACE_SYSCALL_INFO_ENTRY) return false;
-    const auto& arguments = info.entry.args;
-    switch (info.entry.nr) {
-      case SYS_write:
-      case SYS_pwrite64:
-      case SYS_ftruncate:
-      case SYS_fsync:
-      case SYS_fdatasync:
-      case SYS_fchmod:
-      case SYS_fallocate:
-        return LeadsThere(int(arguments[0]));
-#ifdef SYS_unlink
-      case SYS_unlink:
-      case SYS_rename:
-      case SYS_link:
-        return IsThere(AT_FDCWD, arguments[0]);
-#endif
-      case SYS_unlinkat:
-      case SYS_renameat2:
-      case SYS_linkat:
-        return IsThere(int(arguments[0]), arguments[1]);
-      case SYS_openat:
-        return (arguments[2] & O_CREAT) != 0 && IsThere(int(arguments[0]), arguments[1]);
-      default:
-        return false;
-    }
-  }
-
-  bool LeadsThere(int descriptor) const {
-    const QString target = QFile::symLinkTarget(QString("/proc/%1/fd/%2").arg(child_).arg(descriptor));
-    return (target + '/').startsWith(folder_ + '/');
-  }
-
-  // The program empties folders of its own by names that are relative to them.
-  bool IsThere(int folder, quint64 address) const {
-    // In two pieces: the page after the one that the text begins in need not be there.
-    constexpr quint64 PageSize = 4096;
-    std::array<char, 512> text{};
-    const size_t wanted = text.size() - 1;
-    const size_t inPage = std::min<size_t>(wanted, PageSize - address % PageSize);
-    iovec local{text.data(), wanted};
-    const std::array<iovec, 2> remote{iovec{reinterpret_cast<void*>(address), inPage},
-                                      iovec{reinterpret_cast<void*>(address + inPage), wanted - inPage}};
-    if (process_vm_readv(child_, &local, 1, remote.data(), remote.size(), 0) <= 0) return false;
-    const QByteArray path(text.data());
-    if (path.startsWith('/')) return path.startsWith(folder_.toUtf8() + '/');
-    return folder == AT_FDCWD || LeadsThere(folder);
-  }
-
-  const QString folder_;
-  pid_t child_ = -1;
-  int calls_ = 0;
-  int exitStatus_ = -1;
-};
-
-struct Change {
-  const char* name;
-  QStringList words;
-};
-
-void PrintTo(const Change& change, std::ostream* out) { *out << change.name; }
-
-class KillTest : public ToolTest, public testing::WithParamInterface<Change> {
+// A pair in the middle of its life.
+class KillTest : public KillSweep {
  protected:
-  // A pair in the middle of its life, in a mode of its own.
   void SetUp() override {
     CreateFilesWith({SiteEntry("S", "1"), SiteEntry("S", "2"), PathEntry("P")});
     WriteJson("none.json", {});
@@ -145,84 +20,191 @@ class KillTest : public ToolTest, public testing::WithParamInterface<Change> {
     ASSERT_TRUE(QDir(Folder()).mkdir("source"));
     RunWell({"create", "source/m", "source/t"});
     RunWell({"import", "source/m", "source/t", "more.json"});
-    mainFile_ = ReadFile("m");
-    thresholds_ = ReadFile("t");
-    before_ = Exported();
+    Keep();
   }
 
-  void Restore() {
-    for (const QString& name : FilesInFolder()) {
-      if (!name.endsWith(".json")) QFile::remove(Path(name));
-    }
-    WriteFile("m", mainFile_);
-    WriteFile("t", thresholds_);
-  }
+  QString Seen() override { return RunWell({"export", "m", "t"}); }
 
-  // What a reading command makes of it; it changes nothing of what was left behind.
-  QString Exported() {
-    const QStringList files = FilesInFolder();
-    const QString exported = RunWell({"export", "m", "t"});
-    EXPECT_EQ(FilesInFolder(), files);
-    return exported;
+  QStringList ChangeAgain() override {
+    const QString seen = Seen();
+    EXPECT_EQ(RunWell({"import", "m", "t", "none.json"}), "0 alignments saved, 0 of sites and 0 of paths\n");
+    EXPECT_EQ(Seen(), seen);
+    return {"in.json", "m", "more.json", "none.json", "source", "t"};
   }
-
-  // Of both, as SQLite itself reads them with what was left behind.
-  QString Dumped() const {
-    EXPECT_EQ(IntegrityCheck(Path("m")), QString("ok"));
-    EXPECT_EQ(IntegrityCheck(Path("t")), QString("ok"));
-    return DumpDatabase(Path("m")) + DumpDatabase(Path("t"));
-  }
-
-  QByteArray mainFile_;
-  QByteArray thresholds_;
-  QString before_;
 };
 
-// Every call with TARNBEAM_FULL_SWEEPS=1, else every third and all of the last ones, among them those of the
-// commit.
-TEST_P(KillTest, BothFilesAreBeforeOrAfter) {
-  Traced whole(Folder(), GetParam().words);
-  EXPECT_FALSE(whole.KillAt(1 << 30));
-  ASSERT_EQ(whole.ExitStatus(), 0);
-  const QString after = Exported();
-  const QString dumpedAfter = Dumped();
-  Restore();
-  const QString dumpedBefore = Dumped();
-  ASSERT_NE(after, before_);
-  ASSERT_GT(whole.Calls(), 10);
-  const bool all = qEnvironmentVariableIntValue("TARNBEAM_FULL_SWEEPS") == 1;
-  int oldOnes = 0;
-  int newOnes = 0;
-  for (int number = 1; number <= whole.Calls(); ++number) {
-    if (!all && number % 3 != 1 && number <= whole.Calls() - 15) continue;
-    SCOPED_TRACE(number);
-    Restore();
-    Traced killed(Folder(), GetParam().words);
-    ASSERT_TRUE(killed.KillAt(number));
-    const QString exported = Exported();
-    ASSERT_TRUE(exported == before_ || exported == after) << exported.toStdString();
-    ++(exported == before_ ? oldOnes : newOnes);
-    const QStringList left = FilesInFolder();
-    // The next change succeeds, and removes what was left.
-    if (number % 4 == 0) {
-      EXPECT_EQ(RunWell({"import", "m", "t", "none.json"}),
-                "0 alignments saved, 0 of sites and 0 of paths\n");
-      EXPECT_EQ(FilesInFolder(), (QStringList{"in.json", "m", "more.json", "none.json", "source", "t"}))
-          << left.join(' ').toStdString();
-    }
-    EXPECT_EQ(Dumped(), exported == before_ ? dumpedBefore : dumpedAfter);
-    if (HasFailure()) return;
-  }
-  EXPECT_GT(oldOnes, 5);
-  EXPECT_GT(newOnes, 0);
-}
+TEST_P(KillTest, BothFilesAreBeforeOrAfter) { Sweep(); }
 
 INSTANTIATE_TEST_SUITE_P(
     Tool, KillTest,
-    testing::Values(Change{"Import", {"import", "m", "t", "more.json"}},
-                    Change{"Merge", {"merge", "m", "t", "source/m", "source/t"}},
-                    Change{"DeleteSite", {"delete", "m", "t", "--site", "S", "--yes"}},
-                    Change{"DeleteReport", {"delete", "m", "t", "--path", "P", "--index", "0", "--yes"}}),
-    [](const auto& test) { return std::string(test.param.name); });
+    testing::Values(Change{"Import", {"import", "m", "t", "more.json"}, 3},
+                    Change{"Merge", {"merge", "m", "t", "source/m", "source/t"}, 3},
+                    Change{"DeleteSite", {"delete", "m", "t", "--site", "S", "--yes"}, 3},
+                    Change{"DeleteReport", {"delete", "m", "t", "--path", "P", "--index", "0", "--yes"}, 3}),
+    NameOf);
+
+// The journals of such files are of one file alone, so the change goes by journals of the other kind.
+class KillInWalModeTest : public KillTest {
+ protected:
+  void SetUp() override {
+    KillTest::SetUp();
+    for (const char* file : {"m", "t"}) RunSql(Path(file), "PRAGMA journal_mode = WAL");
+    Keep();
+  }
+};
+
+TEST_P(KillInWalModeTest, BothFilesAreBeforeOrAfter) { Sweep(); }
+
+INSTANTIATE_TEST_SUITE_P(Tool, KillInWalModeTest,
+                         testing::Values(Change{"Import", {"import", "m", "t", "more.json"}, 9}), NameOf);
+
+// Whole files take the place of others.
+class KillRestoreTest : public KillTest {
+ protected:
+  void SetUp() override {
+    KillTest::SetUp();
+    RunWell({"backup", "source/m", "source/t", "b"});
+  }
+  QStringList ChangeAgain() override { return QStringList{"b"} + KillTest::ChangeAgain(); }
+};
+
+TEST_P(KillRestoreTest, BothFilesAreBeforeOrAfter) { Sweep(); }
+
+INSTANTIATE_TEST_SUITE_P(Tool, KillRestoreTest,
+                         testing::Values(Change{"Restore", {"restore", "b", "m", "t", "--yes"}, 3}), NameOf);
+
+// What goes is a site without reports.
+class KillRepairTest : public KillTest {
+ protected:
+  void SetUp() override {
+    KillTest::SetUp();
+    RunSql(Path("m"), "INSERT INTO Sites VALUES (7, 'nobody refers to it')");
+    Keep();
+  }
+  QString Seen() override { return RunWell({"list", "m", "t"}); }
+  // The copies of both files stay.
+  QStringList ChangeAgain() override {
+    QStringList files = KillTest::ChangeAgain() + FilesInFolder().filter("before-repair");
+    files.sort();
+    return files;
+  }
+};
+
+TEST_P(KillRepairTest, BothFilesAreBeforeOrAfter) { Sweep(); }
+
+INSTANTIATE_TEST_SUITE_P(Tool, KillRepairTest, testing::Values(Change{"Repair", {"repair", "m", "t"}, 3}),
+                         NameOf);
+
+// Before there are files. One that stands alone is completed by whoever runs it again.
+class KillCreateTest : public KillSweep {
+ protected:
+  QString Seen() override {
+    const Outcome outcome = Run({"export", "m", "t"});
+    EXPECT_TRUE(outcome.status == 0 || outcome.err == "tarnbeam-db: m: no such file\n")
+        << outcome.err.toStdString();
+    return outcome.out;
+  }
+
+  QStringList ChangeAgain() override {
+    const Outcome outcome = Run({"create", "m", "t"});
+    EXPECT_TRUE(outcome.status == 0 || outcome.err == "tarnbeam-db: m and t exist already\n")
+        << outcome.err.toStdString();
+    EXPECT_EQ(RunWell({"list", "m", "t"}), "kind  reports  identifier\n");
+    return {"m", "t"};
+  }
+};
+
+TEST_P(KillCreateTest, BothFilesAreWholeOrNotThere) { Sweep(); }
+
+INSTANTIATE_TEST_SUITE_P(Tool, KillCreateTest, testing::Values(Change{"Create", {"create", "m", "t"}, 1}),
+                         NameOf);
+
+using KilledBackupTest = ToolTest;
+
+// At its place the folder is whole or not there, and the next backup takes away what was left.
+TEST_F(KilledBackupTest, FolderIsWholeOrAbsent) {
+  CreateFilesWith({SiteEntry("S", "1"), PathEntry("P")});
+  const QStringList words{"backup", "m", "t", "b"};
+  int absent = 0;
+  for (int number = 1;; ++number) {
+    SCOPED_TRACE(number);
+    Traced killed(Folder(), words);
+    if (!killed.KillAt(number)) break;
+    if (!FilesInFolder().contains("b")) {
+      ++absent;
+      RunWell(words);
+    }
+    EXPECT_EQ(FilesInFolder(), (QStringList{"b", "in.json", "m", "t"}));
+    RunWell({"restore", "b", "new", "newt"});
+    EXPECT_EQ(ReadFile("new"), ReadFile("m"));
+    for (const char* name : {"new", "newt"}) QFile::remove(Path(name));
+    QDir(Path("b")).removeRecursively();
+    if (HasFailure()) return;
+  }
+  EXPECT_GT(absent, 5);
+}
+
+// Large files are changed by thousands of calls, so a run is killed at moments by chance.
+class KillLargeTest : public ToolTest {
+ protected:
+  static constexpr int Before = 20000;
+  static constexpr int Added = 100;
+
+  void SetUp() override {
+    CreateFilesWith({SiteEntry("S")});
+    const QString numbers =
+        QString("WITH RECURSIVE n(i) AS (SELECT 2 UNION ALL SELECT i + 1 FROM n WHERE i < %1) ").arg(Before);
+    for (const char* rows :
+         {"INSERT INTO Sites SELECT i, 'Site ' || i FROM n", "INSERT INTO Height SELECT i, i, 1 FROM n",
+          "INSERT INTO Geolocation SELECT i, 1, 2, 3 FROM n",
+          "INSERT INTO Orientation SELECT 2 * i + j, 1, 2, 3 FROM n, (SELECT 0 AS j UNION SELECT 1)",
+          "INSERT INTO AntennaAlignment SELECT i, i, 'Sector', 'Position', 0, 2 * i, i, i, 2 * i + 1, i, 0, "
+          "'note', 0 FROM n"}) {
+      RunSql(Path("m"), numbers + rows);
+    }
+    RunSql(Path("t"), numbers + "INSERT INTO AntennaAlignmentThresholds SELECT i, i, i, 1, 1, 1 FROM n");
+    QJsonArray entries;
+    for (int number = 0; number < Added; ++number) entries.append(SiteEntry("new", QString::number(number)));
+    WriteJson("more.json", entries);
+  }
+
+  int Count(const char* file, const char* table) const {
+    return Rows(Path(file), QString("SELECT count(*) FROM %1").arg(table)).value(0).toInt();
+  }
+
+  void ExpectBeforeOrAfter() {
+    const bool isNew = RunWell({"list", "m", "t"}).endsWith("site      100  new\n");
+    EXPECT_EQ(Run({"check", "m", "t"}).status, 0);
+    for (const char* file : {"m", "t"}) EXPECT_EQ(IntegrityCheck(Path(file)), QString("ok"));
+    const int expected = isNew ? Before + Added : Before;
+    EXPECT_EQ(Count("m", "AntennaAlignment"), expected);
+    EXPECT_EQ(Count("m", "Orientation"), 2 * expected);
+    EXPECT_EQ(Count("t", "AntennaAlignmentThresholds"), expected);
+  }
+};
+
+TEST_F(KillLargeTest, ImportAtAnyMoment) {
+  const QByteArray mainFile = ReadFile("m");
+  const QByteArray thresholds = ReadFile("t");
+  const QStringList words{"import", "m", "t", "more.json"};
+  QElapsedTimer timer;
+  timer.start();
+  RunWell(words);
+  const auto whole = static_cast<unsigned>(timer.elapsed());
+  std::mt19937 chance(5);
+  const int kills = qEnvironmentVariableIntValue("TARNBEAM_FULL_SWEEPS") == 1 ? 100 : 5;
+  for (int kill = 0; kill < kills; ++kill) {
+    for (const char* left : {"m-journal", "t-journal"}) QFile::remove(Path(left));
+    WriteFile("m", mainFile);
+    WriteFile("t", thresholds);
+    QProcess process;
+    process.setWorkingDirectory(Folder());
+    process.start(TARNBEAM_TOOL, words);
+    process.waitForFinished(static_cast<int>(chance() % whole));
+    process.kill();
+    process.waitForFinished();
+    ExpectBeforeOrAfter();
+  }
+}
 
 }  // namespace

@@ -25,7 +25,7 @@ class MergeTest : public ToolTest {
                                "PathIdentifier = PathIdentifier || '%1'")
                            .arg(suffix));
   }
-  // What a pair holds, in no order.
+  // What a pair holds, in no particular order.
   QStringList Exported(const QStringList& files) {
     QStringList lines =
         RunWell(QStringList{"export"} + files + QStringList{"--format", "ndjson"}).split('\n');
@@ -33,7 +33,7 @@ class MergeTest : public ToolTest {
     lines.sort();
     return lines;
   }
-  // The same of a dry run and then of the merge; the dry run changes nothing.
+  // What a dry run prints, and then the merge: the same. The dry run changes nothing.
   QString Merged(const QStringList& sources) {
     const QByteArray mainFile = ReadFile("m");
     const QByteArray thresholds = ReadFile("t");
@@ -129,7 +129,7 @@ TEST_F(MergeTest, AnotherMeasurementOfOneMomentIsListedAndKept) {
             (QStringList{"-2.5", "1.0"}));
   EXPECT_EQ(Rows(Path("m"), "SELECT Note FROM PathAlignment"),
             (QStringList{R"('Grüße, "Ole"\nline 2')", "'x'"}));
-  // Both are there by now.
+  // Both are there now.
   EXPECT_EQ(Merged({"s", "st"}), "0 added, 2 already there, 0 conflicts\n");
 }
 

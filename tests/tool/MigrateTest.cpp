@@ -1,10 +1,16 @@
 // Migration with the program.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <QFile>
+#include <QProcess>
 #include <QRegularExpression>
 
 #include "store/AllStores.h"
 #include "tests/support/DatabaseDump.h"
-#include "tests/tool/ToolTest.h"
+#include "tests/tool/KillSweep.h"
+#include "tests/tool/SmallDisk.h"
 
 namespace {
 
@@ -118,5 +124,150 @@ TEST_F(MigrateTest, ALinkStaysALink) {
   EXPECT_EQ(QFile::symLinkTarget(Path("link")), Path("m"));
   EXPECT_EQ(RunWell({"version", "m"}), "7\n");
 }
+
+TEST_F(MigrateTest, ThresholdsAreMadeWhereTheyAreMissing) {
+  Load(5);
+  EXPECT_TRUE(RunWell({"migrate", "m", "t"}).endsWith(" ms\ncreated t\n"));
+  RunWell({"create", "new", "newt"});
+  EXPECT_EQ(ReadFile("t"), ReadFile("newt"));
+  EXPECT_EQ(Run({"check", "m", "t"}).status, 0);
+  // Once more, with a file that is there and is to stay.
+  RunSql(Path("t"), "INSERT INTO PreferencesPathLength VALUES (1, 5)");
+  const QByteArray thresholds = ReadFile("t");
+  EXPECT_EQ(RunWell({"migrate", "m", "t"}), "m is of version 7 already\n");
+  EXPECT_EQ(ReadFile("t"), thresholds);
+  EXPECT_EQ(QFile::remove(Path("t")), true);
+  EXPECT_EQ(RunWell({"migrate", "m", "t"}), "m is of version 7 already\ncreated t\n");
+}
+
+TEST_F(MigrateTest, WhatIsNoThresholdsFileIsRefused) {
+  Load(5);
+  const QByteArray before = ReadFile("m");
+  WriteFile("t", "text");
+  ExpectFailure({"migrate", "m", "t"}, "t: is no database", 4);
+  LoadSqlFile(Path("other"), QString(TARNBEAM_GOLDEN_FOLDER "/version_5.sql"));
+  ExpectFailure({"migrate", "m", "other"}, "other: is no thresholds file", 4);
+  ExpectUntouched(before, {"m", "other", "t"});
+}
+
+// What no step can carry over: objects and columns of the user's own, and a column that a later version has
+// too.
+TEST_F(MigrateTest, LossesAreNamedAndAccepted) {
+  Load(4);
+  RunSql(Path("m"),
+         "CREATE TABLE Extra (x); CREATE VIEW Seen AS SELECT * FROM Sites; CREATE INDEX i ON Sites(SiteKey); "
+         "CREATE TRIGGER g AFTER INSERT ON Extra BEGIN SELECT 1; END; ALTER TABLE Height ADD Own TEXT");
+  const QByteArray before = ReadFile("m");
+  ExpectFailure({"migrate", "m"},
+                "m: the conversion would lose trigger g, view Seen, index i, table Extra, column Height.Own; "
+                "nothing was changed. --accept-losses goes on without");
+  ExpectUntouched(before, {"m"});
+  RunWell({"migrate", "m", "--accept-losses"});
+  QFile golden(QString(TARNBEAM_GOLDEN_FOLDER "/version_4_as_%1.txt").arg(CurrentSchemaVersion));
+  ASSERT_TRUE(golden.open(QIODevice::ReadOnly));
+  EXPECT_EQ(DumpDatabase(Path("m")), QString::fromUtf8(golden.readAll()));
+}
+
+constexpr const char* ScratchFolder = "/opt/tarnbeam/database";
+
+// Conversions on a device are done one at a time.
+TEST_F(MigrateTest, AnotherConversionIsWaitedFor) {
+  Load(6);
+  const QByteArray before = ReadFile("m");
+  const int folder = open(ScratchFolder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  ASSERT_EQ(flock(folder, LOCK_EX), 0);
+  ExpectFailure(
+      {"migrate", "m", "--wait", "0"},
+      "m: another conversion is under way, and /opt/tarnbeam/database serves one at a time; try again, or "
+      "wait longer with --wait SECONDS",
+      3);
+  ExpectUntouched(before, {"m"});
+  QProcess waiting;
+  waiting.setWorkingDirectory(Folder());
+  waiting.start(TARNBEAM_TOOL, {"migrate", "m", "--wait", "60"});
+  ASSERT_TRUE(waiting.waitForStarted());
+  close(folder);
+  ASSERT_TRUE(waiting.waitForFinished());
+  EXPECT_EQ(waiting.exitCode(), 0) << waiting.readAllStandardError().toStdString();
+  EXPECT_EQ(RunWell({"version", "m"}), "7\n");
+}
+
+// Each file ends with its own rows, however the two take turns.
+TEST_F(MigrateTest, TwoAtOnceKeepTheirFilesApart) {
+  QStringList expected;
+  for (const char* name : {"one", "other"}) {
+    LoadSqlFile(Path(name), QString(TARNBEAM_GOLDEN_FOLDER "/version_1.sql"));
+    RunSql(Path(name), QString("UPDATE Sites SET SiteIdentifier = '%1 ' || SiteIdentifier").arg(name));
+    expected.append(Rows(Path(name),
+                         "SELECT SiteIdentifier FROM Sites WHERE SiteKey IN (SELECT SiteKey FROM "
+                         "AntennaAlignment) ORDER BY 1")
+                        .join(','));
+  }
+  for (int round = 0; round < 4; ++round) {
+    QProcess both[2];
+    for (int at : {0, 1}) {
+      const QString copy = QString("copy%1").arg(at);
+      QFile::remove(Path(copy));
+      ASSERT_TRUE(QFile::copy(Path(at == 0 ? "one" : "other"), Path(copy)));
+      both[at].setWorkingDirectory(Folder());
+      both[at].start(TARNBEAM_TOOL, {"migrate", copy, "--wait", "60"});
+    }
+    for (int at : {0, 1}) {
+      ASSERT_TRUE(both[at].waitForFinished(60'000));
+      EXPECT_EQ(both[at].exitCode(), 0) << both[at].readAllStandardError().toStdString();
+      const QString copy = Path(QString("copy%1").arg(at));
+      EXPECT_EQ(Rows(copy, "SELECT SiteIdentifier FROM Sites ORDER BY 1").join(','), expected.at(at));
+      EXPECT_EQ(Rows(copy, "SELECT VersionNumber FROM Version"), QStringList{"7"});
+    }
+  }
+}
+
+TEST_F(MigrateTest, AFileInUseIsNotConverted) {
+  Load(6);
+  const QByteArray before = ReadFile("m");
+  for (const char* work : {"BEGIN; SELECT count(*) FROM Sites", "BEGIN IMMEDIATE; DELETE FROM Sites"}) {
+    const Holder holder(Path("m"), work);
+    ExpectFailure({"migrate", "m", "--wait", "0"}, InUse("m"), 3);
+  }
+  EXPECT_EQ(ReadFile("m"), before);
+}
+
+class MigrateOnSmallDiskTest : public SmallDisk {};
+
+TEST_P(MigrateOnSmallDiskTest, TheFileStaysAsItWas) {
+  LoadSqlFile(Path("m"), TARNBEAM_GOLDEN_FOLDER "/version_5.sql");
+  Sweep({"migrate", "m", "t"}, LimitsFiles() ? 4 : int(ReadFile("m").size()) / 1024, 16);
+  EXPECT_EQ(RunWell({"version", "m"}), "7\n");
+  EXPECT_EQ(Run({"check", "m", "t"}).status, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Shortage, MigrateOnSmallDiskTest,
+                         testing::Values(Shortage::SmallFileSystem, Shortage::SmallFiles), SmallDisk::NameOf);
+
+// Killed while it changes the folder of the file.
+class KillMigrateTest : public KillSweep {
+ protected:
+  void SetUp() override {
+    LoadSqlFile(Path("m"), TARNBEAM_GOLDEN_FOLDER "/version_6.sql");
+    Keep();
+  }
+
+  // Main and thresholds file are no transaction here: the one is made first, and is of no use without the
+  // other.
+  QString Seen() override {
+    const QString version = RunWell({"version", "m"});
+    return version + (version == "7\n" ? RunWell({"export", "m", "t"}) : RunWell({"export", "m"}));
+  }
+
+  QStringList ChangeAgain() override {
+    RunWell({"migrate", "m", "t"});
+    return {"m", "t"};
+  }
+};
+
+TEST_P(KillMigrateTest, TheFileIsBeforeOrAfter) { Sweep(); }
+
+INSTANTIATE_TEST_SUITE_P(Tool, KillMigrateTest, testing::Values(Change{"Migrate", {"migrate", "m", "t"}, 9}),
+                         NameOf);
 
 }  // namespace

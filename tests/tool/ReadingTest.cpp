@@ -133,7 +133,7 @@ TEST_P(NameTest, MayBeAnything) {
   EXPECT_EQ(run("delete --site S --yes -- \"$MAIN_FILE\" t"), 0);
   struct stat status {};
   EXPECT_EQ(stat((Folder().toUtf8() + '/' + mainName).constData(), &status), 0);
-  // Qt neither lists nor removes a file whose name is no UTF-8.
+  // Qt neither lists nor removes a file whose name is not UTF-8.
   EXPECT_EQ(unlink((Folder().toUtf8() + '/' + mainName).constData()), 0);
   EXPECT_EQ(FilesInFolder(), (QStringList{"in.json", "t"}));
 }

@@ -110,17 +110,23 @@ Outcome ToolTest::Run(const QStringList& words, const QString& terminalInput) {
   return Finish(&process);
 }
 
-// Root without the right to override permissions is like any other user.
-Outcome ToolTest::RunUnprivileged(const QStringList& words) {
+Outcome ToolTest::RunProgram(const QString& program, const QStringList& words,
+                             const QMap<QString, QString>& variables) {
   QProcess process;
   Prepare(&process);
-  if (geteuid() == 0) {
-    process.start("setpriv",
-                  QStringList{"--bounding-set", "-dac_override,-dac_read_search", TARNBEAM_TOOL} + words);
-  } else {
-    process.start(TARNBEAM_TOOL, words);
-  }
+  QProcessEnvironment environment = process.processEnvironment();
+  for (auto one = variables.cbegin(); one != variables.cend(); ++one)
+    environment.insert(one.key(), one.value());
+  process.setProcessEnvironment(environment);
+  process.start(program, words);
   return Finish(&process);
+}
+
+// Root without the right to override permissions is like any other user.
+Outcome ToolTest::RunUnprivileged(const QStringList& words) {
+  if (geteuid() != 0) return RunProgram(TARNBEAM_TOOL, words);
+  return RunProgram("setpriv",
+                    QStringList{"--bounding-set", "-dac_override,-dac_read_search", TARNBEAM_TOOL} + words);
 }
 
 Outcome ToolTest::RunWhileAsked(const QStringList& words, const std::function<void()>& meanwhile) {

@@ -4,6 +4,7 @@
 
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -45,6 +46,9 @@ class ToolTest : public testing::Test {
   ToolTest();
   // `terminalInput`, if not empty, is typed on a terminal that is then the standard input.
   Outcome Run(const QStringList& words, const QString& terminalInput = QString());
+  // Another program, such as one that calls this one; with these variables of the environment besides.
+  Outcome RunProgram(const QString& program, const QStringList& words,
+                     const QMap<QString, QString>& variables = {});
   // The same by an ordinary user, for whom permissions count.
   Outcome RunUnprivileged(const QStringList& words);
   // Does something while the program waits for an answer on its terminal, and then answers yes.

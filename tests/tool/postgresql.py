@@ -14,6 +14,7 @@ import tempfile
 import unittest
 
 TOOL, EXAMPLE = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
+HERE = os.path.dirname(os.path.abspath(__file__))
 PAIRS = 50
 # Angles that 32 bits keep whole.
 SITE = {"kind": "site", "target": {"azimuth": 90, "tilt": -2, "roll": 0},
@@ -237,6 +238,19 @@ class ManyInstruments(unittest.TestCase):
             self.assertEqual(self.rows("SELECT place FROM alignments WHERE identifier = 'far'"), [{"place": None}])
         finally:
             self.psql("DELETE FROM alignments WHERE identifier = 'far'")
+
+    def test_a_file_of_version_1_is_loaded_without_thresholds(self):
+        with open(os.path.join(HERE, "..", "golden", "version_1.sql"), encoding="utf-8") as dump:
+            subprocess.run(["sqlite3", "old"], stdin=dump, check=True)
+        uids = sorted(entry["uid"] for entry in json.loads(run(TOOL, "export", "old")))
+        self.assertGreater(len(uids), 1)
+        try:
+            self.assertEqual(self.load("old", ""), ["old: %d added, 0 already there" % len(uids)])
+            found = self.rows("SELECT uid FROM alignments WHERE verdict = 'none' AND options_thresholds_tilt = 0 "
+                              "AND uid IN ('%s') ORDER BY uid::text" % "', '".join(uids))
+            self.assertEqual([row["uid"] for row in found], uids)
+        finally:
+            self.psql("DELETE FROM alignments WHERE uid IN ('%s')" % "', '".join(uids))
 
     def test_without_postgis_all_but_places_is_there(self):
         self.psql("CREATE ROLE clerk LOGIN")

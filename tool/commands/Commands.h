@@ -27,7 +27,7 @@ struct Command {
   int (*run)(const Arguments& arguments);
 };
 
-/// The last operand of a command that takes any number of those before it.
+/// Stands last if a command takes any number of the operands before it.
 constexpr const char* AndSoOn = "...";
 
 /// The option of every command that says how long to wait.
@@ -36,6 +36,7 @@ QCommandLineOption WaitOption();
 const std::vector<Command>& AllCommands();
 
 // Each is defined in a file of its own.
+Command BackupCommand();
 Command CheckCommand();
 Command CreateCommand();
 Command DeleteCommand();
@@ -47,5 +48,8 @@ Command MapCommand();
 Command MergeCommand();
 Command MigrateCommand();
 Command PreferencesCommand();
+Command RepairCommand();
 Command ReportCommand();
+Command RestoreCommand();
+Command SalvageCommand();
 Command VersionCommand();

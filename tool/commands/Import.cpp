@@ -12,8 +12,8 @@
 
 namespace {
 
-/// Which of the alignments are saved: all, or those whose uid is neither among what is there nor among those
-/// before.
+/// Which of the alignments are saved: all, or those whose uid neither the files nor an earlier alignment
+/// has.
 class Choice {
  public:
   Choice(const PrivatePair& files, bool skipsExisting) : skipsExisting_(skipsExisting) {

@@ -15,12 +15,12 @@ struct Source {
   std::vector<Alignment> alignments;
 };
 
-/// All of them before the target is locked.
+/// All sources are read before the target is locked.
 std::vector<Source> ReadSources(const Arguments& arguments) {
   std::vector<Source> sources;
   for (const PairNames& names : PairsOf(arguments.operands.mid(2), arguments.Waiting())) {
     const Snapshot files(names.mainName, names.thresholdsName, arguments.Waiting());
-    // The thresholds of another pair would be lost without a word.
+    // The thresholds of another pair would be silently lost.
     files.Files().RequireBelonging();
     sources.push_back({files.Files().ShownMain(), files.ReadWhole()});
   }
@@ -35,7 +35,7 @@ QString ConflictLine(const Source& source, const Alignment& alignment, const Mer
 }
 
 struct Merged {
-  /// What is to be said of it.
+  /// What is to be printed about it.
   QString lines;
   bool changes;
 };
@@ -72,7 +72,7 @@ int Run(const Arguments& arguments) {
     Snapshot target(mainName, thresholdsName, arguments.Waiting(), Snapshot::Look::AsItIs);
     target.Files().RequireCurrentPair();
     Console::Print(MergeInto(target.Files(), sources).lines);
-    // Nothing was done that would have to be said elsewhere.
+    // Nothing was done that would have to be repeated elsewhere.
     Console::Flush();
     return Status::Done;
   }

@@ -2,8 +2,8 @@
 
 #include <QElapsedTimer>
 
-/// Says on a terminal how many alignments a long command has saved, once it has taken a second and ten times
-/// a second from then on. The line goes with it.
+/// Shows on a terminal how many alignments a long command has saved: after one second, and ten times a second
+/// from then on. The line is cleared at its end.
 class Progress {
  public:
   explicit Progress(std::size_t total) : total_(total) { timer_.start(); }

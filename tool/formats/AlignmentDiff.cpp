@@ -15,7 +15,7 @@ namespace {
 
 using Alignments = std::vector<Alignment>;
 
-/// With its key, which is worked out once.
+/// An alignment with its key, which is worked out once.
 struct Matched {
   MatchKey key;
   const Alignment* alignment;
@@ -31,7 +31,7 @@ std::vector<Matched> Sorted(const Alignments& alignments) {
   return sorted;
 }
 
-/// Those of one measurement on one side.
+/// The alignments of one measurement on one side.
 using Group = std::vector<const Alignment*>;
 
 /// Takes the first group out of what is left, if it is of that key.
@@ -54,15 +54,15 @@ Counts CountsOf(const Group& group) {
   return counts;
 }
 
-/// Takes out the first of each content, as many as there are to be.
+/// Removes the first ones of each content, as many as `counts` says.
 void Drop(Counts counts, Group* group) {
   const auto goes = [&counts](const Alignment* alignment) { return counts[Content(*alignment)]-- > 0; };
   group->erase(std::remove_if(group->begin(), group->end(), goes), group->end());
 }
 
-/// Takes what is equal on both sides out of both, as often as it is on both.
+/// Removes from both sides what is equal, as often as both have it.
 void DropEqual(Group* first, Group* second) {
-  // Nearly always there is one on either side.
+  // Nearly always there is one on each side.
   if (first->size() == 1 && second->size() == 1) {
     if (!DifferingFields(*first->front(), *second->front()).isEmpty()) return;
     first->clear();

@@ -6,7 +6,7 @@
 #include "tool/formats/AlignmentFields.h"
 
 MatchKey MatchKeyOf(const Alignment& a) {
-  // Times of different offsets may be one moment; -1 is none that can be stored.
+  // Times of different offsets may be one moment; -1 is a time that cannot be stored.
   return {a.kind, a.identifier, a.sector, a.position, a.time.isValid() ? a.time.toSecsSinceEpoch() : -1};
 }
 

@@ -5,8 +5,8 @@
 
 #include "tool/Alignment.h"
 
-/// By this one measurement is found again among others, even where its values differ: kind, identifier,
-/// sector, position and time.
+/// Identifies a measurement among others, even if its values differ: kind, identifier, sector, position and
+/// time.
 using MatchKey = std::tuple<Kind, QString, QString, QString, qint64>;
 MatchKey MatchKeyOf(const Alignment& alignment);
 

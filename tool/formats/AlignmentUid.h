@@ -12,5 +12,5 @@
 /// colon, its text as in CSV, and a comma. A field that the kind does not have is an empty text.
 QString AlignmentUid(const Alignment& alignment);
 
-/// The fields that do not count, note and thresholds, as such texts.
+/// The fields that do not count (note and thresholds), written in the same way.
 QByteArray TextBesideUid(const Alignment& alignment);

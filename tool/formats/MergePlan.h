@@ -10,18 +10,18 @@
 #include "tool/Alignment.h"
 #include "tool/formats/AlignmentMatch.h"
 
-/// What comes of alignments, one after the other, that are merged into others.
+/// Decides what becomes of alignments that are merged into others, one after the other.
 class MergePlan {
  public:
-  /// What is there beforehand.
+  /// `there` are the alignments that are there beforehand.
   explicit MergePlan(const std::vector<Reports>& there);
 
   struct Step {
-    /// False where an alignment with its uid is there.
+    /// False if an alignment with its uid is there.
     bool isAdded;
-    /// Names of the fields in which it differs from what it is in conflict with; empty where it is in none.
-    /// An alignment that is added is, with another one of its kind, identifier, sector, position and time;
-    /// one that is there, where its note or thresholds are others.
+    /// Names of the fields in which it differs from what it conflicts with; empty if there is no conflict.
+    /// An alignment that is added conflicts with another one of its kind, identifier, sector, position and
+    /// time; one that is there already, with that one if note or thresholds differ.
     QStringList conflict;
   };
   /// From now on the alignment is there.

@@ -12,6 +12,8 @@ class LibraryCall {
 
   /// Throws a Failure with the message, and what the library met, unless all went well so far.
   void RequireSuccess(bool result, const QString& message);
+  /// Whether this error of the system, and nothing else, is what went wrong.
+  bool MetOnly(int systemError) const;
 
  private:
   static constexpr int FailedSteps = 5;

@@ -1,6 +1,7 @@
 #include "tool/pair/Migration.h"
 
 #include <QElapsedTimer>
+#include <cerrno>
 #include <memory>
 
 #include "migration/AllConverters.h"
@@ -32,7 +33,8 @@ constexpr const char* KeptTables[] = {"AntennaAlignment", "PathAlignment", "Pref
 
 class Conversion {
  public:
-  Conversion(PrivatePair* copies, bool acceptLosses) : copies_(copies), acceptLosses_(acceptLosses) {}
+  Conversion(PrivatePair* copies, bool acceptLosses, const Deadline& deadline)
+      : copies_(copies), acceptLosses_(acceptLosses), deadline_(deadline) {}
 
   /// Returns what was done, a line per step.
   QString Run() {
@@ -77,10 +79,23 @@ class Conversion {
     timer.start();
     const QString step = QStringLiteral("version ") + QString::number(version) + QStringLiteral(" to ") +
                          QString::number(version + 1);
+    while (!TryStep(version, step)) {
+      if (deadline_.Pause()) continue;
+      throw Failure(copies_->ShownMain() +
+                        QStringLiteral(": another conversion is under way, and /opt/tarnbeam/database "
+                                       "serves one at a time; try again, or wait longer with --wait "
+                                       "SECONDS"),
+                    Status::InUse);
+    }
+    return step + QStringLiteral(": ") + QString::number(timer.elapsed()) + QStringLiteral(" ms\n");
+  }
+
+  /// False where another conversion has the folder that they work through.
+  bool TryStep(unsigned int version, const QString& step) const {
     QString path = QString::fromLocal8Bit(copies_->MainPath());
     LibraryCall call;
-    const bool converted = Steps.at(version - 1)(&path);
-    if (!converted) {
+    if (!Steps.at(version - 1)(&path)) {
+      if (call.MetOnly(EWOULDBLOCK)) return false;
       call.RequireSuccess(false,
                           copies_->ShownMain() + QStringLiteral(": ") + step +
                               QStringLiteral(" could not be done; the file is as it was. Conversions work "
@@ -93,7 +108,7 @@ class Conversion {
                     QStringLiteral(" would lose something; nothing was changed. --accept-losses goes "
                                    "on without"));
     }
-    return step + QStringLiteral(": ") + QString::number(timer.elapsed()) + QStringLiteral(" ms\n");
+    return true;
   }
 
   void RequireRows(const QVector<qint64>& before) const {
@@ -109,6 +124,7 @@ class Conversion {
 
   PrivatePair* const copies_;
   const bool acceptLosses_;
+  const Deadline& deadline_;
 };
 
 /// Placed at once: should the run be killed before the main file is changed, the next one goes on from there.
@@ -145,7 +161,7 @@ void Run(const QString& mainName, const QString& thresholdsName, const Choices& 
       backup.Place();
       lines += QStringLiteral("copied to ") + backup.Shown() + QLatin1Char('\n');
     }
-    lines += Conversion(&copies, choices.acceptLosses).Run();
+    lines += Conversion(&copies, choices.acceptLosses, deadline).Run();
   }
   const std::unique_ptr<NewFile> thresholds = MakeThresholds(copies, thresholdsName, deadline);
   try {

@@ -6,7 +6,7 @@
 #include "tool/pair/Deadline.h"
 #include "tool/pair/Sqlite.h"
 
-/// A main file, and the thresholds file that goes with it; empty where there is none.
+/// A main file, and the thresholds file that goes with it; empty if there is none.
 struct PairNames {
   QString mainName;
   QString thresholdsName;
@@ -15,6 +15,7 @@ struct PairNames {
 /// Whether a database has the tables of a thresholds file and is no main file.
 bool IsThresholdsFile(const Sqlite& db);
 
-/// Which files belong together where any of them may come without a thresholds file: that is told by what
-/// they hold, and a thresholds file goes with the main file before it. Throws WrongUsage where there is none.
+/// Which files belong together if any main file may come without a thresholds file: what they hold shows it,
+/// and a thresholds file goes with the main file before it. Throws WrongUsage for one without such a main
+/// file.
 std::vector<PairNames> PairsOf(const QStringList& names, const Deadline& deadline);

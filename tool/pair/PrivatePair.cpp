@@ -110,11 +110,14 @@ void PrivatePair::RequirePair() {
     throw WrongUsage(shownMain_ + QStringLiteral(": is of version ") + QString::number(version_) +
                      QStringLiteral(", so THRESHOLDS has to be given"));
   }
-  if (version_ < Versions::FirstWithThresholds && HasThresholds()) {
-    throw WrongUsage(shownMain_ + QStringLiteral(": is of version ") + QString::number(version_) +
-                     QStringLiteral(", which has no thresholds file: leave THRESHOLDS out"));
-  }
+  RequireMainAloneBefore7(version_);
   RequireShape();
+}
+
+void PrivatePair::RequireMainAloneBefore7(qint64 version) const {
+  if (!Versions::IsKnown(version) || version >= Versions::FirstWithThresholds || !HasThresholds()) return;
+  throw WrongUsage(shownMain_ + QStringLiteral(": is of version ") + QString::number(version) +
+                   QStringLiteral(", which has no thresholds file: leave THRESHOLDS out"));
 }
 
 void PrivatePair::RequireCurrentPair() {

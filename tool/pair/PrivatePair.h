@@ -40,9 +40,12 @@ class PrivatePair {
   void RequireShape();
   /// All of these; and whether a thresholds file was given has to fit the version (else WrongUsage).
   void RequirePair();
-  /// The same unless they are a pair that can be changed: of the current version and belonging together.
+  /// The last of these for a main file of that version.
+  void RequireMainAloneBefore7(qint64 version) const;
+  /// Throws the same unless they are a pair that can be changed: of the current version and belonging
+  /// together.
   void RequireCurrentPair();
-  /// The same where rows of the thresholds file contradict the main file's, and not one agrees.
+  /// Throws the same if rows of the thresholds file contradict the main file's, and not one agrees.
   void RequireBelonging() const;
 
   /// The main file, with the thresholds file attached under that name.

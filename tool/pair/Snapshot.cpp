@@ -68,7 +68,7 @@ std::vector<Snapshot::Summary> SummariesOf(const PrivatePair& files, Kind kind) 
   return summaries;
 }
 
-/// Alignments that name a row which is not there: the library reads zeros in its place.
+/// How many alignments name a row that is not there: the library reads zeros in its place.
 qint64 Incomplete(const Sqlite& db, Kind kind) {
   const Belonging::Tables& tables = Belonging::Of(kind);
   const auto misses = [](const char* column, const char* table, const char* key) {

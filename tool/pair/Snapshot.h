@@ -40,11 +40,11 @@ class Snapshot {
   /// The key of a site or path; fails for an identifier that is not stored.
   qint64 KeyOf(Kind kind, const QString& identifier) const;
 
-  /// All alignments, through the library; with values that are no finite numbers a Failure (4).
+  /// All alignments, through the library; throws a Failure (4) for values that are not finite numbers.
   std::vector<Reports> ReadAll() const { return ReadAllOf(files_); }
-  /// The same of private copies that were looked over.
+  /// The same for private copies that were checked.
   static std::vector<Reports> ReadAllOf(const PrivatePair& files);
-  /// All alignments, one after the other; a Failure (4) also where one of them names a row that is not
+  /// All alignments, one after the other; throws a Failure (4) also if one of them names a row that is not
   /// there.
   std::vector<Alignment> ReadWhole() const;
   /// Of one site or path; fails for an identifier that is not stored.

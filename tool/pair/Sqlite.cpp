@@ -74,6 +74,8 @@ bool Sqlite::Rows::Next() {
 
 qint64 Sqlite::Rows::Int(int column) const { return sqlite3_column_int64(statement_.get(), column); }
 
+double Sqlite::Rows::Real(int column) const { return sqlite3_column_double(statement_.get(), column); }
+
 QByteArray Sqlite::Rows::Bytes(int column) const {
   const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement_.get(), column));
   return {bytes, sqlite3_column_bytes(statement_.get(), column)};
@@ -96,6 +98,17 @@ Sqlite::Rows& Sqlite::Rows::Bind(int number, const QByteArray& text) {
       sqlite3_bind_text(statement_.get(), number, text.constData(), text.size(), SQLITE_TRANSIENT);
   if (result != SQLITE_OK) db_->Throw(result);
   return *this;
+}
+
+Sqlite::Rows& Sqlite::Rows::Bind(int number, double value) {
+  const int result = sqlite3_bind_double(statement_.get(), number, value);
+  if (result != SQLITE_OK) db_->Throw(result);
+  return *this;
+}
+
+void Sqlite::Rows::Restart() {
+  sqlite3_reset(statement_.get());
+  sqlite3_clear_bindings(statement_.get());
 }
 
 QByteArray Quoted(const QByteArray& name) {

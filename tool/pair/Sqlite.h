@@ -19,6 +19,7 @@ class Sqlite {
    public:
     bool Next();
     qint64 Int(int column) const;
+    double Real(int column) const;
     /// Bytes as they are stored, of whatever type.
     QByteArray Bytes(int column) const;
     /// With replacement characters for what is not UTF-8.
@@ -27,6 +28,9 @@ class Sqlite {
 
     Rows& Bind(int number, qint64 value);
     Rows& Bind(int number, const QByteArray& text);
+    Rows& Bind(int number, double value);
+    /// For another run of the statement, with all values null.
+    void Restart();
 
    private:
     friend class Sqlite;

@@ -77,7 +77,7 @@ TEST(DiffTest, OfDoubledOnesAsManyAreLeftAsThereAreMore) {
   EXPECT_TRUE(diff.changed.empty());
 }
 
-// Each compared with each would not come to an end here.
+// Comparing each with each would take for ever here.
 TEST(DiffTest, ManyOfOneMomentAreMatchedInProportion) {
   constexpr int Count = 50'000;
   std::vector<Alignment> first;

@@ -35,7 +35,7 @@ TEST(FieldsTest, DifferingFieldsAreNamed) {
   EXPECT_EQ(DifferingFields(SampleSite(), other),
             (QStringList{"measured.tilt", "height.source", "options.note", "options.thresholds.roll"}));
   other = SampleSite();
-  // Of paths alone.
+  // Only paths have it.
   other.farLatitude = 1;
   other.pathLengthThreshold = 1;
   EXPECT_EQ(DifferingFields(SampleSite(), other), QStringList());

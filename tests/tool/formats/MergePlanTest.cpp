@@ -75,7 +75,7 @@ TEST(MergePlanTest, AnotherNoteOrOtherThresholdsAreInConflict) {
   EXPECT_EQ(conflict(SampleSite(), &A::rollThreshold, 9.0F), QStringList{"options.thresholds.roll"});
   EXPECT_EQ(conflict(SamplePath(), &A::pathLengthThreshold, -1.0F),
             QStringList{"options.thresholds.pathLength"});
-  // What the kind does not have.
+  // A value that the kind does not have.
   EXPECT_EQ(conflict(SampleSite(), &A::pathLengthThreshold, -1.0F), QStringList());
   ExpectCounts(plan, 0, 7, 6);
 }
@@ -89,7 +89,7 @@ TEST(MergePlanTest, WhatIsLikeOneOfSeveralIsInNoConflict) {
   ExpectCounts(plan, 0, 2, 0);
 }
 
-// Each compared with each would not come to an end here.
+// Comparing each with each would take for ever here.
 TEST(MergePlanTest, ManyOfOneMomentAreTakenInProportion) {
   constexpr int Count = 50'000;
   std::vector<Alignment> there;

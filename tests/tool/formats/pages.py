@@ -3,6 +3,7 @@
 
 pages.py TOOL SURVEY: SURVEY is a JSON file whose first entries are copied.
 """
+import contextlib
 import copy
 import glob
 import json
@@ -21,6 +22,17 @@ TITLE = "Acceptance protocol of the second stage of the northern valley, copy fo
 LONG_NAME = "From the mast at the north-western end of the valley to the one at its south-eastern end"
 JAPANESE, POLISH, ARABIC = "東京タワー", "Księży Młyn – Łódź", "برج المدينة"
 LONG_NOTE = "The bracket was loose. " * 300 + "\n\n" + "x" * 400 + "\nlast"
+# The same on every machine, whatever fonts there are besides.
+FONTS = """<?xml version="1.0"?>
+<fontconfig>
+  <dir>/usr/share/fonts/truetype/noto</dir>
+  <dir>/usr/share/fonts/opentype/noto</dir>
+  <cachedir>%s/font-cache</cachedir>
+  <alias><family>Sans</family><prefer>
+    <family>Noto Sans</family><family>Noto Sans Arabic</family><family>Noto Sans CJK JP</family>
+  </prefer></alias>
+</fontconfig>
+"""
 MARGIN, WIDTH, HEIGHT = 42, 595, 842
 RED, GREEN = (190, 38, 38), (26, 127, 72)
 
@@ -69,7 +81,7 @@ def survey():
 
 def store_preferences():
     """As an instrument does; what does not matter here is 0."""
-    with sqlite3.connect("m") as main:
+    with contextlib.closing(sqlite3.connect("m", isolation_level=None)) as main:
         columns = [row[1] for row in main.execute("PRAGMA table_info(Preferences)")]
         known = {"SerialNumber": 734211, "SerialNumberValid": 1, "CalibrationDate": "2024-01-08", "UserTechId": "ż-07"}
         main.execute("INSERT INTO Preferences (%s) VALUES (%s)" % (", ".join(columns), ", ".join("?" * len(columns))),
@@ -81,6 +93,9 @@ class Pages(unittest.TestCase):
     def setUpClass(cls):
         cls.folder = tempfile.TemporaryDirectory()
         os.chdir(cls.folder.name)
+        with open("fonts.conf", "w", encoding="utf-8") as file:
+            file.write(FONTS % cls.folder.name)
+        os.environ["FONTCONFIG_FILE"] = cls.folder.name + "/fonts.conf"
         with open("in.json", "w", encoding="utf-8") as file:
             json.dump(survey(), file)
         run(TOOL, "create", "m", "t")
@@ -141,7 +156,7 @@ class Pages(unittest.TestCase):
     def test_nothing_of_long_texts_is_lost(self):
         shown = self.text("Notes")
         self.assertEqual(len(re.findall(r"\bloose\.", shown)), 300)
-        self.assertEqual(re.sub(r" page \d+ Notes| ", "", shown).count("x" * 400), 1)
+        self.assertEqual(sum(len(word) for word in shown.split() if set(word) == {"x"}), 400)
         self.assertIn(" last ", shown)
         joined = shown.replace(" ", "")
         self.assertIn("Sector" + "A" * 40 + ",position" + "B" * 60, joined)
@@ -152,7 +167,10 @@ class Pages(unittest.TestCase):
         self.assertEqual(joined.count("締め直した"), 30)
         self.assertIn(POLISH, self.text(POLISH))
         self.assertIn("Zażółć gęślą jaźń", self.text(POLISH))
-        self.assertEqual(self.text(ARABIC).count("البراغي"), 30)
+        # What poppler takes for gaps between words depends on the font.
+        joined = self.text(ARABIC).replace(" ", "")
+        self.assertIn(ARABIC.replace(" ", ""), joined)
+        self.assertEqual(joined.count("البراغي"), 30)
 
     def test_verdicts_have_their_colours(self):
         forms = (("Passing", "PASS", GREEN), ("Failing", "FAIL", RED), ("None", "NO THRESHOLD", None))
