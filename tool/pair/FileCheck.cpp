@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "tool/Console.h"
+#include "tool/pair/Belonging.h"
 #include "tool/pair/ColumnTypes.h"
 #include "tool/pair/Schema.h"
 #include "tool/pair/Versions.h"
@@ -42,6 +43,20 @@ QStringList ForeignKeyViolations(const Sqlite& db) {
   return violations;
 }
 
+/// The library handles keys of alignments as unsigned numbers of 32 bits.
+QStringList KeysThatCannotBeRead(const Sqlite& db) {
+  QStringList wrong;
+  for (const Kind kind : {Kind::Site, Kind::Path}) {
+    const Belonging::Tables& tables = Belonging::Of(kind);
+    for (const QString& key :
+         Column(db, QByteArray("SELECT ") + tables.alignmentKey + " FROM main." + tables.alignments +
+                        " WHERE " + tables.alignmentKey + " NOT BETWEEN 0 AND 4294967295")) {
+      wrong.append(QLatin1String(tables.alignments) + QStringLiteral(" row ") + key);
+    }
+  }
+  return wrong;
+}
+
 QStringList WrongTypes(const Sqlite& db, const Sqlite& fresh) {
   QStringList wrong;
   for (const QString& name : Column(fresh,
@@ -59,6 +74,7 @@ QStringList WrongTypes(const Sqlite& db, const Sqlite& fresh) {
 
 FileCheck::FileCheck(PrivatePair* files) : files_(files), main_(files->MainPath(), files->ShownMain()) {
   LookAtMain();
+  if (Versions::IsKnown(version_)) files_->RequireOperandsOf(static_cast<unsigned int>(version_));
   if (!files_->HasThresholds()) return;
   LookAtThresholds();
   LookAtPair();
@@ -121,7 +137,8 @@ bool FileCheck::LookAtFile(About file, const Sqlite& db) {
     Skip(file, WrongValues);
     return false;
   }
-  Look(file, WrongValues, Severity::Error, [&] { return WrongTypes(db, fresh); });
+  Look(file, WrongValues, Severity::Error,
+       [&] { return inMain ? WrongTypes(db, fresh) + KeysThatCannotBeRead(db) : WrongTypes(db, fresh); });
   return true;
 }
 

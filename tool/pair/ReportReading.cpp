@@ -123,9 +123,31 @@ bool StandsBefore(const Alignment& a, const Alignment& b) {
   return byPosition != 0 ? byPosition < 0 : a.key < b.key;
 }
 
+/// How many alignments name a row that is not there.
+qint64 Incomplete(const Sqlite& db, Kind kind) {
+  const Tables& tables = Belonging::Of(kind);
+  const auto misses = [](const char* column, const char* table, const char* key) {
+    return QByteArray(column) + " NOT IN (SELECT " + key + " FROM main." + table + ')';
+  };
+  QByteArray condition = misses(tables.ownerKey, tables.owners, tables.ownerKey) + " OR " +
+                         misses("TargetOrientationKey", "Orientation", "OrientationKey") + " OR " +
+                         misses("MeasuredOrientationKey", "Orientation", "OrientationKey") + " OR " +
+                         misses("LocationKey", "Geolocation", "GeolocationKey") + " OR " +
+                         misses("SiteHeightKey", "Height", "HeightKey");
+  if (kind == Kind::Path) condition += " OR " + misses("PathLocationKey", "Geolocation", "GeolocationKey");
+  return db.Number(QByteArray("SELECT count(*) FROM main.") + tables.alignments + " WHERE " + condition);
+}
+
 }  // namespace
 
 namespace ReportReading {
+
+void RequireComplete(const PrivatePair& files) {
+  const qint64 incomplete = Incomplete(files.Db(), Kind::Site) + Incomplete(files.Db(), Kind::Path);
+  if (incomplete == 0) return;
+  throw Damage(files.ShownMain(), Console::Counted(incomplete, QStringLiteral("alignment")) +
+                                      QStringLiteral(" without all the rows that belong to it"));
+}
 
 void RequireNumbers(const PrivatePair& files) {
   constexpr struct {

@@ -17,6 +17,9 @@ std::map<qint64, std::vector<Alignment>> Read(const PrivatePair& files, Kind kin
 /// Throws a Failure (4) if one of the alignments' values is not a finite number.
 void RequireNumbers(const PrivatePair& files);
 
+/// Throws the same if an alignment names a row that is not there: the library reads zeros in its place.
+void RequireComplete(const PrivatePair& files);
+
 /// The name of the PDF file for a site or path.
 QString PdfName(Kind kind, const QString& identifier);
 
