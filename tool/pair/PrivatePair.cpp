@@ -103,9 +103,9 @@ void PrivatePair::RequireShape() {
   if (HasThresholds()) RequireShapeOf("thresholds", FreshThresholdsPath(), shownThresholds_);
 }
 
-void PrivatePair::RequireOperandsOf(unsigned int version) const {
+void PrivatePair::RequireOperandsOf(qint64 version) const {
   const bool needsThresholds = version >= Versions::FirstWithThresholds;
-  if (needsThresholds == HasThresholds()) return;
+  if (!Versions::IsKnown(version) || needsThresholds == HasThresholds()) return;
   throw WrongUsage(shownMain_ + QStringLiteral(": is of version ") + QString::number(version) +
                    (needsThresholds
                         ? QStringLiteral(", so THRESHOLDS has to be given")

@@ -136,6 +136,8 @@ Reports Snapshot::ReadOne(Kind kind, const QString& identifier) const {
 
 void Snapshot::RequireComplete() const { ReportReading::RequireComplete(files_); }
 
+void Snapshot::RequirePreferences() const { ReportReading::RequirePreferences(files_); }
+
 bool Snapshot::RestorePreferences(IPreferencesModel* model) const {
   LibraryCall call;
   const bool restored = files_.Store()->RestorePreferences(model);

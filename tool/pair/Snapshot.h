@@ -53,6 +53,8 @@ class Snapshot {
 
   /// Throws a Failure (4) if an alignment names a row that is not there.
   void RequireComplete() const;
+  /// Throws the same if one of the preferences' values is not a finite number.
+  void RequirePreferences() const;
 
   /// False if none are stored.
   bool RestorePreferences(IPreferencesModel* model) const;

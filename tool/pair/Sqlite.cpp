@@ -104,6 +104,17 @@ Sqlite::Rows& Sqlite::Rows::Bind(int number, const QByteArray& text) {
   return *this;
 }
 
+Sqlite::Rows& Sqlite::Rows::Bind(int number, double value) {
+  const int result = sqlite3_bind_double(statement_.get(), number, value);
+  if (result != SQLITE_OK) db_->Throw(result);
+  return *this;
+}
+
+void Sqlite::Rows::Restart() {
+  sqlite3_reset(statement_.get());
+  sqlite3_clear_bindings(statement_.get());
+}
+
 QByteArray Quoted(const QByteArray& name) {
   QByteArray quoted = name;
   quoted.replace('"', "\"\"");

@@ -1,0 +1,72 @@
+// Loaded into the program before libc: one of its calls on files fails, once.
+//   FAILING_KIND    read or write: which calls are counted
+//   FAILING_NUMBER  the one of them that fails, from 1 on
+//   FAILING_FOLDER  whose files are counted, including those of folders in it
+//   FAILING_MARK    a file that is made when it has come to that
+#include <fcntl.h>
+#include <stdio.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+
+#include "tests/support/NextDefinition.h"
+
+namespace {
+
+const char* Variable(const char* name) {
+  const char* value = getenv(name);
+  return value != nullptr ? value : "";
+}
+
+bool IsInFolder(const char* path) {
+  const char* folder = Variable("FAILING_FOLDER");
+  return *folder != '\0' && std::strncmp(path, folder, std::strlen(folder)) == 0;
+}
+
+bool IsInFolder(int descriptor) {
+  std::array<char, 64> link{};
+  std::array<char, PATH_MAX> path{};
+  snprintf(link.data(), link.size(), "/proc/self/fd/%d", descriptor);
+  return readlink(link.data(), path.data(), path.size() - 1) > 0 && IsInFolder(path.data());
+}
+
+template <typename File>
+bool Fails(const char* kind, File file) {
+  static int calls = 0;
+  if (std::strcmp(Variable("FAILING_KIND"), kind) != 0 || !IsInFolder(file)) return false;
+  if (++calls != std::atoi(Variable("FAILING_NUMBER"))) return false;
+  close(open(Variable("FAILING_MARK"), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+  errno = EIO;
+  return true;
+}
+
+}  // namespace
+
+// One definition: kind, file, the result, and the function's own name, parameters, arguments, and whether it
+// may throw.
+#define FORWARD(kind, file, result, function, parameters, arguments, exceptions)            \
+  extern "C" __attribute__((visibility("default"))) result function parameters exceptions { \
+    return Fails(kind, file) ? result{-1} : NEXT_DEFINITION(function) arguments;            \
+  }
+
+FORWARD("read", fd, ssize_t, read, (int fd, void* data, size_t size), (fd, data, size), noexcept(false))
+FORWARD("read", fd, ssize_t, pread, (int fd, void* data, size_t size, off_t at), (fd, data, size, at),
+        noexcept(false))
+FORWARD("read", fd, ssize_t, pread64, (int fd, void* data, size_t size, off64_t at), (fd, data, size, at),
+        noexcept(false))
+FORWARD("write", fd, ssize_t, write, (int fd, const void* data, size_t size), (fd, data, size),
+        noexcept(false))
+FORWARD("write", fd, ssize_t, pwrite64, (int fd, const void* data, size_t size, off64_t at),
+        (fd, data, size, at), noexcept(false))
+FORWARD("write", fd, int, fsync, (int fd), (fd), noexcept(false))
+FORWARD("write", fd, int, fdatasync, (int fd), (fd), noexcept(false))
+FORWARD("write", fd, int, ftruncate64, (int fd, off64_t size), (fd, size), noexcept)
+FORWARD("write", fd, int, fchmod, (int fd, mode_t mode), (fd, mode), noexcept)
+FORWARD("write", path, int, unlink, (const char* path), (path), noexcept)
+FORWARD("write", to, int, renameat2,
+        (int fromFolder, const char* from, int toFolder, const char* to, unsigned flags),
+        (fromFolder, from, toFolder, to, flags), noexcept)

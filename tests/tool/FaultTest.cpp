@@ -1,0 +1,164 @@
+// Disks that fail once, and pages that are damaged: never is a wrong result told as a right one, and every
+// command comes to its end.
+#include <QDir>
+#include <QFile>
+#include <random>
+
+#include "tests/support/DatabaseDump.h"
+#include "tests/tool/ToolTest.h"
+
+namespace {
+
+bool AreAllWanted() { return qEnvironmentVariableIntValue("TARNBEAM_FULL_SWEEPS") == 1; }
+
+class FaultTest : public ToolTest {
+ protected:
+  // Both files in a folder of their own, whose files are those that fail; what the program copies of them
+  // lies beside it.
+  void SetUp() override {
+    QJsonArray entries;
+    for (int number = 0; number < 40; ++number) {
+      entries.append(SiteEntry(QString("S%1").arg(number % 4), QString::number(number)));
+      entries.append(PathEntry(QString("P%1").arg(number % 3)));
+    }
+    WriteJson("in.json", entries);
+    for (const char* folder : {"files", "copies"}) ASSERT_TRUE(QDir(Folder()).mkdir(folder));
+    RunWell({"create", Main, Thresholds});
+    RunWell({"import", Main, Thresholds, "in.json"});
+    main_ = ReadFile(Main);
+    thresholds_ = ReadFile(Thresholds);
+  }
+
+  void Restore() {
+    QDir(Path("files")).removeRecursively();
+    QDir(Folder()).mkdir("files");
+    WriteFile(Main, main_);
+    WriteFile(Thresholds, thresholds_);
+  }
+
+  Outcome RunFailing(const QStringList& words, const char* kind, const QString& folder, int number) {
+    QFile::remove(Path("mark"));
+    return RunProgram(TARNBEAM_TOOL, words,
+                      {{"LD_PRELOAD", TARNBEAM_FAILING_CALLS},
+                       {"ASAN_OPTIONS", "verify_asan_link_order=0:detect_leaks=0"},
+                       {"TMPDIR", Path("copies")},
+                       {"FAILING_KIND", kind},
+                       {"FAILING_FOLDER", Path(folder) + '/'},
+                       {"FAILING_NUMBER", QString::number(number)},
+                       {"FAILING_MARK", Path("mark")}});
+  }
+  bool HasFailed() const { return QFile::exists(Path("mark")); }
+
+  static constexpr const char* Main = "files/m";
+  static constexpr const char* Thresholds = "files/t";
+  QByteArray main_;
+  QByteArray thresholds_;
+};
+
+TEST_F(FaultTest, AReadThatFailsIsNoShorterAnswer) {
+  const QList<QStringList> commands{{"export", Main, Thresholds},
+                                    {"list", Main, Thresholds},
+                                    {"report", Main, Thresholds, "--all", "--format", "csv"},
+                                    {"check", Main, Thresholds}};
+  for (const QStringList& words : commands) {
+    const QString right = RunWell(words);
+    for (const char* folder : {"files", "copies"}) {
+      int told = 0;
+      for (int number = 1;; number += AreAllWanted() ? 1 : 17) {
+        SCOPED_TRACE(QString("%1, read %2 in %3").arg(words.first()).arg(number).arg(folder).toStdString());
+        const Outcome outcome = RunFailing(words, "read", folder, number);
+        if (!HasFailed()) break;
+        if (outcome.status == 0) {
+          EXPECT_EQ(outcome.out, right);
+        } else {
+          ++told;
+          // What `check` cannot read it shows among its findings.
+          EXPECT_TRUE(!outcome.err.isEmpty() || (words.first() == "check" && outcome.out != right));
+        }
+        if (HasFailure()) return;
+      }
+      EXPECT_GT(told, 0) << words.first().toStdString() << ' ' << folder;
+    }
+  }
+}
+
+TEST_F(FaultTest, AWriteThatFailsChangesAllOrNothing) {
+  const QString before = RunWell({"export", Main, Thresholds});
+  for (const QStringList& words : {QStringList{"import", Main, Thresholds, "in.json"},
+                                   QStringList{"delete", Main, Thresholds, "--site", "S1", "--yes"}}) {
+    Restore();
+    ASSERT_EQ(Run(words).status, 0);
+    const QString after = RunWell({"export", Main, Thresholds});
+    for (const char* folder : {"files", "copies"}) {
+      int told = 0;
+      // Between the two files the disk is asked for most in the end.
+      for (int number = 1;; number += AreAllWanted() ? 1 : *folder == 'f' ? 11 : 701) {
+        SCOPED_TRACE(QString("%1, write %2 in %3").arg(words.first()).arg(number).arg(folder).toStdString());
+        Restore();
+        const Outcome outcome = RunFailing(words, "write", folder, number);
+        if (!HasFailed()) break;
+        told += outcome.status != 0 ? 1 : 0;
+        EXPECT_TRUE(outcome.status == 0 || outcome.status == 1) << outcome.status;
+        EXPECT_EQ(RunWell({"export", Main, Thresholds}), outcome.status == 0 ? after : before)
+            << outcome.err.toStdString();
+        if (HasFailure()) return;
+      }
+      EXPECT_GT(told, 0) << words.first().toStdString() << ' ' << folder;
+    }
+  }
+}
+
+// What the damage leaves readable may be another value: that is not for a program to know.
+TEST_F(FaultTest, DamagedPagesAreToldOrHarmless) {
+  const QList<QStringList> commands{{"list", Main, Thresholds},
+                                    {"export", Main, Thresholds},
+                                    {"report", Main, Thresholds, "--all", "--format", "json"},
+                                    {"map", Main, Thresholds, "--format", "geojson"},
+                                    {"check", Main, Thresholds},
+                                    {"preferences", Main, Thresholds},
+                                    {"version", Main},
+                                    {"import", Main, Thresholds, "none.json"},
+                                    {"delete", Main, Thresholds, "--site", "S1", "--yes"}};
+  WriteJson("none.json", {});
+  std::mt19937 chance(7);
+  const auto below = [&](qsizetype limit) {
+    return static_cast<int>(chance() % static_cast<unsigned>(limit));
+  };
+  int damaged = 0;
+  for (int round = 0; round < (AreAllWanted() ? 400 : 24); ++round) {
+    SCOPED_TRACE(round);
+    Restore();
+    const QString name = round % 3 == 0 ? Thresholds : Main;
+    const QByteArray whole = ReadFile(name);
+    QByteArray bytes(1 + below(300), '\0');
+    for (char& byte : bytes) byte = static_cast<char>(chance());
+    // Not the version's own page: what a file of another version does is looked at elsewhere.
+    int at = 0;
+    do {
+      at = below(whole.size() - bytes.size());
+    } while (name == Main && (at + bytes.size()) / 4096 >= PageOf(Main, "Version") &&
+             at / 4096 <= PageOf(Main, "Version"));
+    Overwrite(name, at, bytes);
+    const QByteArray mainFile = ReadFile(Main);
+    const QByteArray thresholds = ReadFile(Thresholds);
+    // A few commands of each file that is damaged; all in the long form.
+    for (int number = 0; number < commands.size(); ++number) {
+      const QStringList& words = commands.at(number);
+      const bool changes = words.first() == "import" || words.first() == "delete";
+      if (!AreAllWanted() && (number + round) % 3 != 0) continue;
+      const Outcome outcome = Run(words);
+      const bool unknown = outcome.err.contains("there is no site S1");
+      EXPECT_TRUE(outcome.status == 0 || outcome.status == 4 || unknown)
+          << words.first().toStdString() << ": " << outcome.status << ' ' << outcome.err.toStdString();
+      damaged += outcome.status == 4 ? 1 : 0;
+      if (changes && outcome.status == 0) break;
+      EXPECT_EQ(ReadFile(Main), mainFile);
+      EXPECT_EQ(ReadFile(Thresholds), thresholds);
+      EXPECT_EQ(QDir(Path("files")).entryList(QDir::Files | QDir::Hidden), (QStringList{"m", "t"}));
+    }
+    if (HasFailure()) return;
+  }
+  EXPECT_GT(damaged, 10);
+}
+
+}  // namespace
