@@ -21,8 +21,8 @@ int main(int count, char** arguments) {
   for (const Alignment& alignment : alignments) {
     if (!Save(store.get(), alignment)) return 1;
   }
-  constexpr double Nanoseconds = 1e9;
-  std::cout << static_cast<double>(timer.nsecsElapsed()) / Nanoseconds << ' '
+  constexpr double nanoseconds = 1e9;
+  std::cout << static_cast<double>(timer.nsecsElapsed()) / nanoseconds << ' '
             << static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC << '\n';
   return 0;
 }

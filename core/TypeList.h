@@ -14,10 +14,10 @@ struct TypeTag {
 template <typename... Types>
 struct TypeList {
   /// How many types there are.
-  static constexpr std::size_t Count = sizeof...(Types);
+  static constexpr std::size_t count = sizeof...(Types);
 
   /// The last of the types.
-  using Last = std::tuple_element_t<Count - 1, std::tuple<Types...>>;
+  using Last = std::tuple_element_t<count - 1, std::tuple<Types...>>;
 
   /// The types as arguments of another template.
   template <template <typename...> class Template>

@@ -71,7 +71,7 @@ void MakeAll(const QString& folder) {
   for (const char* side : {"main", "thresholds"}) {
     if (!QDir().mkpath(folder + QLatin1Char('/') + QLatin1String(side))) Fail(folder);
   }
-  for (std::size_t version = 1; version <= AllConverters::Count; ++version) {
+  for (std::size_t version = 1; version <= AllConverters::count; ++version) {
     const QString name = QStringLiteral("version_%1").arg(version);
     const QString path = folder + QLatin1String("/main/") + name + QLatin1String(".sqlite");
     const QByteArray sql =

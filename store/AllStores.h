@@ -18,4 +18,4 @@ using AllStores = TypeList<AlignmentDatabaseVersion1, AlignmentDatabaseVersion2,
 using CurrentStore = AllStores::Last;
 
 /// The current version: that of new files, and the one up to which files can be converted.
-constexpr unsigned int CurrentSchemaVersion = AllStores::Count;
+constexpr unsigned int currentSchemaVersion = AllStores::count;

@@ -17,11 +17,11 @@ constexpr StoreDescription descriptions[] = {
     {SchemaVersion6(), Deletion::WithAssociatedRecords},
     {SchemaVersion7(), Deletion::WithAssociatedRecords},
 };
-static_assert(std::size(descriptions) == CurrentSchemaVersion, "every store has a description");
+static_assert(std::size(descriptions) == currentSchemaVersion, "every store has a description");
 
 }  // namespace
 
 const StoreDescription& StoreDescription::Of(unsigned int version) {
-  return descriptions[version >= 1 && version <= CurrentSchemaVersion ? version - 1
-                                                                      : CurrentSchemaVersion - 1];
+  return descriptions[version >= 1 && version <= currentSchemaVersion ? version - 1
+                                                                      : currentSchemaVersion - 1];
 }

@@ -136,16 +136,16 @@ bool Save(IAlignmentDatabase* store, const Alignment& a) {
                              a.rollThreshold, a.pathLengthThreshold, a.note,
                              static_cast<unsigned long>(a.rollPrecision));
   // A save that failed before the alignment's own row returns a record with this key.
-  constexpr unsigned int NoKey = std::numeric_limits<unsigned int>::max();
+  constexpr unsigned int noKey = std::numeric_limits<unsigned int>::max();
   if (a.kind == Kind::Site) {
     SiteInformation site(a.identifier, a.sector, a.position, a.targetAzimuth, a.targetTilt, a.targetRoll);
     const std::unique_ptr<IAntennaAlignmentReportData> saved(
         store->SaveAlignmentReportData(&site, &location, &measured, &height, a.time, &options));
-    return saved && saved->AntennaAlignmentKey() != NoKey;
+    return saved && saved->AntennaAlignmentKey() != noKey;
   }
   PathInformation path(a.identifier, a.farLatitude, a.farLongitude, a.farElevation);
   Orientation target(a.targetAzimuth, a.targetTilt, a.targetRoll);
   const std::unique_ptr<IPathAlignmentReportData> saved(
       store->SavePathReportData(&path, &location, &target, &measured, &height, a.time, &options));
-  return saved && saved->PathAlignmentKey() != NoKey;
+  return saved && saved->PathAlignmentKey() != noKey;
 }

@@ -7,11 +7,7 @@
 /// What the program ends with.
 namespace Status {
 
-constexpr int Done = 0;
-constexpr int Failed = 1;
-constexpr int Misused = 2;
-constexpr int InUse = 3;
-constexpr int Damaged = 4;
+enum : int { Done = 0, Failed = 1, Misused = 2, InUse = 3, Damaged = 4 };
 
 }  // namespace Status
 

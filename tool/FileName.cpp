@@ -6,12 +6,12 @@
 
 namespace {
 
-constexpr ushort FirstEscape = 0xDC80;
-constexpr ushort LastEscape = 0xDCFF;
+constexpr ushort firstEscape = 0xDC80;
+constexpr ushort lastEscape = 0xDCFF;
 
 bool IsEscape(const QString& name, int at) {
   const ushort unit = name.at(at).unicode();
-  return unit >= FirstEscape && unit <= LastEscape && (at == 0 || !name.at(at - 1).isHighSurrogate());
+  return unit >= firstEscape && unit <= lastEscape && (at == 0 || !name.at(at - 1).isHighSurrogate());
 }
 
 int SequenceLength(char first) {

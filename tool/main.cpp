@@ -23,9 +23,9 @@ namespace {
 void UseUtf8() {
   std::setlocale(LC_ALL, "");
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-  constexpr int Utf8Mib = 106;
-  if (QTextCodec::codecForLocale()->mibEnum() != Utf8Mib) {
-    QTextCodec::setCodecForLocale(QTextCodec::codecForMib(Utf8Mib));
+  constexpr int utf8Mib = 106;
+  if (QTextCodec::codecForLocale()->mibEnum() != utf8Mib) {
+    QTextCodec::setCodecForLocale(QTextCodec::codecForMib(utf8Mib));
   }
 #endif
 }
@@ -62,12 +62,12 @@ const Command& FindCommand(const QString& name) {
 void RequireOperands(const Command& command, const QStringList& operands) {
   std::vector<const char*> required;
   std::copy_if(command.operands.begin(), command.operands.end(), std::back_inserter(required),
-               [](const char* operand) { return *operand != '[' && qstrcmp(operand, AndSoOn) != 0; });
+               [](const char* operand) { return *operand != '[' && qstrcmp(operand, andSoOn) != 0; });
   const auto given = static_cast<std::size_t>(operands.size());
   if (given < required.size()) {
     throw WrongUsage(QStringLiteral("%1 is missing").arg(QLatin1String(required.at(given))));
   }
-  if (given > command.operands.size() && qstrcmp(command.operands.back(), AndSoOn) != 0) {
+  if (given > command.operands.size() && qstrcmp(command.operands.back(), andSoOn) != 0) {
     throw WrongUsage(FileName::Shown(operands.last()) + QStringLiteral(" is one too many"));
   }
 }

@@ -128,7 +128,7 @@ TEST_F(ConnectionTest, AnswersNullWhereAStoresFileDoesNotOpen) {
 TEST_F(ConnectionTest, PathsAreWrittenInTheLocalEncoding) {
   const LocalEncoding latin1("ISO-8859-1");
   SqliteCalls::Arm(Fault("open_v2", SQLITE_CANTOPEN)
-                       .OnFile(LocalEncoding::Varies ? "/M\xfcnchen.sqlite" : "/M\xc3\xbcnchen.sqlite"));
+                       .OnFile(LocalEncoding::varies ? "/M\xfcnchen.sqlite" : "/M\xc3\xbcnchen.sqlite"));
   sqlite3* db = nullptr;
   EXPECT_FALSE(OpenFile(files_.Folder().Path(QStringLiteral("M\u00fcnchen.sqlite")), &db, false));
   EXPECT_TRUE(SqliteCalls::Fired());

@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr unsigned int NoTime = 4294967295U;
+constexpr unsigned int noTime = 4294967295U;
 
 QDateTime Utc(const char* text) {
   QDateTime time = QDateTime::fromString(QLatin1String(text), Qt::ISODateWithMs);
@@ -53,10 +53,10 @@ const Conversion instants[] = {
 };
 
 const Conversion timesWithoutSeconds[] = {
-    {"PastTheLastSecond", Utc("2106-02-07T06:28:15"), NoTime},
-    {"FarFuture", Utc("2200-01-01T00:00:00"), NoTime},
-    {"BeforeTheEpoch", Utc("1969-12-31T23:59:59"), NoTime},
-    {"Invalid", QDateTime(), NoTime},
+    {"PastTheLastSecond", Utc("2106-02-07T06:28:15"), noTime},
+    {"FarFuture", Utc("2200-01-01T00:00:00"), noTime},
+    {"BeforeTheEpoch", Utc("1969-12-31T23:59:59"), noTime},
+    {"Invalid", QDateTime(), noTime},
 };
 
 INSTANTIATE_TEST_SUITE_P(Instants, ToSecondsTest, testing::ValuesIn(instants), ConversionName);

@@ -6,7 +6,7 @@
 namespace {
 
 const char insertVersion[] = "INSERT OR REPLACE INTO Version (rowID,VersionNumber) values (1,?)";
-constexpr unsigned int Untouched = 77;
+constexpr unsigned int untouched = 77;
 
 class VersionRecordTest : public StoreVersionTest {
  protected:
@@ -71,7 +71,7 @@ TEST_P(VersionRecordTest, FailsWithEachOfItsCalls) {
 
 TEST_P(VersionRecordTest, IsReadFromACreatedFile) {
   const StorePointer store = Create();
-  unsigned int version = Untouched;
+  unsigned int version = untouched;
   EXPECT_TRUE(AlignmentDatabase::GetDatabaseFileVersion(Main(), &version));
   EXPECT_EQ(version, Version().number);
 }
@@ -82,9 +82,9 @@ class VersionProbeTest : public HelpersTest {
  protected:
   // What a probe that has to fail logs; the caller's number has to survive it.
   QStringList Refused(const QString& path) {
-    unsigned int version = Untouched;
+    unsigned int version = untouched;
     EXPECT_FALSE(AlignmentDatabase::GetDatabaseFileVersion(path, &version));
-    EXPECT_EQ(version, Untouched);
+    EXPECT_EQ(version, untouched);
     return Lines();
   }
 };
@@ -92,7 +92,7 @@ class VersionProbeTest : public HelpersTest {
 TEST_F(VersionProbeTest, MakesTheseCalls) {
   RunSql(Main(), "CREATE TABLE Version (VersionNumber); INSERT INTO Version VALUES (12)");
   SqliteCalls::Record();
-  unsigned int version = Untouched;
+  unsigned int version = untouched;
   EXPECT_TRUE(AlignmentDatabase::GetDatabaseFileVersion(Main(), &version));
   EXPECT_EQ(version, 12U);
   const QString sql = " [SELECT VersionNumber FROM Version]";
@@ -106,7 +106,7 @@ TEST_F(VersionProbeTest, MakesTheseCalls) {
 
 TEST_F(VersionProbeTest, ReadsTheNumberAsUnsigned32Bits) {
   RunSql(Main(), "CREATE TABLE Version (VersionNumber); INSERT INTO Version VALUES (-1)");
-  unsigned int version = Untouched;
+  unsigned int version = untouched;
   EXPECT_TRUE(AlignmentDatabase::GetDatabaseFileVersion(Main(), &version));
   EXPECT_EQ(version, 4294967295U);
 }

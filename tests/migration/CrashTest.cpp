@@ -102,7 +102,7 @@ TEST_P(CrashTest, OldOrNewFile) {
                 KilledIn().arm(Fault::Kill({}).At(number));
                 Convert(Tested(), folder_.Main());
               }),
-              Fault::KilledStatus)
+              Fault::killedStatus)
         << "at " << number << " of " << calls;
     ExpectWhole(number);
     if (HasFatalFailure()) return;

@@ -175,7 +175,7 @@ class RoundTripTest : public testing::TestWithParam<EarlierStore> {
     store_.reset(CurrentStore::Create(folder_.Main(), folder_.Thresholds()));
     unsigned int found = 0;
     EXPECT_TRUE(AlignmentDatabase::GetDatabaseFileVersion(folder_.Main(), &found));
-    EXPECT_EQ(found, CurrentSchemaVersion);
+    EXPECT_EQ(found, currentSchemaVersion);
   }
 
   TemporaryFolder folder_;

@@ -49,7 +49,7 @@ class ConversionPowerCut : public SweptConversion {
     RemoveScratchFile();
     EXPECT_EQ(PowerCut::RunUntil(
                   number, loss, [&] { return Run(); }, ignoredSyncs),
-              Fault::KilledStatus);
+              Fault::killedStatus);
     ++tally_->killed;
     return LinesOf(scene_.Main());
   }

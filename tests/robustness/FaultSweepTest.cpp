@@ -75,7 +75,7 @@ class FaultSweep : public SweptOperation<FaultSweep> {
       EndWhenSpinning();
       operation_.run(version_, scene_.Main(), scene_.Thresholds());
     });
-    EXPECT_EQ(status, Fault::KilledStatus);
+    EXPECT_EQ(status, Fault::killedStatus);
     ++GetTally().failed;
     ++GetTally().spun;
     scene_.ExpectSound();

@@ -52,7 +52,7 @@ class IoSweep : public FileSweep<IoSweep> {
             arm();
           },
           result);
-      EXPECT_TRUE(status == 0 || status == Fault::KilledStatus) << status;
+      EXPECT_TRUE(status == 0 || status == Fault::killedStatus) << status;
       return status == 0;
     }
     scene_.Restore();
@@ -119,7 +119,7 @@ TEST_P(CrashSweep, EndsBeforeEveryFileCall) {
   for (const int number : Swept(count_, 4)) {
     SCOPED_TRACE("ended at file call " + std::to_string(number));
     QString result;
-    ASSERT_EQ(RunApart([&] { ShimVfs::Arm(Fault::Kill(calls_).At(number)); }, &result), Fault::KilledStatus);
+    ASSERT_EQ(RunApart([&] { ShimVfs::Arm(Fault::Kill(calls_).At(number)); }, &result), Fault::killedStatus);
     ++GetTally().killed;
     scene_.ExpectSound();
     EXPECT_EQ(Allowed::Interrupted(scene_.MainChange(), scene_.ThresholdsChange(), clean_), QString());

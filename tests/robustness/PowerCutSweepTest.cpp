@@ -32,7 +32,7 @@ class PowerCutSweep : public SweptOperation<PowerCutSweep> {
 
   void Cut(int number, const PowerCut::Loss& loss) {
     scene_.Restore();
-    ASSERT_EQ(PowerCut::RunUntil(number, loss, [&] { return Runs(); }), Fault::KilledStatus);
+    ASSERT_EQ(PowerCut::RunUntil(number, loss, [&] { return Runs(); }), Fault::killedStatus);
     ++GetTally().killed;
     scene_.ExpectSound();
     EXPECT_EQ(Allowed::Interrupted(scene_.MainChange(), scene_.ThresholdsChange(), clean_), QString());

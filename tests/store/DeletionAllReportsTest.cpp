@@ -183,7 +183,7 @@ TEST_P(DeletionAllReportsTest, ADeleteThatCannotBePreparedNeverEnds) {
       SqliteCalls::Arm(Fault::Kill("step").OnText(site ? "DELETE FROM Sites" : "DELETE FROM Paths").At(500));
       site ? DeleteAlpha(&scene_) : DeleteGamma(&scene_);
     });
-    EXPECT_EQ(status, Fault::KilledStatus);
+    EXPECT_EQ(status, Fault::killedStatus);
     EXPECT_EQ(IntegrityCheck(scene_.Main()), QStringLiteral("ok"));
     scene_.ExpectGone({}, {});
   }

@@ -235,7 +235,7 @@ TEST_P(OwnerDeleteTest, ARowThatIsReferredToIsSteppedWithoutEnd) {
                 SqliteCalls::Arm(Fault::Kill("step").At(500));
                 Call(owner.remove, db.get(), &key);
               }),
-              Fault::KilledStatus);
+              Fault::killedStatus);
     EXPECT_EQ(Keys(owner.table, owner.column), QStringList({"1", "4294967297"}));
   }
 }

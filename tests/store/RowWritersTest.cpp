@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr long long Untouched = 77;
-constexpr long long Above32Bits = 4294967296;  // its low 32 bits are 0
+constexpr long long untouched = 77;
+constexpr long long above32Bits = 4294967296;  // its low 32 bits are 0
 
 class RowWritersTest : public CreatedStoreTest {
  protected:
@@ -30,7 +30,7 @@ class RowWritersTest : public CreatedStoreTest {
   SampleSiteAlignment site_{2};
   SamplePathAlignment path_{2};
   QString text_ = "text";
-  long long key_ = Untouched;
+  long long key_ = untouched;
 };
 
 TEST_P(RowWritersTest, RefuseNullsWithoutALine) {
@@ -65,14 +65,14 @@ TEST_P(RowWritersTest, RefuseNullsWithoutALine) {
   EXPECT_FALSE(Call(&Operations::SaveAntennaAlignmentThresholds, db, 0, &key_, 1, 0.0, 0.0, 0.0));
   EXPECT_FALSE(Call(&Operations::SavePathAlignmentThresholds, nullptr, 1, &key_, 1, 0.0F, 0.0F, 0.0F));
   EXPECT_FALSE(Call(&Operations::SavePathAlignmentThresholds, db, 0, &key_, 1, 0.0F, 0.0F, 0.0F));
-  EXPECT_EQ(key_, Untouched);
+  EXPECT_EQ(key_, untouched);
   EXPECT_EQ(SqliteCalls::Count(""), 0);
 }
 
 TEST_P(RowWritersTest, AnUnknownIdentifierIsFoundAsZero) {
   EXPECT_TRUE(FindSite("nowhere"));
   EXPECT_EQ(key_, 0);
-  key_ = Untouched;
+  key_ = untouched;
   EXPECT_TRUE(FindPath("nowhere"));
   EXPECT_EQ(key_, 0);
 }
@@ -93,7 +93,7 @@ TEST_P(RowWritersTest, ALookUpThatFailsLeavesMinusOne) {
   SqliteCalls::Arm(Fault("bind_text", SQLITE_NOMEM));
   EXPECT_FALSE(FindSite("A"));
   EXPECT_EQ(key_, -1);
-  key_ = Untouched;
+  key_ = untouched;
   EXPECT_FALSE(FindPath("A"));
   EXPECT_EQ(key_, -1);
   EXPECT_EQ(Lines(),
@@ -133,10 +133,10 @@ TEST_P(RowWritersTest, AFailedInsertOfAnIdentifierAnswersTheLastRow) {
   EXPECT_EQ(key_, 3);
   for (const char* call : {"bind_text", "step"}) {
     SqliteCalls::Arm(Fault(call, SQLITE_NOMEM).OnText("INSERT").Times(2));
-    key_ = Untouched;
+    key_ = untouched;
     EXPECT_FALSE(SaveSite("A"));
     EXPECT_EQ(key_, 3);
-    key_ = Untouched;
+    key_ = untouched;
     EXPECT_FALSE(SavePath("A"));
     EXPECT_EQ(key_, 3);
   }
@@ -172,7 +172,7 @@ TEST_P(RowWritersTest, AnInsertThatFailsLeavesTheKey) {
                     site_.time, &key_, true, text_, 0));
   EXPECT_FALSE(Call(&Operations::SavePathAlignment, db_.get(), 1, 0.0F, 1, 2, 3, 4, 5, site_.time, &key_,
                     true, text_));
-  EXPECT_EQ(key_, Untouched);
+  EXPECT_EQ(key_, untouched);
   EXPECT_EQ(Lines(), QStringList{"SQL last step failed with  19 : FOREIGN KEY constraint failed"});
 }
 
@@ -180,12 +180,12 @@ TEST_P(RowWritersTest, AlignmentsTakeTheLow32BitsOfEveryKey) {
   EXPECT_TRUE(Call(&Operations::ExecuteNonQueryCommand, db_.get(), "PRAGMA foreign_keys = OFF", "Test"));
   QString sector = "S";
   QString position = "P";
-  EXPECT_TRUE(Call(&Operations::SaveAntennaAlignment, db_.get(), Above32Bits + 1, sector, position, 0.5F,
-                   Above32Bits + 2, Above32Bits + 3, Above32Bits + 4, Above32Bits + 5, site_.time, &key_,
+  EXPECT_TRUE(Call(&Operations::SaveAntennaAlignment, db_.get(), above32Bits + 1, sector, position, 0.5F,
+                   above32Bits + 2, above32Bits + 3, above32Bits + 4, above32Bits + 5, site_.time, &key_,
                    true, QString("note 2"), 12));
   EXPECT_EQ(key_, 1);
-  EXPECT_TRUE(Call(&Operations::SavePathAlignment, db_.get(), Above32Bits + 1, 0.5F, Above32Bits + 2,
-                   Above32Bits + 3, Above32Bits + 4, Above32Bits + 5, Above32Bits - 1, path_.time, &key_,
+  EXPECT_TRUE(Call(&Operations::SavePathAlignment, db_.get(), above32Bits + 1, 0.5F, above32Bits + 2,
+                   above32Bits + 3, above32Bits + 4, above32Bits + 5, above32Bits - 1, path_.time, &key_,
                    true, QString("note 2")));
   EXPECT_EQ(
       SavedRows(Main()),
@@ -199,21 +199,21 @@ INSTANTIATE_FOR_ALL_VERSIONS(RowWritersTest);
 class ThresholdWritersTest : public CreatedStoreTest {
  protected:
   ConnectionPointer db_ = OpenThresholds();
-  long long key_ = Untouched;
+  long long key_ = untouched;
 };
 
 TEST_P(ThresholdWritersTest, TakeTheLow32BitsOfEveryKey) {
-  EXPECT_TRUE(Call(&Operations::SaveAntennaAlignmentThresholds, db_.get(), Above32Bits + 1, &key_,
-                   Above32Bits + 2, 0.5, 1.5, 2.5));
+  EXPECT_TRUE(Call(&Operations::SaveAntennaAlignmentThresholds, db_.get(), above32Bits + 1, &key_,
+                   above32Bits + 2, 0.5, 1.5, 2.5));
   EXPECT_EQ(key_, 1);
   EXPECT_TRUE(Call(&Operations::SaveAntennaAlignmentThresholds, db_.get(), -1, &key_, -1, 0.5, 1.5, 2.5));
   EXPECT_EQ(key_, 2);
-  EXPECT_TRUE(Call(&Operations::SavePathAlignmentThresholds, db_.get(), Above32Bits - 1, &key_,
-                   Above32Bits + 2, 0.5F, 1.5F, 2.5F));
+  EXPECT_TRUE(Call(&Operations::SavePathAlignmentThresholds, db_.get(), above32Bits - 1, &key_,
+                   above32Bits + 2, 0.5F, 1.5F, 2.5F));
   EXPECT_EQ(key_, 1);
   // The low bits are zero, the key is not.
   EXPECT_TRUE(
-      Call(&Operations::SavePathAlignmentThresholds, db_.get(), Above32Bits, &key_, 3, 0.5F, 1.5F, 2.5F));
+      Call(&Operations::SavePathAlignmentThresholds, db_.get(), above32Bits, &key_, 3, 0.5F, 1.5F, 2.5F));
   EXPECT_EQ(SavedRows(Thresholds()), (QStringList{"AntennaAlignmentThresholds|1|1|1|2|0.5|1.5|2.5",
                                                   "AntennaAlignmentThresholds|2|2|-1|-1|0.5|1.5|2.5",
                                                   "PathAlignmentThresholds|1|1|-1|2|0.5|1.5|2.5",

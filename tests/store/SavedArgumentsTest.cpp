@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr unsigned int NoKey = 4294967295U;
+constexpr unsigned int noKey = 4294967295U;
 
 class SavedArgumentsTest : public CreatedStoreTest {
  protected:
@@ -57,12 +57,12 @@ TEST_P(SavedArgumentsTest, APathWithoutTargetOrHeightIsCutShort) {
   const PathRecord untargeted =
       SavePath(&path_.path, &path_.location, nullptr, &path_.measured, &path_.height);
   ASSERT_NE(untargeted, nullptr);
-  EXPECT_EQ(untargeted->PathAlignmentKey(), NoKey);
+  EXPECT_EQ(untargeted->PathAlignmentKey(), noKey);
   EXPECT_EQ(SavedRows(Main()), (QStringList{"Geolocation|1|1|50.75|13.625|521.5", "Paths|1|1|'Path 2'"}));
   const PathRecord heightless =
       SavePath(&path_.path, &path_.location, &path_.target, &path_.measured, nullptr);
   ASSERT_NE(heightless, nullptr);
-  EXPECT_EQ(heightless->PathAlignmentKey(), NoKey);
+  EXPECT_EQ(heightless->PathAlignmentKey(), noKey);
   EXPECT_EQ(SavedRows(Main()).size(), 2 + 4);
   EXPECT_EQ(One("SELECT COUNT(*) FROM PathAlignment"), "0");
   if (Version().HasThresholdsFile()) {
@@ -78,8 +78,8 @@ TEST_P(SavedArgumentsTest, MissingInnerObjectsCutASaveShort) {
   const PathRecord pathRecord =
       SavePath(&path, &path_.location, &path_.target, &path_.measured, &path_.height);
   ASSERT_TRUE(siteRecord && pathRecord);
-  EXPECT_EQ(siteRecord->AntennaAlignmentKey(), NoKey);
-  EXPECT_EQ(pathRecord->PathAlignmentKey(), NoKey);
+  EXPECT_EQ(siteRecord->AntennaAlignmentKey(), noKey);
+  EXPECT_EQ(pathRecord->PathAlignmentKey(), noKey);
   EXPECT_EQ(SavedRows(Main()), (QStringList{"Paths|1|1|'Path'", "Sites|1|1|'Site'"}));
 }
 
@@ -142,7 +142,7 @@ TEST_P(SavedArgumentsTest, TextsAreWrittenInTheLocalEncoding) {
   const LocalEncoding latin1("ISO-8859-1");
   SaveSample(store_, SampleSiteAlignment(1, text, text));
   const QString inUtf8 = QStringLiteral("'5AC3BC72696368'");
-  if (!LocalEncoding::Varies) {
+  if (!LocalEncoding::varies) {
     EXPECT_EQ(Rows(Main(), "SELECT hex(SiteIdentifier) FROM Sites"), QStringList{inUtf8});
     EXPECT_EQ(Rows(Main(), "SELECT hex(SectorName) FROM AntennaAlignment"), (QStringList{inUtf8, inUtf8}));
     return;
@@ -184,7 +184,7 @@ TEST_P(SavedArgumentsTest, NotANumberIsNullWhichTheRowDoesNotTake) {
   Geolocation nowhere(1, nan, 3, GpsDatum::Wgs84, QDateTime(), true);
   const SiteRecord record = SaveSite(&site_.site, &nowhere, &site_.measured, &site_.height);
   ASSERT_NE(record, nullptr);
-  EXPECT_EQ(record->AntennaAlignmentKey(), NoKey);
+  EXPECT_EQ(record->AntennaAlignmentKey(), noKey);
   EXPECT_EQ(SavedRows(Main()).size(), 1 + 2);
   // In the alignment itself it undoes everything.
   EXPECT_EQ(SaveSiteWith(MeasurementOptions(static_cast<float>(nan), false, 1, 2, 3, 4, "", 0)), nullptr);

@@ -130,7 +130,7 @@ TEST_P(SiteRetrievalTest, IdentifiersAreAskedForInTheLocalEncodingAndReadAsUtf8)
   EXPECT_EQ(report->Name(), text);
   EXPECT_EQ(report->AlignmentData()->value(0)->GetSiteInformation()->SectorName(), text);
   const LocalEncoding latin1("ISO-8859-1");
-  EXPECT_EQ(Site(text).isEmpty(), LocalEncoding::Varies);
+  EXPECT_EQ(Site(text).isEmpty(), LocalEncoding::varies);
 }
 
 TEST_P(SiteRetrievalTest, OnlyDoneEndsTheLoops) {

@@ -104,7 +104,7 @@ const Fault* FaultPlan::Meet(const InterposedCall& call, int* code) {
   for (Fault& fault : faults_) {
     int own = 0;
     if (!fault.Matches(call) || !fault.Meets(&own) || met) continue;
-    if (fault.kills_) LeaveProcess(Fault::KilledStatus);
+    if (fault.kills_) LeaveProcess(Fault::killedStatus);
     if (fault.action_) {
       fault.action_();
       continue;

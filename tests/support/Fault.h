@@ -40,7 +40,7 @@ class Fault {
   // The text that the call met last has to return; null without Texts().
   const char* Text() const;
 
-  static constexpr int KilledStatus = 42;
+  static constexpr int killedStatus = 42;
 
  private:
   friend class FaultPlan;

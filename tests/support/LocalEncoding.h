@@ -9,7 +9,7 @@
 class LocalEncoding {
  public:
   // Whether it can be anything other than UTF-8.
-  static constexpr bool Varies = true;
+  static constexpr bool varies = true;
 
   explicit LocalEncoding(const char* name) { QTextCodec::setCodecForLocale(QTextCodec::codecForName(name)); }
   ~LocalEncoding() { QTextCodec::setCodecForLocale(before_); }
@@ -23,7 +23,7 @@ class LocalEncoding {
 // From Qt 6 on the local encoding is UTF-8 on every Unix, whatever the locale says.
 class LocalEncoding {
  public:
-  static constexpr bool Varies = false;
+  static constexpr bool varies = false;
 
   explicit LocalEncoding(const char* /*name*/) {}
 };

@@ -162,7 +162,7 @@ void TakeBackNames(const std::vector<NameChange>& names) {
   TakeBackContents(state->files, loss.data);
   if (loss.names == PowerCut::Names::Undone) TakeBackNames(state->names);
   delete state;
-  LeaveProcess(Fault::KilledStatus);
+  LeaveProcess(Fault::killedStatus);
 }
 
 }  // namespace

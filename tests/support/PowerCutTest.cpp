@@ -46,7 +46,7 @@ class PowerCutTest : public testing::Test {
                     return true;
                   },
                   ignored),
-              Fault::KilledStatus);
+              Fault::killedStatus);
   }
 
   QByteArray Path(const char* name) const { return QFile::encodeName(folder_.Path(QLatin1String(name))); }
@@ -142,9 +142,9 @@ TEST_F(PowerCutTest, GoesBeforeTheGivenCall) {
     Write("new", true);
     return true;
   };
-  EXPECT_EQ(PowerCut::RunUntil(2, loss, work), Fault::KilledStatus);
+  EXPECT_EQ(PowerCut::RunUntil(2, loss, work), Fault::killedStatus);
   EXPECT_EQ(Contents("file"), "old");
-  EXPECT_EQ(PowerCut::RunUntil(3, loss, work), Fault::KilledStatus);
+  EXPECT_EQ(PowerCut::RunUntil(3, loss, work), Fault::killedStatus);
   EXPECT_EQ(Contents("file"), "new");
   EXPECT_EQ(PowerCut::RunUntil(4, loss, work), 0);
 }

@@ -25,11 +25,11 @@
 
 namespace {
 
-constexpr int ReadWriteCreate = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+constexpr int readWriteCreate = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
 
 sqlite3* OpenFile(const QString& path) {
   sqlite3* db = nullptr;
-  EXPECT_EQ(sqlite3_open_v2(path.toLocal8Bit().constData(), &db, ReadWriteCreate, nullptr), SQLITE_OK);
+  EXPECT_EQ(sqlite3_open_v2(path.toLocal8Bit().constData(), &db, readWriteCreate, nullptr), SQLITE_OK);
   return db;
 }
 
@@ -209,14 +209,14 @@ TEST_F(SqliteCallsTest, FailingOpenStillGivesAHandleToAskAndClose) {
   SqliteCalls::Arm(Fault("open", SQLITE_CANTOPEN));
   sqlite3* db = nullptr;
   const QByteArray path = folder_.Path("never").toLocal8Bit();
-  EXPECT_EQ(sqlite3_open_v2(path.constData(), &db, ReadWriteCreate, nullptr), SQLITE_CANTOPEN);
+  EXPECT_EQ(sqlite3_open_v2(path.constData(), &db, readWriteCreate, nullptr), SQLITE_CANTOPEN);
   ASSERT_NE(db, nullptr);
   EXPECT_STREQ(sqlite3_errmsg(db), "unable to open database file");
   EXPECT_EQ(sqlite3_close(db), SQLITE_OK);
   EXPECT_FALSE(QFile::exists(folder_.Path("never")));
 
   SqliteCalls::Arm(Fault("open", SQLITE_NOMEM).WithoutOutput());
-  EXPECT_EQ(sqlite3_open_v2(path.constData(), &db, ReadWriteCreate, nullptr), SQLITE_NOMEM);
+  EXPECT_EQ(sqlite3_open_v2(path.constData(), &db, readWriteCreate, nullptr), SQLITE_NOMEM);
   EXPECT_EQ(db, nullptr);
   EXPECT_STREQ(sqlite3_errmsg(db), "out of memory");
 }
@@ -244,7 +244,7 @@ TEST_F(SqliteCallsTest, RefusedCloseIsAccountedFor) {
 void OpenQueryAndClose(const QString& path) {
   sqlite3* db = nullptr;
   sqlite3_stmt* statement = nullptr;
-  sqlite3_open_v2(path.toLocal8Bit().constData(), &db, ReadWriteCreate, nullptr);
+  sqlite3_open_v2(path.toLocal8Bit().constData(), &db, readWriteCreate, nullptr);
   Execute(db, "PRAGMA foreign_keys = ON");
   sqlite3_prepare_v2(db, "SELECT ?", -1, &statement, nullptr);
   if (statement) {
@@ -282,7 +282,7 @@ TEST(SqliteCalls, KillEndsTheProcess) {
               Execute(db, "INSERT INTO T VALUES (1)");
               Execute(db, "INSERT INTO T VALUES (2)");
             }),
-            Fault::KilledStatus);
+            Fault::killedStatus);
   EXPECT_EQ(Rows(folder.Main(), "SELECT * FROM T"), QStringList{"1"});
 }
 
@@ -398,13 +398,13 @@ int InsertRow(const QString& path) {
 template <typename Arm>
 int KillEachInsert(const QString& path, Arm arm) {
   int killed = 0;
-  int status = Fault::KilledStatus;
-  for (int n = 1; n < 50 && status == Fault::KilledStatus; ++n) {
+  int status = Fault::killedStatus;
+  for (int n = 1; n < 50 && status == Fault::killedStatus; ++n) {
     status = RunInChild([&] {
       arm(n);
       EXPECT_EQ(InsertRow(path), SQLITE_OK);
     });
-    if (status == Fault::KilledStatus) ++killed;
+    if (status == Fault::killedStatus) ++killed;
     EXPECT_EQ(IntegrityCheck(path), "ok");
   }
   EXPECT_EQ(status, 0);
@@ -456,7 +456,7 @@ TEST_F(ShimVfsTest, FailsEveryKind) {
     ShimVfs::Reset();
     ShimVfs::Arm(Fault(code.key(), code.value()).OnFile("main.sqlite").Always());
     sqlite3* db = nullptr;
-    int result = sqlite3_open_v2(folder_.Main().toLocal8Bit().constData(), &db, ReadWriteCreate, nullptr);
+    int result = sqlite3_open_v2(folder_.Main().toLocal8Bit().constData(), &db, readWriteCreate, nullptr);
     if (result == SQLITE_OK && code.key() == "truncate") Execute(db, "PRAGMA journal_mode = TRUNCATE");
     if (result == SQLITE_OK) result = Execute(db, "INSERT INTO T VALUES (1)");
     EXPECT_EQ(result, code.value() & 0xff) << code.key().constData();

@@ -96,15 +96,15 @@ TEST_F(BackupTest, EarlierVersionsHaveAMainFileAlone) {
     RunWell({"restore", name + ".b", name + ".new"});
     EXPECT_EQ(ReadFile(name + ".new"), ReadFile(name));
   }
-  ExpectFailure({"restore", "v6.b", "m", "t"}, "v6.b: holds a main file alone: leave THRESHOLDS out" + Hint,
+  ExpectFailure({"restore", "v6.b", "m", "t"}, "v6.b: holds a main file alone: leave THRESHOLDS out" + hint,
                 2);
 }
 
 TEST_F(BackupTest, HalfAPairIsRefused) {
   CreatePair();
   BackUp();
-  ExpectFailure({"restore", "b", "m"}, "b: holds a pair, so THRESHOLDS has to be given" + Hint, 2);
-  ExpectFailure({"backup", "m", "b2"}, "m: is of version 7, so THRESHOLDS has to be given" + Hint, 2);
+  ExpectFailure({"restore", "b", "m"}, "b: holds a pair, so THRESHOLDS has to be given" + hint, 2);
+  ExpectFailure({"backup", "m", "b2"}, "m: is of version 7, so THRESHOLDS has to be given" + hint, 2);
   QFile::remove(Path("b/thresholds.sqlite"));
   ExpectFailure({"restore", "b", "new", "newt"}, "b/thresholds.sqlite: No such file or directory");
   QFile::remove(Path("b/manifest.json"));

@@ -6,7 +6,7 @@
 
 namespace {
 
-const QString Clean = QStringLiteral(
+const QString clean = QStringLiteral(
     "ok       integrity errors in m: none\n"
     "ok       unknown version in m: none\n"
     "ok       foreign key violations in m: none\n"
@@ -37,7 +37,7 @@ TEST_F(CheckTest, RightFilesAreLeftAlone) {
   CreateFilesWith({SiteEntry(), PathEntry()});
   const QByteArray mainFile = ReadFile("m");
   const QByteArray thresholds = ReadFile("t");
-  EXPECT_EQ(RunWell({"check", "m", "t"}), Clean);
+  EXPECT_EQ(RunWell({"check", "m", "t"}), clean);
   EXPECT_EQ(ReadFile("m"), mainFile);
   EXPECT_EQ(ReadFile("t"), thresholds);
 }
@@ -67,7 +67,7 @@ TEST_P(DamageTest, IsCountedAndNamed) {
   EXPECT_EQ(Run({"check", "m", "t", "--strict"}).status, GetParam().strictStatus);
   EXPECT_EQ(outcome.err, QString());
   EXPECT_EQ(ReadFile(GetParam().file), before);
-  QStringList expected = Clean.split('\n');
+  QStringList expected = clean.split('\n');
   for (const QString& line : GetParam().lines) {
     const QString what = line.mid(9).section(':', 0, 0);
     expected.replaceInStrings("ok       " + what + ": none", line);
@@ -255,10 +255,10 @@ TEST_F(CheckTest, MainFilesOfEarlierVersionsStandAlone) {
 
 TEST_F(CheckTest, TheThresholdsFileHasToFitTheVersion) {
   CreateFiles();
-  ExpectFailure({"check", "m"}, "m: is of version 7, so THRESHOLDS has to be given" + Hint, 2);
+  ExpectFailure({"check", "m"}, "m: is of version 7, so THRESHOLDS has to be given" + hint, 2);
   LoadSqlFile(Path("v6"), TARNBEAM_GOLDEN_FOLDER "/version_6.sql");
   ExpectFailure({"check", "v6", "t"},
-                "v6: is of version 6, which has no thresholds file: leave THRESHOLDS out" + Hint, 2);
+                "v6: is of version 6, which has no thresholds file: leave THRESHOLDS out" + hint, 2);
 }
 
 // A view that never comes to an end stands where a table has to be.

@@ -160,15 +160,15 @@ TEST_F(DiffCommandTest, WhichFilesBelongTogether) {
   CreateFilesWith({SiteEntry("S")});
   CreateOther({SiteEntry("S")});
   LoadSqlFile(Path("v6"), TARNBEAM_GOLDEN_FOLDER "/version_6.sql");
-  ExpectFailure({"diff", "m", "t"}, "OTHER_MAIN is missing" + Hint, 2);
-  ExpectFailure({"diff", "v6", "v6", "m", "t"}, "m is one too many" + Hint, 2);
+  ExpectFailure({"diff", "m", "t"}, "OTHER_MAIN is missing" + hint, 2);
+  ExpectFailure({"diff", "v6", "v6", "m", "t"}, "m is one too many" + hint, 2);
   ExpectFailure({"diff", "t", "m", "v6"},
-                "t: is a thresholds file, so its main file has to stand before it" + Hint, 2);
+                "t: is a thresholds file, so its main file has to stand before it" + hint, 2);
   ExpectFailure({"diff", "m", "t", "ot", "om"},
-                "ot: is a thresholds file, so its main file has to stand before it" + Hint, 2);
-  ExpectFailure({"diff", "m", "om", "ot"}, "m: is of version 7, so THRESHOLDS has to be given" + Hint, 2);
+                "ot: is a thresholds file, so its main file has to stand before it" + hint, 2);
+  ExpectFailure({"diff", "m", "om", "ot"}, "m: is of version 7, so THRESHOLDS has to be given" + hint, 2);
   ExpectFailure({"diff", "v6", "t", "m"},
-                "v6: is of version 6, which has no thresholds file: leave THRESHOLDS out" + Hint, 2);
+                "v6: is of version 6, which has no thresholds file: leave THRESHOLDS out" + hint, 2);
 }
 
 TEST_F(DiffCommandTest, WhatCannotBeRead) {

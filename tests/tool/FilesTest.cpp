@@ -61,7 +61,7 @@ TEST_F(FilesTest, FilesThatAreNotWhatTheyHaveToBe) {
   ExpectFailure({"list", "m", "t"}, "m: is of version 8, newer than this program knows (7)", 4);
   RunSql(Path("m"), "UPDATE Version SET VersionNumber = 6");
   ExpectFailure({"list", "m", "t"},
-                "m: is of version 6, which has no thresholds file: leave THRESHOLDS out" + Hint, 2);
+                "m: is of version 6, which has no thresholds file: leave THRESHOLDS out" + hint, 2);
   WriteJson("in.json", {SiteEntry("S")});
   ExpectFailure({"import", "m", "t", "in.json"},
                 "m: is of version 6; 'tarnbeam-db migrate' brings it to version 7");
@@ -72,7 +72,7 @@ TEST_F(FilesTest, FilesThatAreNotWhatTheyHaveToBe) {
 TEST_F(FilesTest, ThresholdsBelongToTheCurrentVersion) {
   CreateFiles();
   for (const char* command : {"list", "export", "preferences"}) {
-    ExpectFailure({command, "m"}, "m: is of version 7, so THRESHOLDS has to be given" + Hint, 2);
+    ExpectFailure({command, "m"}, "m: is of version 7, so THRESHOLDS has to be given" + hint, 2);
   }
 }
 
@@ -103,8 +103,8 @@ TEST_F(FilesTest, ReadingThatFailsIsNoEmptyAnswer) {
 // Each retrieval of a path leaves connections open in the library.
 TEST_F(FilesTest, ManyPathsNeedFewOpenFiles) {
   QJsonArray entries;
-  constexpr int Count = 20;
-  for (int number = 0; number < Count; ++number) entries.append(PathEntry(QString::number(number)));
+  constexpr int wholeCount = 20;
+  for (int number = 0; number < wholeCount; ++number) entries.append(PathEntry(QString::number(number)));
   CreateFilesWith(entries);
   for (const char* command : {"list", "export"}) {
     QProcess process;
@@ -113,7 +113,7 @@ TEST_F(FilesTest, ManyPathsNeedFewOpenFiles) {
     ASSERT_TRUE(process.waitForFinished());
     EXPECT_EQ(process.exitCode(), 0);
     EXPECT_EQ(process.readAllStandardError(), "");
-    EXPECT_GE(process.readAllStandardOutput().count("path"), Count);
+    EXPECT_GE(process.readAllStandardOutput().count("path"), wholeCount);
   }
 }
 

@@ -49,27 +49,27 @@ struct Fault {
   const char* message;
 };
 
-const QJsonValue Nothing = QJsonValue::Undefined;
-const char* const NotThatTime = "time must be a time such as 2024-05-14T09:12:33+02:00";
-const char* const OutsideTime = "time must lie from 1970-01-01T00:00:00Z to 2106-02-07T06:28:14Z";
+const QJsonValue nothing = QJsonValue::Undefined;
+const char* const notThatTime = "time must be a time such as 2024-05-14T09:12:33+02:00";
+const char* const outsideTime = "time must lie from 1970-01-01T00:00:00Z to 2106-02-07T06:28:14Z";
 
 std::vector<Fault> Faults() {
   return {
-      {With(SiteEntry(), "kind", Nothing), "kind is missing"},
+      {With(SiteEntry(), "kind", nothing), "kind is missing"},
       {With(SiteEntry(), "kind", "mast"), "kind must be site or path"},
-      {With(SiteEntry(), "identifier", Nothing), "identifier is missing"},
+      {With(SiteEntry(), "identifier", nothing), "identifier is missing"},
       {With(PathEntry(), "identifier", ""), "identifier must not be empty"},
       {With(SiteEntry(), "sector", 1), "sector must be a text"},
       {With(SiteEntry(), "sector", QJsonObject()), "sector must be a text"},
       {With(SiteEntry(), "sector", QString::fromLatin1("A\0B", 3)),
        "sector must not hold NUL or half a surrogate pair: the files cannot keep them"},
-      {With(SiteEntry(), "options.note", Nothing), "options.note is missing"},
+      {With(SiteEntry(), "options.note", nothing), "options.note is missing"},
       {With(SiteEntry(), "height.unit", "m"), "height.unit is not a field of a site alignment"},
       {With(SiteEntry(), "farEnd.latitude", 1), "farEnd.latitude is not a field of a site alignment"},
       {With(PathEntry(), "sector", "A"), "sector is not a field of a path alignment"},
       {With(PathEntry(), "options.thresholds.roll", 1),
        "options.thresholds.roll is not a field of a path alignment"},
-      {With(PathEntry(), "farEnd.elevation", Nothing), "farEnd.elevation is missing"},
+      {With(PathEntry(), "farEnd.elevation", nothing), "farEnd.elevation is missing"},
       {With(SiteEntry(), "target", 12), "target must be an object"},
       {With(SiteEntry(), "target.azimuth", "12"), "target.azimuth must be a number from -360 to 360"},
       {With(SiteEntry(), "measured.azimuth", 360.5), "measured.azimuth must be a number from -360 to 360"},
@@ -94,13 +94,13 @@ std::vector<Fault> Faults() {
        "options.rollPrecision must be a whole number from -2147483648 to 2147483647"},
       {With(SiteEntry(), "options.thresholds.roll", -0.5),
        "options.thresholds.roll must be a number from 0 to 180"},
-      {With(SiteEntry(), "time", 1715670753), NotThatTime},
-      {With(SiteEntry(), "time", "yesterday"), NotThatTime},
-      {With(SiteEntry(), "time", "2024-02-30T00:00:00Z"), NotThatTime},
+      {With(SiteEntry(), "time", 1715670753), notThatTime},
+      {With(SiteEntry(), "time", "yesterday"), notThatTime},
+      {With(SiteEntry(), "time", "2024-02-30T00:00:00Z"), notThatTime},
       {With(SiteEntry(), "time", "2024-05-14T09:12:33"), "time must end with an offset from UTC or Z"},
       {With(SiteEntry(), "time", "2024-05-14T09:12:33.250Z"), "time must be a whole second"},
-      {With(SiteEntry(), "time", "1970-01-01T00:59:59+01:00"), OutsideTime},
-      {With(SiteEntry(), "time", "2106-02-07T06:28:15Z"), OutsideTime}};
+      {With(SiteEntry(), "time", "1970-01-01T00:59:59+01:00"), outsideTime},
+      {With(SiteEntry(), "time", "2106-02-07T06:28:15Z"), outsideTime}};
 }
 
 TEST_F(ImportTest, AFaultIsNamedAndNothingIsSaved) {

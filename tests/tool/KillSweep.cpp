@@ -97,10 +97,10 @@ bool Traced::LeadsThere(int descriptor) const {
 // The program empties its own folders using names relative to them.
 bool Traced::IsThere(int folder, quint64 address) const {
   // In two pieces: the page after the one that the text begins in need not be there.
-  constexpr quint64 PageSize = 4096;
+  constexpr quint64 pageSize = 4096;
   std::array<char, 512> text{};
   const size_t wanted = text.size() - 1;
-  const size_t inPage = std::min<size_t>(wanted, PageSize - address % PageSize);
+  const size_t inPage = std::min<size_t>(wanted, pageSize - address % pageSize);
   iovec local{text.data(), wanted};
   const std::array<iovec, 2> remote{iovec{reinterpret_cast<void*>(address), inPage},
                                     iovec{reinterpret_cast<void*>(address + inPage), wanted - inPage}};

@@ -147,13 +147,13 @@ TEST_F(KilledBackupTest, FolderIsWholeOrAbsent) {
 // Large files are changed by thousands of calls, so a run is killed at moments by chance.
 class KillLargeTest : public ToolTest {
  protected:
-  static constexpr int Before = 20000;
-  static constexpr int Added = 100;
+  static constexpr int before = 20000;
+  static constexpr int added = 100;
 
   void SetUp() override {
     CreateFilesWith({SiteEntry("S")});
     const QString numbers =
-        QString("WITH RECURSIVE n(i) AS (SELECT 2 UNION ALL SELECT i + 1 FROM n WHERE i < %1) ").arg(Before);
+        QString("WITH RECURSIVE n(i) AS (SELECT 2 UNION ALL SELECT i + 1 FROM n WHERE i < %1) ").arg(before);
     for (const char* rows :
          {"INSERT INTO Sites SELECT i, 'Site ' || i FROM n", "INSERT INTO Height SELECT i, i, 1 FROM n",
           "INSERT INTO Geolocation SELECT i, 1, 2, 3 FROM n",
@@ -164,7 +164,7 @@ class KillLargeTest : public ToolTest {
     }
     RunSql(Path("t"), numbers + "INSERT INTO AntennaAlignmentThresholds SELECT i, i, i, 1, 1, 1 FROM n");
     QJsonArray entries;
-    for (int number = 0; number < Added; ++number) entries.append(SiteEntry("new", QString::number(number)));
+    for (int number = 0; number < added; ++number) entries.append(SiteEntry("new", QString::number(number)));
     WriteJson("more.json", entries);
   }
 
@@ -176,7 +176,7 @@ class KillLargeTest : public ToolTest {
     const bool isNew = RunWell({"list", "m", "t"}).endsWith("site      100  new\n");
     EXPECT_EQ(Run({"check", "m", "t"}).status, 0);
     for (const char* file : {"m", "t"}) EXPECT_EQ(IntegrityCheck(Path(file)), QString("ok"));
-    const int expected = isNew ? Before + Added : Before;
+    const int expected = isNew ? before + added : before;
     EXPECT_EQ(Count("m", "AntennaAlignment"), expected);
     EXPECT_EQ(Count("m", "Orientation"), 2 * expected);
     EXPECT_EQ(Count("t", "AntennaAlignmentThresholds"), expected);

@@ -198,12 +198,12 @@ TEST_F(MergeTest, WhichFilesBelongTogether) {
   CreateFilesWith({SiteEntry("S")});
   CreateSource("s", {SiteEntry("S")});
   LoadEarlier("v6", 6);
-  ExpectRefused({"s"}, "s: is of version 7, so THRESHOLDS has to be given" + Hint, 2);
-  ExpectRefused({"v6", "s"}, "s: is of version 7, so THRESHOLDS has to be given" + Hint, 2);
-  ExpectRefused({"s", "v6", "st"}, "s: is of version 7, so THRESHOLDS has to be given" + Hint, 2);
+  ExpectRefused({"s"}, "s: is of version 7, so THRESHOLDS has to be given" + hint, 2);
+  ExpectRefused({"v6", "s"}, "s: is of version 7, so THRESHOLDS has to be given" + hint, 2);
+  ExpectRefused({"s", "v6", "st"}, "s: is of version 7, so THRESHOLDS has to be given" + hint, 2);
   ExpectRefused({"v6", "st"},
-                "v6: is of version 6, which has no thresholds file: leave THRESHOLDS out" + Hint, 2);
-  const QString behind = ": is a thresholds file, so its main file has to stand before it" + Hint;
+                "v6: is of version 6, which has no thresholds file: leave THRESHOLDS out" + hint, 2);
+  const QString behind = ": is a thresholds file, so its main file has to stand before it" + hint;
   ExpectRefused({"st", "s"}, "st" + behind, 2);
   ExpectRefused({"s", "st", "t"}, "t" + behind, 2);
   // The target's own two.

@@ -34,12 +34,12 @@ TEST_P(MigrateFromTest, BringsTheFileToTheCurrentVersion) {
   const QByteArray before = ReadFile("m");
   ASSERT_TRUE(QFile::setPermissions(Path("m"), QFile::ReadOwner | QFile::WriteOwner));
   QString expected = "^copied to b\n";
-  for (int version = from; version < static_cast<int>(CurrentSchemaVersion); ++version) {
+  for (int version = from; version < static_cast<int>(currentSchemaVersion); ++version) {
     expected += QString("version %1 to %2: [0-9]+ ms\n").arg(version).arg(version + 1);
   }
   const QString out = RunWell({"migrate", "m", "--backup", "b"});
   EXPECT_TRUE(QRegularExpression(expected + "$").match(out).hasMatch()) << out.toStdString();
-  QFile golden(QString(TARNBEAM_GOLDEN_FOLDER "/version_%1_as_%2.txt").arg(from).arg(CurrentSchemaVersion));
+  QFile golden(QString(TARNBEAM_GOLDEN_FOLDER "/version_%1_as_%2.txt").arg(from).arg(currentSchemaVersion));
   ASSERT_TRUE(golden.open(QIODevice::ReadOnly));
   EXPECT_EQ(DumpDatabase(Path("m")), QString::fromUtf8(golden.readAll()));
   EXPECT_EQ(ReadFile("b"), before);
@@ -61,7 +61,7 @@ TEST_P(MigrateFromTest, MergedBeforeAndAfterItIsTheSame) {
   EXPECT_EQ(RunWell({"diff", "into", "intot", "m", "t"}), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Version, MigrateFromTest, testing::Range(1, static_cast<int>(CurrentSchemaVersion)));
+INSTANTIATE_TEST_SUITE_P(Version, MigrateFromTest, testing::Range(1, static_cast<int>(currentSchemaVersion)));
 
 TEST_F(MigrateTest, ACurrentFileIsLeftAlone) {
   CreateFilesWith({SiteEntry()});
@@ -163,18 +163,18 @@ TEST_F(MigrateTest, LossesAreNamedAndAccepted) {
                 "nothing was changed. --accept-losses goes on without");
   ExpectUntouched(before, {"m"});
   RunWell({"migrate", "m", "--accept-losses"});
-  QFile golden(QString(TARNBEAM_GOLDEN_FOLDER "/version_4_as_%1.txt").arg(CurrentSchemaVersion));
+  QFile golden(QString(TARNBEAM_GOLDEN_FOLDER "/version_4_as_%1.txt").arg(currentSchemaVersion));
   ASSERT_TRUE(golden.open(QIODevice::ReadOnly));
   EXPECT_EQ(DumpDatabase(Path("m")), QString::fromUtf8(golden.readAll()));
 }
 
-constexpr const char* ScratchFolder = "/opt/tarnbeam/database";
+constexpr const char* scratchFolder = "/opt/tarnbeam/database";
 
 // Conversions on a device are done one at a time.
 TEST_F(MigrateTest, AnotherConversionIsWaitedFor) {
   Load(6);
   const QByteArray before = ReadFile("m");
-  const int folder = open(ScratchFolder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const int folder = open(scratchFolder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   ASSERT_EQ(flock(folder, LOCK_EX), 0);
   ExpectFailure(
       {"migrate", "m", "--wait", "0"},

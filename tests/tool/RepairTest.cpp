@@ -7,7 +7,7 @@
 
 namespace {
 
-const QString Copied = QStringLiteral("copied to m.before-repair-1\ncopied to t.before-repair-1\n");
+const QString copied = QStringLiteral("copied to m.before-repair-1\ncopied to t.before-repair-1\n");
 const QString Salvage =
     QStringLiteral(", which cannot be repaired; 'tarnbeam-db salvage' reads what can be read into new files");
 
@@ -74,7 +74,7 @@ TEST_F(RepairTest, RowsThatBelongToNothingGo) {
             QString(lines).replace("\n ", "\nwould remove from ").replace(0, 1, "would remove from "));
   ExpectUntouched();
   EXPECT_EQ(RunWell({"repair", "m", "t"}),
-            Copied + QString(lines).replace("\n ", "\nremoved from ").replace(0, 1, "removed from "));
+            copied + QString(lines).replace("\n ", "\nremoved from ").replace(0, 1, "removed from "));
   EXPECT_EQ(ReadFile("m.before-repair-1"), mainFile_);
   EXPECT_EQ(ReadFile("t.before-repair-1"), thresholds_);
   EXPECT_EQ(RunWell({"export", "m", "t"}), exported_);
@@ -137,8 +137,8 @@ TEST_F(RepairTest, OtherDamageIsRefused) {
 // Rows of a table that its tree has lost look like pages that nobody uses.
 TEST_F(RepairTest, LostPagesOfTablesAreRefused) {
   QJsonArray entries;
-  constexpr int Enough = 200;
-  for (int number = 0; number < Enough; ++number) entries.append(SiteEntry("S", QString::number(number)));
+  constexpr int enough = 200;
+  for (int number = 0; number < enough; ++number) entries.append(SiteEntry("S", QString::number(number)));
   WriteJson("more.json", entries);
   RunWell({"import", "m", "t", "more.json"});
   const qint64 root = PageOf("m", "Orientation") * 4096;

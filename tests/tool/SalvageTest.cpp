@@ -12,8 +12,8 @@
 
 namespace {
 
-constexpr int PageSize = 4096;
-constexpr int Alignments = 240;
+constexpr int pageSize = 4096;
+constexpr int alignmentCount = 240;
 
 // Told apart by every field that has room for it.
 QJsonObject Numbered(QJsonObject entry, int number) {
@@ -62,7 +62,7 @@ class SalvageTest : public ToolTest {
  protected:
   void CreateMany() {
     QJsonArray entries;
-    for (int number = 0; number < Alignments; ++number) {
+    for (int number = 0; number < alignmentCount; ++number) {
       const QString name = QString("%1 %2").arg(number % 3 == 2 ? "path" : "site").arg(number % 7);
       entries.append(Numbered(number % 3 == 2 ? PathEntry(name) : SiteEntry(name), number));
     }
@@ -70,7 +70,7 @@ class SalvageTest : public ToolTest {
     mainFile_ = ReadFile("m");
     thresholds_ = ReadFile("t");
     whole_ = ByUid(RunWell({"export", "m", "t"}));
-    ASSERT_EQ(int(whole_.size()), Alignments);
+    ASSERT_EQ(int(whole_.size()), alignmentCount);
   }
 
   struct Account {
@@ -112,8 +112,8 @@ class SalvageTest : public ToolTest {
     const Account account = AccountOf(outcome.out);
     EXPECT_EQ(account.kept, int(kept.size()));
     const int all = account.kept + account.incomplete + account.lost;
-    EXPECT_LE(all, Alignments);
-    EXPECT_TRUE(all == Alignments || !account.isExact) << outcome.out.toStdString();
+    EXPECT_LE(all, alignmentCount);
+    EXPECT_TRUE(all == alignmentCount || !account.isExact) << outcome.out.toStdString();
     return account.kept;
   }
 
@@ -125,7 +125,7 @@ class SalvageTest : public ToolTest {
 
 TEST_F(SalvageTest, WholeFilesAreKeptWhole) {
   CreateMany();
-  EXPECT_EQ(Salvage(), Alignments);
+  EXPECT_EQ(Salvage(), alignmentCount);
   EXPECT_EQ(RunWell({"export", "nm", "nt"}), RunWell({"export", "m", "t"}));
 }
 
@@ -144,8 +144,8 @@ TEST_F(SalvageTest, DamageBesideTheRowsLosesNothing) {
     for (const char fill : isFull_ ? fills : fills.mid(damaged % 3, 1)) {
       SCOPED_TRACE(owner.toStdString() + " " + std::to_string(page) + " " + std::to_string(int(fill)));
       WriteFile("m", mainFile_);
-      Overwrite("m", qint64(page) * PageSize, QByteArray(PageSize, fill));
-      EXPECT_EQ(Salvage(), Alignments);
+      Overwrite("m", qint64(page) * pageSize, QByteArray(pageSize, fill));
+      EXPECT_EQ(Salvage(), alignmentCount);
     }
   }
   EXPECT_GT(damaged, 10);
@@ -155,25 +155,25 @@ TEST_F(SalvageTest, DamageBesideTheRowsLosesNothing) {
       continue;
     SCOPED_TRACE(owner.toStdString());
     WriteFile("t", thresholds_);
-    Overwrite("t", qint64(page) * PageSize, QByteArray(PageSize, '\x55'));
-    EXPECT_EQ(Salvage(), Alignments);
+    Overwrite("t", qint64(page) * pageSize, QByteArray(pageSize, '\x55'));
+    EXPECT_EQ(Salvage(), alignmentCount);
   }
 }
 
 TEST_F(SalvageTest, LostHeadsLoseNothing) {
   CreateMany();
-  for (const int size : {16, 100, PageSize}) {
+  for (const int size : {16, 100, pageSize}) {
     for (const char* file : {"m", "t"}) {
       SCOPED_TRACE(std::string(file) + " " + std::to_string(size));
       WriteFile("m", mainFile_);
       WriteFile("t", thresholds_);
       Overwrite(file, 0, QByteArray(size, '\x55'));
-      EXPECT_EQ(Salvage(), Alignments);
+      EXPECT_EQ(Salvage(), alignmentCount);
     }
   }
-  WriteFile("m", QByteArray(PageSize, '\0') + mainFile_.mid(PageSize));
-  WriteFile("t", QByteArray(PageSize, '\0') + thresholds_.mid(PageSize));
-  EXPECT_EQ(Salvage(), Alignments);
+  WriteFile("m", QByteArray(pageSize, '\0') + mainFile_.mid(pageSize));
+  WriteFile("t", QByteArray(pageSize, '\0') + thresholds_.mid(pageSize));
+  EXPECT_EQ(Salvage(), alignmentCount);
 }
 
 // A table, and what alignments that need its rows from one key to another are.
@@ -184,7 +184,7 @@ struct Needs {
   const char* paths;
 };
 
-constexpr Needs AllNeeds[] = {
+constexpr Needs allNeeds[] = {
     {"m", "Orientation", "TargetOrientationKey BETWEEN %1 AND %2 OR MeasuredOrientationKey BETWEEN %1 AND %2",
      "TargetOrientationKey BETWEEN %1 AND %2 OR MeasuredOrientationKey BETWEEN %1 AND %2"},
     {"m", "Geolocation", "LocationKey BETWEEN %1 AND %2",
@@ -214,7 +214,7 @@ QSet<QString> Needing(const QString& mainFile, const Needs& needs, int first, in
 // of rows on each leaf tells which stand there; a row that goes beyond its page says which it is by its path.
 std::map<QString, QSet<QString>> LostWithPages(const QString& folder) {
   std::map<QString, QSet<QString>> lost;
-  for (const Needs& needs : AllNeeds) {
+  for (const Needs& needs : allNeeds) {
     const QString file = folder + '/' + needs.file;
     std::map<QString, int> firstKeys;
     int last = 0;
@@ -246,8 +246,8 @@ TEST_F(SalvageTest, OnlyWhatStandsOnThePageIsLost) {
     if (!isFull_ && number++ % 5 != 0) continue;
     SCOPED_TRACE(page.toStdString());
     EXPECT_FALSE(lost.isEmpty());
-    Overwrite(page.left(1), page.mid(2).toLongLong() * PageSize, QByteArray(PageSize, '\x55'));
-    EXPECT_EQ(Salvage(), Alignments - lost.size());
+    Overwrite(page.left(1), page.mid(2).toLongLong() * pageSize, QByteArray(pageSize, '\x55'));
+    EXPECT_EQ(Salvage(), alignmentCount - lost.size());
     WriteFile("m", mainFile_);
     WriteFile("t", thresholds_);
   }
@@ -268,10 +268,10 @@ class Damaging {
  private:
   void Hit(int number) {
     QByteArray& file = files_[number];
-    const int page = random_.bounded(file.size() / PageSize);
+    const int page = random_.bounded(file.size() / pageSize);
     const int kind = random_.bounded(6);
     if (kind == 0 && page > 2) {
-      file.truncate(page * PageSize + random_.bounded(PageSize));
+      file.truncate(page * pageSize + random_.bounded(pageSize));
       hasOnlyPages_ = false;
     } else if (kind == 1) {
       file.replace(0, 100, QByteArray(100, char(random_.bounded(256))));
@@ -279,8 +279,8 @@ class Damaging {
     } else {
       const bool isNoise = random_.bounded(2) == 0;
       const char fill = char(random_.bounded(256));
-      for (int at = 0; at < PageSize; ++at) {
-        file[page * PageSize + at] = isNoise ? char(random_.bounded(256)) : fill;
+      for (int at = 0; at < pageSize; ++at) {
+        file[page * pageSize + at] = isNoise ? char(random_.bounded(256)) : fill;
       }
       pages_.append(QString(number == 0 ? "m %1" : "t %1").arg(page));
     }
@@ -320,13 +320,13 @@ TEST_F(SalvageTest, SeededDamages) {
       if (found != lostWith.end()) lost += found->second;
     }
     told += canTell ? 1 : 0;
-    EXPECT_TRUE(!canTell || kept == Alignments - lost.size()) << kept << " kept, lost " << lost.size();
+    EXPECT_TRUE(!canTell || kept == alignmentCount - lost.size()) << kept << " kept, lost " << lost.size();
     if (HasFailure()) return;
   }
   RecordProperty("kept", keptOfAll);
   RecordProperty("told", told);
   EXPECT_GT(told, 2);
-  EXPECT_GT(keptOfAll, damages * Alignments / 10);
+  EXPECT_GT(keptOfAll, damages * alignmentCount / 10);
 }
 
 TEST_F(SalvageTest, WithoutThresholdsFile) {
@@ -355,7 +355,7 @@ TEST_F(SalvageTest, EarlierVersionsBecomeTheCurrentOne) {
     // Without the record of its version, too.
     for (const bool hasVersion : {true, false}) {
       const QString to = name + (hasVersion ? "a" : "b");
-      if (!hasVersion) Overwrite(name, PageOf(name, "Version") * PageSize, QByteArray(PageSize, '\x55'));
+      if (!hasVersion) Overwrite(name, PageOf(name, "Version") * pageSize, QByteArray(pageSize, '\x55'));
       RunWell({"salvage", name, to + ".m", to + ".t"});
       EXPECT_EQ(RunWell({"version", to + ".m"}), "7\n");
       EXPECT_EQ(Run({"check", to + ".m", to + ".t", "--strict"}).status, 0);
@@ -409,7 +409,7 @@ TEST_F(SalvageTest, Refusals) {
       "text: neither its version nor its tables can be made out; if it is of version 7, give THRESHOLDS", 4);
   RunSql(Path("m"), "UPDATE Version SET VersionNumber = 6");
   ExpectFailure({"salvage", "m", "t", "nm", "nt"},
-                "m: is of version 6, which has no thresholds file: leave THRESHOLDS out" + Hint, 2);
+                "m: is of version 6, which has no thresholds file: leave THRESHOLDS out" + hint, 2);
   EXPECT_EQ(FilesInFolder(), (QStringList{"in.json", "m", "t", "text"}));
 }
 

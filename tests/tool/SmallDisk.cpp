@@ -7,7 +7,7 @@
 namespace {
 
 // $0 is the program, $1 the room.
-const char* const OnSmallFileSystem = R"(
+const char* const onSmallFileSystem = R"(
 room=$1
 shift
 mount -t tmpfs -o size=${room}k tmpfs disk
@@ -19,7 +19,7 @@ cp -a disk/. .
 umount disk
 exit $status
 )";
-const char* const WithSmallFiles = R"(
+const char* const withSmallFiles = R"(
 room=$1
 shift
 cp -p m t disk/ 2>/dev/null
@@ -46,7 +46,7 @@ std::string SmallDisk::NameOf(const testing::TestParamInfo<Shortage>& test) {
 Outcome SmallDisk::RunWithRoom(int kilobytes, const QStringList& words) {
   EXPECT_TRUE(QDir(Folder()).mkpath("disk"));
   const bool files = LimitsFiles();
-  QStringList call{"sh", "-c", files ? WithSmallFiles : OnSmallFileSystem, TARNBEAM_TOOL,
+  QStringList call{"sh", "-c", files ? withSmallFiles : onSmallFileSystem, TARNBEAM_TOOL,
                    QString::number(kilobytes)};
   if (!files) call = QStringList{"unshare", "--user", "--map-root-user", "--mount"} + call;
   call += words;
@@ -60,8 +60,8 @@ void SmallDisk::Sweep(const QStringList& words, int first, int step) {
   QMap<QString, QByteArray> before;
   for (const QString& name : FilesInFolder()) before[name] = ReadFile(name);
   int failed = 0;
-  constexpr int Enough = 4096;
-  for (int room = first; room < Enough; room += step) {
+  constexpr int enough = 4096;
+  for (int room = first; room < enough; room += step) {
     SCOPED_TRACE(room);
     const Outcome outcome = RunWithRoom(room, words);
     if (outcome.status == 0) break;

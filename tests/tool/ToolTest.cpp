@@ -68,7 +68,7 @@ void ToolTest::Prepare(QProcess* process) const {
 }
 
 Outcome ToolTest::Finish(QProcess* process) {
-  constexpr int Patience = 60'000;
+  constexpr int patience = 60'000;
   EXPECT_TRUE(process->waitForFinished(Patience)) << process->errorString().toStdString();
   EXPECT_EQ(process->exitStatus(), QProcess::NormalExit);
   return {process->exitCode(), QString::fromUtf8(process->readAllStandardOutput()),

@@ -37,7 +37,7 @@ class Holder {
 // What the program says about a file that another one has in use.
 QString InUse(const QString& file);
 // What wrong usage ends with.
-const QString Hint = QStringLiteral("\nTry 'tarnbeam-db --help' or 'tarnbeam-db COMMAND --help'.");
+const QString hint = QStringLiteral("\nTry 'tarnbeam-db --help' or 'tarnbeam-db COMMAND --help'.");
 
 // Runs the program in a folder of the test's own, in the C locale and without a terminal. File names within
 // that folder are given without it.

@@ -11,7 +11,7 @@ struct Misuse {
 class WrongUsageTest : public ToolTest, public testing::WithParamInterface<Misuse> {};
 
 TEST_P(WrongUsageTest, IsSaidAndTouchesNothing) {
-  ExpectFailure(GetParam().words, GetParam().message + Hint, 2);
+  ExpectFailure(GetParam().words, GetParam().message + hint, 2);
   EXPECT_EQ(FilesInFolder(), QStringList());
 }
 

@@ -5,16 +5,16 @@
 
 namespace {
 
-constexpr int LongestWait = 86'400;
+constexpr int longestWait = 86'400;
 
 }  // namespace
 
 Deadline Arguments::Waiting() const {
   bool isNumber = false;
   const int seconds = options.value(QStringLiteral("wait")).toInt(&isNumber);
-  if (!isNumber || seconds < 0 || seconds > LongestWait) {
+  if (!isNumber || seconds < 0 || seconds > longestWait) {
     throw WrongUsage(QStringLiteral("--wait must be a whole number of seconds, at most ") +
-                     QString::number(LongestWait));
+                     QString::number(longestWait));
   }
   return Deadline(seconds);
 }

@@ -28,7 +28,7 @@ struct Command {
 };
 
 /// Stands last if a command takes any number of the operands before it.
-constexpr const char* AndSoOn = "...";
+constexpr const char* andSoOn = "...";
 
 /// The option of every command that says how long to wait.
 QCommandLineOption WaitOption();

@@ -5,12 +5,12 @@
 
 namespace {
 
-constexpr int AllReports = -1;
-const QString Question = QStringLiteral("Delete?");
-const QString NothingDone = QStringLiteral("nothing was deleted");
+constexpr int allReports = -1;
+const QString question = QStringLiteral("Delete?");
+const QString nothingDone = QStringLiteral("nothing was deleted");
 
 int IndexOf(const Arguments& arguments) {
-  if (!arguments.options.isSet(QStringLiteral("index"))) return AllReports;
+  if (!arguments.options.isSet(QStringLiteral("index"))) return allReports;
   bool isNumber = false;
   const int index = arguments.options.value(QStringLiteral("index")).toInt(&isNumber);
   if (!isNumber || index < 0) throw WrongUsage(QStringLiteral("--index must be a number from 0"));
@@ -41,10 +41,10 @@ int Run(const Arguments& arguments) {
     const Snapshot files(mainName, thresholdsName, arguments.Waiting());
     files.Files().RequireBelonging();
     const Reports reports = files.ReadOne(subject.kind, subject.identifier);
-    if (index == AllReports) {
+    if (index == allReports) {
       const QString sectors = reports.kind == Kind::Site ? QStringLiteral(" in all its sectors") : QString();
-      Confirm(arguments, DescribeAll(reports) + sectors + QStringLiteral(" will be deleted"), Question,
-              NothingDone);
+      Confirm(arguments, DescribeAll(reports) + sectors + QStringLiteral(" will be deleted"), question,
+              nothingDone);
       done = QStringLiteral("deleted ") + DescribeAll(reports);
       deletion = Deletion::OfAll(files, subject.kind, subject.identifier);
     } else {
@@ -54,7 +54,7 @@ int Run(const Arguments& arguments) {
               QStringLiteral("1 report of ") + shown + QStringLiteral(" will be deleted: ") +
                   report.time.toUTC().toString(Qt::ISODate) + QStringLiteral(", of ") +
                   QString::number(reports.alignments.size()) + QStringLiteral(" that there are"),
-              Question, NothingDone);
+              question, nothingDone);
       done = QStringLiteral("deleted report ") + QString::number(index) + QStringLiteral(" of ") + shown;
       deletion = Deletion::OfOne(files, subject.kind, subject.identifier, report.key);
     }

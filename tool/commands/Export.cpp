@@ -9,11 +9,11 @@
 namespace {
 
 std::unique_ptr<AlignmentWriter> MakeWriter(const QString& format, const CsvForm& csv) {
-  constexpr auto WithUid = AlignmentJson::Uid::With;
+  constexpr auto withUid = AlignmentJson::Uid::With;
   if (format == QLatin1String("json"))
-    return std::make_unique<AlignmentJsonWriter>(StandardOutput(), WithUid);
+    return std::make_unique<AlignmentJsonWriter>(StandardOutput(), withUid);
   if (format == QLatin1String("ndjson"))
-    return std::make_unique<AlignmentLinesWriter>(StandardOutput(), WithUid);
+    return std::make_unique<AlignmentLinesWriter>(StandardOutput(), withUid);
   return std::make_unique<AlignmentCsvWriter>(StandardOutput(), csv, AlignmentColumns::OfExport());
 }
 

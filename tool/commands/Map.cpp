@@ -9,10 +9,10 @@ namespace {
 
 double RayOf(const Arguments& arguments) {
   // Half way round the Earth.
-  constexpr double Longest = 20'000'000;
+  constexpr double longest = 20'000'000;
   bool isNumber = false;
   const double meters = arguments.options.value(QStringLiteral("ray")).toDouble(&isNumber);
-  if (!isNumber || !(meters > 0 && meters <= Longest)) {
+  if (!isNumber || !(meters > 0 && meters <= longest)) {
     throw WrongUsage(QStringLiteral("--ray must be a number of metres above 0, at most 20000000"));
   }
   return meters;

@@ -89,7 +89,7 @@ Command MergeCommand() {
   return {
       "merge",
       "Adds the alignments of other pairs that are not there yet, of all or, if anything goes wrong, none.",
-      {"MAIN", "THRESHOLDS", "SOURCE_MAIN", "[SOURCE_THRESHOLDS]", AndSoOn},
+      {"MAIN", "THRESHOLDS", "SOURCE_MAIN", "[SOURCE_THRESHOLDS]", andSoOn},
       {QCommandLineOption(QStringLiteral("dry-run"), QStringLiteral("Say the same, and change nothing."))},
       true,
       Run};

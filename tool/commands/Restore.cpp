@@ -7,7 +7,7 @@
 
 namespace {
 
-const QString NothingDone = QStringLiteral("nothing was restored");
+const QString nothingDone = QStringLiteral("nothing was restored");
 
 /// Asks about the files that are there; answers what they were when they were shown.
 std::vector<Stamp> Ask(const Arguments& arguments, const QStringList& names, const QString& backup) {
@@ -21,7 +21,7 @@ std::vector<Stamp> Ask(const Arguments& arguments, const QStringList& names, con
   if (!existing.isEmpty()) {
     Confirm(arguments,
             existing.join(QStringLiteral(" and ")) + QStringLiteral(" will be replaced by ") + backup,
-            QStringLiteral("Replace?"), NothingDone);
+            QStringLiteral("Replace?"), nothingDone);
   }
   return stamps;
 }
@@ -31,7 +31,7 @@ void RequireUnchanged(const QStringList& names, const std::vector<Stamp>& shown)
     const QString& name = names.at(int(number));
     if (Stamp(FileName::ToBytes(name)) == shown.at(number)) continue;
     throw Failure(FileName::Shown(name) + QStringLiteral(": was changed meanwhile by another program; ") +
-                  NothingDone);
+                  nothingDone);
   }
 }
 

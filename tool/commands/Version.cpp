@@ -13,7 +13,7 @@ int Run(const Arguments& arguments) {
   const Snapshot file(arguments.operands.at(0), QString(), arguments.Waiting(), Snapshot::Look::Version);
   if (format == QLatin1String("json")) {
     const QJsonObject document{{QStringLiteral("version"), static_cast<int>(file.Version())},
-                               {QStringLiteral("current"), file.Version() == CurrentSchemaVersion}};
+                               {QStringLiteral("current"), file.Version() == currentSchemaVersion}};
     Console::Print(QString::fromUtf8(QJsonDocument(document).toJson()));
   } else {
     Console::Print(QString::number(file.Version()) + QLatin1Char('\n'));

@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr double MetersLowest = -1000;
-constexpr double MetersHighest = 20000;
+constexpr double metersLowest = -1000;
+constexpr double metersHighest = 20000;
 
 }  // namespace
 
@@ -29,11 +29,11 @@ const std::vector<Field>& AllFields() {
       {"measured.roll", F::Both, &A::measuredRoll, F::InUid, "°", -180, 180},
       {"location.latitude", F::Both, &A::latitude, F::InUid, "°N", -90, 90},
       {"location.longitude", F::Both, &A::longitude, F::InUid, "°E", -180, 180},
-      {"location.elevation", F::Both, &A::elevation, F::InUid, "m", MetersLowest, MetersHighest},
+      {"location.elevation", F::Both, &A::elevation, F::InUid, "m", metersLowest, metersHighest},
       {"farEnd.latitude", F::PathOnly, &A::farLatitude, F::InUid, "°N", -90, 90},
       {"farEnd.longitude", F::PathOnly, &A::farLongitude, F::InUid, "°E", -180, 180},
-      {"farEnd.elevation", F::PathOnly, &A::farElevation, F::InUid, "m", MetersLowest, MetersHighest},
-      {"height.value", F::Both, &A::height, F::InUid, "m", MetersLowest, MetersHighest},
+      {"farEnd.elevation", F::PathOnly, &A::farElevation, F::InUid, "m", metersLowest, metersHighest},
+      {"height.value", F::Both, &A::height, F::InUid, "m", metersLowest, metersHighest},
       {"height.source", F::Both, &A::heightSource, F::InUid},
       {"options.azimuthOffset", F::Both, &A::azimuthOffset, F::InUid, "°", -360, 360},
       {"options.tiltInversion", F::Both, &A::tiltInversion, F::InUid},
@@ -88,7 +88,7 @@ QByteArray Digits(Number value) {
   return error == std::errc() ? QByteArray(text.data(), static_cast<int>(end - text.data())) : QByteArray();
 }
 
-constexpr std::array<const char*, 4> HeightSourceNames = {"unknown", "manual", "barometric", "gps"};
+constexpr std::array<const char*, 4> heightSourceNames = {"unknown", "manual", "barometric", "gps"};
 
 QString ToText(Kind value) { return KindName(value); }
 QString ToText(const QString& value) { return value; }
@@ -99,7 +99,7 @@ QString ToText(bool value) { return value ? QStringLiteral("true") : QStringLite
 QString ToText(int value) { return QString::number(value); }
 QString ToText(HeightSource value) {
   const auto number = static_cast<std::size_t>(value);
-  if (number < HeightSourceNames.size()) return QLatin1String(HeightSourceNames.at(number));
+  if (number < heightSourceNames.size()) return QLatin1String(heightSourceNames.at(number));
   return QString::number(static_cast<int>(value));
 }
 
@@ -113,7 +113,7 @@ QJsonValue ToJson(bool value) { return value; }
 QJsonValue ToJson(int value) { return value; }
 QJsonValue ToJson(HeightSource value) {
   const auto number = static_cast<std::size_t>(value);
-  return number < HeightSourceNames.size() ? QJsonValue(ToText(value)) : static_cast<int>(value);
+  return number < heightSourceNames.size() ? QJsonValue(ToText(value)) : static_cast<int>(value);
 }
 
 QString RangeText(const Field& field) {
@@ -149,8 +149,8 @@ QString FromJson(const QJsonValue& value, const Field& /*field*/, QDateTime* tim
   if (time->timeSpec() == Qt::LocalTime) return QStringLiteral("must end with an offset from UTC or Z");
   if (time->time().msec() != 0) return QStringLiteral("must be a whole second");
   // Kept in 32 bits, and all of them set means no time.
-  constexpr qint64 Last = std::numeric_limits<quint32>::max() - 1;
-  if (time->toSecsSinceEpoch() < 0 || time->toSecsSinceEpoch() > Last) {
+  constexpr qint64 last = std::numeric_limits<quint32>::max() - 1;
+  if (time->toSecsSinceEpoch() < 0 || time->toSecsSinceEpoch() > last) {
     return QStringLiteral("must lie from 1970-01-01T00:00:00Z to 2106-02-07T06:28:14Z");
   }
   return {};
@@ -185,8 +185,8 @@ QString FromJson(const QJsonValue& value, const Field& field, int* number) {
 }
 
 QString FromJson(const QJsonValue& value, const Field& field, HeightSource* source) {
-  for (std::size_t number = 0; number < HeightSourceNames.size(); ++number) {
-    if (value.toString() == QLatin1String(HeightSourceNames.at(number))) {
+  for (std::size_t number = 0; number < heightSourceNames.size(); ++number) {
+    if (value.toString() == QLatin1String(heightSourceNames.at(number))) {
       *source = static_cast<HeightSource>(number);
       return {};
     }

@@ -23,8 +23,8 @@ class Problems {
   void StartEntry() { ++entry_; }
   void Add(const QString& field, const QString& what) {
     // A file that is wrong throughout must not fill the memory with complaints.
-    constexpr int Kept = 1000;
-    if (lines_.size() == Kept) {
+    constexpr int kept = 1000;
+    if (lines_.size() == kept) {
       ++notKept_;
       return;
     }

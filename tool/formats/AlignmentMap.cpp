@@ -112,7 +112,7 @@ struct KmlColor {
   const char* color;
 };
 
-constexpr KmlColor Colors[] = {
+constexpr KmlColor colors[] = {
     {Verdict::Pass, "ff487f1a"}, {Verdict::Fail, "ff2626be"}, {Verdict::None, "ff808080"}};
 
 /// The target is the thinner line.
@@ -172,7 +172,7 @@ void KmlWriter::Write(const Reports& reports) {
 void KmlWriter::End() { xml_.writeEndDocument(); }
 
 void KmlWriter::WriteStyles() {
-  for (const KmlColor& color : Colors) {
+  for (const KmlColor& color : colors) {
     for (const bool isTarget : {false, true}) {
       xml_.writeStartElement(QStringLiteral("Style"));
       xml_.writeAttribute(QStringLiteral("id"), StyleName(color.verdict, isTarget));

@@ -7,8 +7,8 @@
 
 namespace {
 
-constexpr int GroupWidth = 21;
-constexpr int CellWidth = 26;
+constexpr int groupWidth = 21;
+constexpr int cellWidth = 26;
 
 QString WithUnit(const QString& text, const Field& field) {
   const QString unit = QString::fromUtf8(field.unit);
@@ -16,8 +16,8 @@ QString WithUnit(const QString& text, const Field& field) {
 }
 
 QString Line(const QString& group, const QStringList& cells) {
-  QString line = QStringLiteral("  ") + Console::Padded(group, GroupWidth);
-  for (const QString& cell : cells) line += Console::Padded(cell + QStringLiteral("  "), CellWidth);
+  QString line = QStringLiteral("  ") + Console::Padded(group, groupWidth);
+  for (const QString& cell : cells) line += Console::Padded(cell + QStringLiteral("  "), cellWidth);
   while (line.endsWith(QLatin1Char(' '))) line.chop(1);
   return line + QLatin1Char('\n');
 }

@@ -10,10 +10,10 @@
 
 namespace {
 
-constexpr int End = -1;
-constexpr qint64 LargestSize = 512LL * 1024 * 1024;
-constexpr int DeepestLevel = 64;
-constexpr int PieceSize = 1 << 16;
+constexpr int endOfText = -1;
+constexpr qint64 largestSize = 512LL * 1024 * 1024;
+constexpr int deepestLevel = 64;
+constexpr int pieceSize = 1 << 16;
 
 bool IsBlank(int character) {
   return character == ' ' || character == '\n' || character == '\r' || character == '\t';
@@ -53,12 +53,12 @@ bool JsonElements::Next(QJsonValue* element) {
     return false;
   }
   if (!isFirst_) {
-    if (character == End) FailLikeParser(QJsonParseError::UnterminatedArray);
+    if (character == endOfText) FailLikeParser(QJsonParseError::UnterminatedArray);
     if (character != ',') FailLikeParser(QJsonParseError::MissingValueSeparator);
     character = GetNonBlank();
     if (character == ']') FailLikeParser(QJsonParseError::IllegalValue);
   }
-  if (character == End) FailLikeParser(QJsonParseError::UnterminatedArray);
+  if (character == endOfText) FailLikeParser(QJsonParseError::UnterminatedArray);
   isFirst_ = false;
   const int firstLine = line_;
   Collect(character);
@@ -67,7 +67,7 @@ bool JsonElements::Next(QJsonValue* element) {
 }
 
 int JsonElements::Get() {
-  if (position_ == buffer_.size() && !Fill()) return End;
+  if (position_ == buffer_.size() && !Fill()) return endOfText;
   const char character = buffer_.at(position_++);
   return static_cast<unsigned char>(character);
 }
@@ -75,13 +75,13 @@ int JsonElements::Get() {
 /// What was read last is kept in front, for the one character that may be put back.
 bool JsonElements::Fill() {
   const QByteArray kept = buffer_.right(1);
-  const QByteArray piece = source_->read(PieceSize);
+  const QByteArray piece = source_->read(pieceSize);
   if (piece.isEmpty()) {
     if (!source_->atEnd()) Fail(source_->errorString());
     return false;
   }
   bytesRead_ += piece.size();
-  if (bytesRead_ > LargestSize) Fail(QStringLiteral("is larger than 512 MiB; split it into several files"));
+  if (bytesRead_ > largestSize) Fail(QStringLiteral("is larger than 512 MiB; split it into several files"));
   buffer_ = kept + piece;
   position_ = kept.size();
   return true;
@@ -95,7 +95,7 @@ int JsonElements::GetNonBlank() {
 
 void JsonElements::Start() {
   started_ = true;
-  if (source_->size() > LargestSize) {
+  if (source_->size() > largestSize) {
     Fail(QStringLiteral("is larger than 512 MiB; split it into several files"));
   }
   const QByteArray start = source_->peek(3);
@@ -106,7 +106,7 @@ void JsonElements::Start() {
 }
 
 void JsonElements::RequireEnd() {
-  if (GetNonBlank() != End) FailLikeParser(QJsonParseError::GarbageAtEnd);
+  if (GetNonBlank() != endOfText) FailLikeParser(QJsonParseError::GarbageAtEnd);
 }
 
 /// Takes the text of an element, to its end or to where the parser is sure to find fault with it.
@@ -114,7 +114,7 @@ void JsonElements::Collect(int first) {
   text_.clear();
   frames_.clear();
   faults_.clear();
-  for (int character = first; character != End; character = Get()) {
+  for (int character = first; character != endOfText; character = Get()) {
     const char byte = static_cast<char>(character);
     if (byte == '{' || byte == '[' || ((byte == '}' || byte == ']') && !frames_.isEmpty())) {
       if (!CollectBracket(byte)) return;
@@ -137,8 +137,8 @@ void JsonElements::Collect(int first) {
 bool JsonElements::CollectBracket(char bracket) {
   text_ += bracket;
   if (bracket == '{' || bracket == '[') {
-    if (frames_.size() == DeepestLevel) {
-      Fail(QStringLiteral("line %1: is nested deeper than %2 levels").arg(line_).arg(DeepestLevel));
+    if (frames_.size() == deepestLevel) {
+      Fail(QStringLiteral("line %1: is nested deeper than %2 levels").arg(line_).arg(deepestLevel));
     }
     frames_.append({bracket == '{', bracket == '{', QString(), {}});
     return true;
@@ -152,7 +152,7 @@ void JsonElements::CollectString() {
   const auto begin = text_.size();
   text_ += '"';
   bool escaped = false;
-  for (int character = Get(); character != End; character = Get()) {
+  for (int character = Get(); character != endOfText; character = Get()) {
     text_ += static_cast<char>(character);
     if (character == '\n') ++line_;
     if (character == '"' && !escaped) {
@@ -167,14 +167,14 @@ void JsonElements::CollectNumber(char first) {
   QByteArray number(1, first);
   int character = Get();
   for (; IsOfNumber(character); character = Get()) number += static_cast<char>(character);
-  if (character != End) Unget();
+  if (character != endOfText) Unget();
   if (!IsOutOfReach(number)) {
     text_ += number;
     return;
   }
-  constexpr int Shown = 40;
-  const QString shown =
-      QString::fromLatin1(number.left(Shown)) + (number.size() > Shown ? QStringLiteral("...") : QString());
+  constexpr int mostShown = 40;
+  const QString shown = QString::fromLatin1(number.left(mostShown)) +
+                        (number.size() > mostShown ? QStringLiteral("...") : QString());
   faults_.append({MemberName(), QStringLiteral("is too large or too small for a number: %1").arg(shown)});
   text_ += '0';
 }

@@ -33,13 +33,13 @@ class Tracer {
   }
 
   void Trace(double from, const MapPoint& begin, double to, const MapPoint& end) {
-    constexpr double LongestMeters = 50'000;
-    constexpr double WidestDegrees = 1;
+    constexpr double longestMeters = 50'000;
+    constexpr double widestDegrees = 1;
     // At a pole the longitude leaps, however short the step.
-    constexpr double ShortestMeters = 1;
+    constexpr double shortestMeters = 1;
     const bool isFine =
-        to - from <= LongestMeters && std::fabs(end.longitude - begin.longitude) <= WidestDegrees;
-    if (isFine || to - from <= ShortestMeters) {
+        to - from <= longestMeters && std::fabs(end.longitude - begin.longitude) <= widestDegrees;
+    if (isFine || to - from <= shortestMeters) {
       points_.push_back(end);
       return;
     }
@@ -72,15 +72,15 @@ class Cutter {
  private:
   void Step(const MapPoint& from, const MapPoint& to) {
     // What is closer to the antimeridian than this is on it.
-    constexpr double Touching = 1e-9;
-    constexpr double Leap = 90;
-    if (std::fabs(to.longitude - from.longitude) > Leap) {
+    constexpr double touching = 1e-9;
+    constexpr double leap = 90;
+    if (std::fabs(to.longitude - from.longitude) > leap) {
       const double pole = std::copysign(90.0, to.latitude);
       Add({from.longitude, pole});
       EndPart();
       shift_ = to.longitude - GeographicLib::Math::AngNormalize(to.longitude);
       StartPart({to.longitude, pole});
-    } else if (std::fabs(to.longitude - shift_) > 180 + Touching) {
+    } else if (std::fabs(to.longitude - shift_) > 180 + touching) {
       const double edge = std::copysign(180.0, to.longitude - shift_);
       const double part = (edge + shift_ - from.longitude) / (to.longitude - from.longitude);
       const MapPoint crossing{edge + shift_, from.latitude + part * (to.latitude - from.latitude)};

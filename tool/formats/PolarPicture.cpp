@@ -5,8 +5,8 @@
 
 namespace {
 
-const QColor Faint(200, 204, 210);
-const QColor Ink(60, 66, 74);
+const QColor faint(200, 204, 210);
+const QColor ink(60, 66, 74);
 
 /// Azimuths run clockwise from north, degrees.
 QPointF OnCircle(const QPointF& center, double radius, double azimuth) {
@@ -16,7 +16,7 @@ QPointF OnCircle(const QPointF& center, double radius, double azimuth) {
 
 void DrawRose(QPainter* painter, const QPointF& center, double radius) {
   painter->setBrush(Qt::NoBrush);
-  painter->setPen(QPen(Faint, radius / 80));
+  painter->setPen(QPen(faint, radius / 80));
   for (const double part : {1.0 / 3, 2.0 / 3, 1.0})
     painter->drawEllipse(center, radius * part, radius * part);
   for (int azimuth = 0; azimuth < 360; azimuth += 30) {
@@ -29,7 +29,7 @@ void DrawRose(QPainter* painter, const QPointF& center, double radius) {
     const double side = radius * 0.4;
     const QPointF at = OnCircle(center, radius * 1.16, azimuth);
     painter->save();
-    painter->setPen(Ink);
+    painter->setPen(ink);
     painter->drawText(QRectF(at.x() - side / 2, at.y() - side / 2, side, side), Qt::AlignCenter, label);
     painter->restore();
   }

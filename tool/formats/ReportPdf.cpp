@@ -28,26 +28,26 @@
 namespace {
 
 // All measures are in points on A4.
-constexpr double PageWidth = 595;
-constexpr double PageHeight = 842;
-constexpr double Margin = 42;
-constexpr double Right = PageWidth - Margin;
-constexpr double Bottom = PageHeight - Margin - 18;
-constexpr double RowHeight = 14;
-constexpr double PictureSize = 165;
+constexpr double pageWidth = 595;
+constexpr double pageHeight = 842;
+constexpr double margin = 42;
+constexpr double rightEdge = pageWidth - margin;
+constexpr double bottom = pageHeight - margin - 18;
+constexpr double rowHeight = 14;
+constexpr double pictureSize = 165;
 
-const QColor Ink(32, 36, 42);
-const QColor Soft(110, 116, 124);
-const QColor Rule(205, 209, 214);
-const QColor Band(240, 242, 245);
-const QColor Passed(26, 127, 72);
-const QColor Missed(190, 38, 38);
+const QColor ink(32, 36, 42);
+const QColor soft(110, 116, 124);
+const QColor rule(205, 209, 214);
+const QColor band(240, 242, 245);
+const QColor passed(26, 127, 72);
+const QColor missed(190, 38, 38);
 
-const std::array<QColor, 6> SectorColors = {QColor(0, 90, 160),   QColor(200, 80, 0),  QColor(0, 130, 110),
+const std::array<QColor, 6> sectorColors = {QColor(0, 90, 160),   QColor(200, 80, 0),  QColor(0, 130, 110),
                                             QColor(120, 60, 150), QColor(160, 120, 0), QColor(90, 90, 90)};
 
 /// Where the columns of the angles begin; the last one is the verdict.
-constexpr std::array<double, 6> ColumnAt = {Margin + 8, 150, 235, 320, 405, 478};
+constexpr std::array<double, 6> columnAt = {margin + 8, 150, 235, 320, 405, 478};
 
 QString Degrees(float value, bool sign = false) {
   const QString text = QString::number(static_cast<double>(value), 'f', 2);
@@ -64,8 +64,8 @@ Verdict Overall(const std::vector<Alignment>& alignments) {
 }
 
 QColor VerdictColor(Verdict verdict) {
-  if (verdict == Verdict::Pass) return Passed;
-  return verdict == Verdict::Fail ? Missed : Soft;
+  if (verdict == Verdict::Pass) return passed;
+  return verdict == Verdict::Fail ? missed : soft;
 }
 
 class Page {
@@ -106,7 +106,7 @@ class Page {
   void Text(double x, double y, double width, const QString& text, Qt::Alignment side = Qt::AlignLeft) {
     const QString fitting =
         painter_.fontMetrics().elidedText(Console::Printable(text), Qt::ElideRight, int(width));
-    painter_.drawText(QRectF(x, y, width, RowHeight * 2), int(side | Qt::AlignTop) | Qt::TextSingleLine,
+    painter_.drawText(QRectF(x, y, width, rowHeight * 2), int(side | Qt::AlignTop) | Qt::TextSingleLine,
                       fitting);
   }
 
@@ -131,7 +131,7 @@ class Page {
     layout.endLayout();
     for (int number = 0; number < layout.lineCount(); ++number) {
       const QTextLine line = layout.lineAt(number);
-      if (y_ + line.height() > Bottom) StartPage();
+      if (y_ + line.height() > bottom) StartPage();
       // The foot of a page has a colour of its own.
       painter_.setPen(pen);
       line.draw(&painter_, QPointF(x, y_ - line.y()));
@@ -139,9 +139,9 @@ class Page {
     }
   }
 
-  void Line(double y, const QColor& color = Rule) {
+  void Line(double y, const QColor& color = rule) {
     painter_.setPen(QPen(color, 0.6));
-    painter_.drawLine(QPointF(Margin, y), QPointF(Right, y));
+    painter_.drawLine(QPointF(margin, y), QPointF(rightEdge, y));
   }
 
   void Badge(double right, double y, Verdict verdict) {
@@ -155,22 +155,22 @@ class Page {
 
   void DrawHeading() {
     if (!head_.title.isEmpty()) {
-      UseFont(11, true, Ink);
-      const double end = y_ + RowHeight + 6;
-      Paragraph(Margin, Right - Margin, head_.title);
+      UseFont(11, true, ink);
+      const double end = y_ + rowHeight + 6;
+      Paragraph(margin, rightEdge - margin, head_.title);
       y_ = std::max(end, y_ + 4);
     }
-    UseFont(10, false, Soft);
-    Text(Margin, y_, 300, KindOfReport() + QStringLiteral(" report"));
-    y_ += RowHeight + 2;
-    Badge(Right, y_ + 6, Overall(reports_.alignments));
-    const double width = Right - Margin - 100;
-    UseFont(22, true, Ink);
-    if (!Fits(reports_.identifier, width)) UseFont(13, true, Ink);
+    UseFont(10, false, soft);
+    Text(margin, y_, 300, KindOfReport() + QStringLiteral(" report"));
+    y_ += rowHeight + 2;
+    Badge(rightEdge, y_ + 6, Overall(reports_.alignments));
+    const double width = rightEdge - margin - 100;
+    UseFont(22, true, ink);
+    if (!Fits(reports_.identifier, width)) UseFont(13, true, ink);
     const double end = y_ + 34;
-    Paragraph(Margin, width, reports_.identifier);
+    Paragraph(margin, width, reports_.identifier);
     y_ = std::max(end, y_ + 2);
-    Line(y_, Ink);
+    Line(y_, ink);
     y_ += 8;
   }
 
@@ -179,7 +179,7 @@ class Page {
   }
 
   QColor ColorOf(const QString& sector) const {
-    return SectorColors.at(static_cast<std::size_t>(numbers_.value(sector)) % SectorColors.size());
+    return sectorColors.at(static_cast<std::size_t>(numbers_.value(sector)) % sectorColors.size());
   }
 
   QString DateText(const QDateTime& time) const {
@@ -202,22 +202,22 @@ class Page {
       bearings.push_back({static_cast<double>(alignment.targetAzimuth),
                           static_cast<double>(alignment.measuredAzimuth), ColorOf(alignment.sector)});
     }
-    UseFont(7, false, Soft);
-    DrawPolarPicture(&painter_, QRectF(Right - PictureSize, top, PictureSize, PictureSize), bearings);
+    UseFont(7, false, soft);
+    DrawPolarPicture(&painter_, QRectF(rightEdge - pictureSize, top, pictureSize, pictureSize), bearings);
     DrawFacts();
-    DrawLegend(top + PictureSize);
-    UseFont(7, false, Soft);
-    Text(Right - PictureSize, top + PictureSize + 1, PictureSize,
+    DrawLegend(top + pictureSize);
+    UseFont(7, false, soft);
+    Text(rightEdge - pictureSize, top + pictureSize + 1, pictureSize,
          QStringLiteral("azimuth: dashed target, full measured"), Qt::AlignHCenter);
-    y_ = top + PictureSize + 20;
+    y_ = top + pictureSize + 20;
   }
 
   void Fact(const QString& name, const QString& value) {
-    UseFont(9, false, Soft);
-    Text(Margin, y_, 80, name);
-    UseFont(9, false, Ink);
-    Text(Margin + 84, y_, Right - PictureSize - Margin - 90, value);
-    y_ += RowHeight;
+    UseFont(9, false, soft);
+    Text(margin, y_, 80, name);
+    UseFont(9, false, ink);
+    Text(margin + 84, y_, rightEdge - pictureSize - margin - 90, value);
+    y_ += rowHeight;
   }
 
   void DrawFacts() {
@@ -266,33 +266,33 @@ class Page {
   /// In columns beside the picture; what does not fit is counted.
   void DrawLegend(double end) {
     if (reports_.kind == Kind::Path) return;
-    constexpr int Columns = 3;
-    constexpr double ColumnWidth = 110;
-    y_ += RowHeight / 2;
-    const int rows = static_cast<int>((end - y_) / RowHeight);
-    const int places = rows * Columns;
+    constexpr int columnCount = 3;
+    constexpr double columnWidth = 110;
+    y_ += rowHeight / 2;
+    const int rows = static_cast<int>((end - y_) / rowHeight);
+    const int places = rows * columnCount;
     const int count = static_cast<int>(sectors_.size());
     const int shown = count <= places ? count : places - 1;
     for (int number = 0; number < std::min(count, shown + 1); ++number) {
       const int column = number / rows;
-      const double x = Margin + column * ColumnWidth;
-      const double y = y_ + number % rows * RowHeight;
-      UseFont(9, false, Ink);
+      const double x = margin + column * columnWidth;
+      const double y = y_ + number % rows * rowHeight;
+      UseFont(9, false, ink);
       if (number == shown) {
-        Text(x, y, ColumnWidth, QStringLiteral("and %1 more").arg(count - shown));
+        Text(x, y, columnWidth, QStringLiteral("and %1 more").arg(count - shown));
         break;
       }
       const QString& sector = sectors_.at(number);
       painter_.fillRect(QRectF(x, y + 2, 10, 8), ColorOf(sector));
-      Text(x + 16, y, ColumnWidth - 20, QStringLiteral("Sector ") + sector);
+      Text(x + 16, y, columnWidth - 20, QStringLiteral("Sector ") + sector);
     }
   }
 
   void DrawAlignment(const Alignment& alignment) {
     const std::vector<Judgement> angles = Judge(alignment);
-    const double noteBegins = alignment.note.isEmpty() ? 0 : RowHeight;
-    const double height = RowHeight * (2 + static_cast<double>(angles.size())) + noteBegins + 28;
-    if (y_ + height > Bottom) StartPage();
+    const double noteBegins = alignment.note.isEmpty() ? 0 : rowHeight;
+    const double height = rowHeight * (2 + static_cast<double>(angles.size())) + noteBegins + 28;
+    if (y_ + height > bottom) StartPage();
     DrawAlignmentHeading(alignment);
     DrawAngles(angles);
     DrawCircumstances(alignment);
@@ -301,57 +301,57 @@ class Page {
   }
 
   void DrawNote(const QString& note) {
-    UseFont(9, false, Soft);
-    Text(ColumnAt.front(), y_, 50, QStringLiteral("Note"));
+    UseFont(9, false, soft);
+    Text(columnAt.front(), y_, 50, QStringLiteral("Note"));
     for (const QString& paragraph : note.split(QLatin1Char('\n'))) {
-      UseFont(9, false, Ink);
-      Paragraph(Margin + 60, Right - Margin - 60, paragraph);
+      UseFont(9, false, ink);
+      Paragraph(margin + 60, rightEdge - margin - 60, paragraph);
     }
     y_ += 4;
   }
 
   void DrawAlignmentHeading(const Alignment& alignment) {
-    painter_.fillRect(QRectF(Margin, y_, Right - Margin, 20), Band);
-    painter_.fillRect(QRectF(Margin, y_, 3, 20), ColorOf(alignment.sector));
+    painter_.fillRect(QRectF(margin, y_, rightEdge - margin, 20), band);
+    painter_.fillRect(QRectF(margin, y_, 3, 20), ColorOf(alignment.sector));
     const QString name =
         alignment.kind == Kind::Site
             ? QStringLiteral("Sector %1, position %2").arg(alignment.sector, alignment.position)
             : KindOfReport();
-    UseFont(10, true, Ink);
+    UseFont(10, true, ink);
     const bool fits = Fits(name, 230);
-    Text(ColumnAt.front(), y_ + 4, 230, fits ? name : KindOfReport());
-    UseFont(9, false, Ink);
+    Text(columnAt.front(), y_ + 4, 230, fits ? name : KindOfReport());
+    UseFont(9, false, ink);
     Text(300, y_ + 4, 160, TimeInZone(alignment.time));
-    Badge(Right - 2, y_ + 2, VerdictOf(alignment));
+    Badge(rightEdge - 2, y_ + 2, VerdictOf(alignment));
     y_ += 24;
     if (fits) return;
-    UseFont(10, true, Ink);
-    Paragraph(ColumnAt.front(), Right - ColumnAt.front(), name);
+    UseFont(10, true, ink);
+    Paragraph(columnAt.front(), rightEdge - columnAt.front(), name);
     y_ += 4;
   }
 
   void Row(const std::array<QString, 6>& cells) {
     for (std::size_t column = 0; column < cells.size(); ++column) {
       const bool number = column > 0 && column < 5;
-      Text(ColumnAt.at(column), y_, 72, cells.at(column), number ? Qt::AlignRight : Qt::AlignLeft);
-      if (column == 4) painter_.setPen(Ink);
+      Text(columnAt.at(column), y_, 72, cells.at(column), number ? Qt::AlignRight : Qt::AlignLeft);
+      if (column == 4) painter_.setPen(ink);
     }
-    y_ += RowHeight;
+    y_ += rowHeight;
   }
 
   void DrawAngles(const std::vector<Judgement>& angles) {
-    UseFont(8, false, Soft);
+    UseFont(8, false, soft);
     Row({QString(), QStringLiteral("target"), QStringLiteral("measured"), QStringLiteral("deviation"),
          QStringLiteral("threshold"), QString()});
     Line(y_ - 2);
     for (const Judgement& angle : angles) {
-      UseFont(9, false, Ink);
+      UseFont(9, false, ink);
       const QString threshold =
           angle.verdict == Verdict::None ? QStringLiteral("–") : Degrees(angle.threshold);
       Row({QLatin1String(angle.angle), Degrees(angle.target), Degrees(angle.measured),
            Degrees(angle.deviation, true), threshold, QString()});
       UseFont(9, true, VerdictColor(angle.verdict));
-      Text(ColumnAt.back() + 10, y_ - RowHeight, 80, VerdictWords(angle.verdict));
+      Text(columnAt.back() + 10, y_ - rowHeight, 80, VerdictWords(angle.verdict));
     }
     Line(y_);
     y_ += 4;
@@ -370,9 +370,9 @@ class Page {
                          .arg(static_cast<double>(alignment.pathLengthThreshold)));
       }
     }
-    UseFont(9, false, Soft);
-    const double end = y_ + RowHeight;
-    Paragraph(ColumnAt.front(), Right - ColumnAt.front(), facts.join(QStringLiteral("  ·  ")));
+    UseFont(9, false, soft);
+    const double end = y_ + rowHeight;
+    Paragraph(columnAt.front(), rightEdge - columnAt.front(), facts.join(QStringLiteral("  ·  ")));
     y_ = std::max(end, y_);
   }
 
@@ -385,17 +385,18 @@ class Page {
   }
 
   void DrawFooter() {
-    Line(PageHeight - Margin - 14);
-    UseFont(8, false, Soft);
-    Text(Margin, PageHeight - Margin - 10, 400, reports_.identifier);
-    Text(Right - 100, PageHeight - Margin - 10, 100, QStringLiteral("page %1").arg(page_), Qt::AlignRight);
+    Line(pageHeight - margin - 14);
+    UseFont(8, false, soft);
+    Text(margin, pageHeight - margin - 10, 400, reports_.identifier);
+    Text(rightEdge - 100, pageHeight - margin - 10, 100, QStringLiteral("page %1").arg(page_),
+         Qt::AlignRight);
   }
 
   void StartPage() {
     DrawFooter();
     writer_->newPage();
     ++page_;
-    y_ = Margin;
+    y_ = margin;
   }
 
   QPdfWriter* const writer_;
@@ -405,7 +406,7 @@ class Page {
   /// In the order in which they first occur, and the place of each in it.
   QStringList sectors_;
   QHash<QString, int> numbers_;
-  double y_ = Margin;
+  double y_ = margin;
   int page_ = 1;
 };
 
@@ -482,9 +483,9 @@ QString Writer::Write(const Reports& reports) {
 QString Writer::NewPath(const Reports& reports) {
   // An identifier may hold folder separators, and characters that act on a terminal, and be longer than the
   // 255 bytes that a name may have, of which some are for a number and for the name until the file is whole.
-  constexpr int Longest = 200;
+  constexpr int longest = 200;
   QString shown = Console::Printable(reports.identifier).replace(QLatin1Char('/'), QLatin1Char('_'));
-  while (shown.toUtf8().size() > Longest) shown.chop(shown.at(shown.size() - 1).isLowSurrogate() ? 2 : 1);
+  while (shown.toUtf8().size() > longest) shown.chop(shown.at(shown.size() - 1).isLowSurrogate() ? 2 : 1);
   const QString name = shown + reports.pdfName.mid(reports.identifier.size());
   QString unique = name;
   for (int number = 2; names_.contains(unique); ++number) {

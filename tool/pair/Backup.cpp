@@ -13,31 +13,32 @@
 namespace Backup {
 namespace {
 
-constexpr char MainFile[] = "main.sqlite";
-constexpr char ThresholdsFile[] = "thresholds.sqlite";
-constexpr char ManifestFile[] = "manifest.json";
-const QString Main = QStringLiteral("main");
-const QString Thresholds = QStringLiteral("thresholds");
-const QString Digest = QStringLiteral("digest");
-const QString Size = QStringLiteral("size");
-const QString Hash = QStringLiteral("sha256");
+constexpr char mainFile[] = "main.sqlite";
+constexpr char thresholdsFile[] = "thresholds.sqlite";
+constexpr char manifestFile[] = "manifest.json";
+const QString mainMember = QStringLiteral("main");
+const QString thresholdsMember = QStringLiteral("thresholds");
+const QString digestMember = QStringLiteral("digest");
+const QString sizeMember = QStringLiteral("size");
+const QString hashMember = QStringLiteral("sha256");
 
 QJsonObject PartOf(const QByteArray& path) {
   const Descriptor file(path, O_RDONLY);
   if (!file.IsOpen()) FailWithErrno(path);
-  return {{Size, SizeOf(file.Number())},
-          {Hash, QString::fromLatin1(Sha256(file.Number(), FileName::Shown(FileName::FromBytes(path))))}};
+  return {
+      {sizeMember, SizeOf(file.Number())},
+      {hashMember, QString::fromLatin1(Sha256(file.Number(), FileName::Shown(FileName::FromBytes(path))))}};
 }
 
 /// Over all the rest of the manifest.
 QString DigestOf(QJsonObject manifest) {
-  manifest.remove(Digest);
+  manifest.remove(digestMember);
   const QByteArray text = QJsonDocument(manifest).toJson(QJsonDocument::Compact);
   return QString::fromLatin1(QCryptographicHash::hash(text, QCryptographicHash::Sha256).toHex());
 }
 
 QByteArray Text(QJsonObject manifest) {
-  manifest.insert(Digest, DigestOf(manifest));
+  manifest.insert(digestMember, DigestOf(manifest));
   return QJsonDocument(manifest).toJson();
 }
 
@@ -70,14 +71,14 @@ class PartFile {
 };
 
 QJsonObject ReadManifest(const QString& folder) {
-  constexpr qint64 Largest = 1 << 16;
-  const PartFile file(folder, ManifestFile);
-  QByteArray text(int(qMin(SizeOf(file.Number()), Largest)), Qt::Uninitialized);
+  constexpr qint64 largest = 1 << 16;
+  const PartFile file(folder, manifestFile);
+  QByteArray text(int(qMin(SizeOf(file.Number()), largest)), Qt::Uninitialized);
   const bool isRead = pread(file.Number(), text.data(), std::size_t(text.size()), 0) == text.size();
   QJsonObject manifest = QJsonDocument::fromJson(text).object();
   // Also of what means the same in JSON, not a byte may be another.
   if (isRead && Text(manifest) == text) return manifest;
-  throw Failure(ShownIn(folder, ManifestFile) +
+  throw Failure(ShownIn(folder, manifestFile) +
                 QStringLiteral(": is not as 'tarnbeam-db backup' wrote it; nothing was restored"));
 }
 
@@ -110,37 +111,37 @@ void Make(const QString& mainName, const QString& thresholdsName, const QString&
                        {QStringLiteral("alignments"), summary.alignments},
                        {QStringLiteral("time"), summary.time.toString(Qt::ISODate)},
                        {QStringLiteral("programVersion"), QStringLiteral(TARNBEAM_VERSION)},
-                       {Main, PartOf(files.MainPath())}};
-  folder.Copy(files.MainPath(), MainFile);
+                       {mainMember, PartOf(files.MainPath())}};
+  folder.Copy(files.MainPath(), mainFile);
   if (files.HasThresholds()) {
-    manifest.insert(Thresholds, PartOf(files.ThresholdsPath()));
-    folder.Copy(files.ThresholdsPath(), ThresholdsFile);
+    manifest.insert(thresholdsMember, PartOf(files.ThresholdsPath()));
+    folder.Copy(files.ThresholdsPath(), thresholdsFile);
   }
-  folder.Write(Text(manifest), ManifestFile);
+  folder.Write(Text(manifest), manifestFile);
   announce(summary);
   folder.Place();
 }
 
 Checked::Checked(const QString& folder, bool asPair)
-    : files_(ShownIn(folder, MainFile), asPair ? ShownIn(folder, ThresholdsFile) : QString()) {
+    : files_(ShownIn(folder, mainFile), asPair ? ShownIn(folder, thresholdsFile) : QString()) {
   const QJsonObject manifest = ReadManifest(folder);
   said_ = {unsigned(manifest.value(QStringLiteral("version")).toInt()),
            qint64(manifest.value(QStringLiteral("alignments")).toDouble()),
            QDateTime::fromString(manifest.value(QStringLiteral("time")).toString(), Qt::ISODate)};
-  const bool isPair = manifest.contains(Thresholds);
+  const bool isPair = manifest.contains(thresholdsMember);
   if (isPair != asPair) {
     throw WrongUsage(FileName::Shown(folder) +
                      (isPair ? QStringLiteral(": holds a pair, so THRESHOLDS has to be given")
                              : QStringLiteral(": holds a main file alone: leave THRESHOLDS out")));
   }
-  CopyPart(folder, MainFile, manifest.value(Main).toObject(), files_.MainPath());
+  CopyPart(folder, mainFile, manifest.value(mainMember).toObject(), files_.MainPath());
   if (isPair) {
-    CopyPart(folder, ThresholdsFile, manifest.value(Thresholds).toObject(), files_.ThresholdsPath());
+    CopyPart(folder, thresholdsFile, manifest.value(thresholdsMember).toObject(), files_.ThresholdsPath());
   }
   files_.RequirePair();
   files_.RequireBelonging();
   if (files_.Version() != said_.version || CountAlignments(files_.Db()) != said_.alignments) {
-    throw Failure(ShownIn(folder, MainFile) +
+    throw Failure(ShownIn(folder, mainFile) +
                       QStringLiteral(": has another version or number of alignments than the manifest says; "
                                      "nothing was restored"),
                   Status::Damaged);

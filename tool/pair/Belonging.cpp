@@ -3,7 +3,7 @@
 namespace Belonging {
 
 const Tables& Of(Kind kind) {
-  static constexpr Tables Site{Kind::Site,
+  static constexpr Tables site{Kind::Site,
                                "Sites",
                                "SiteKey",
                                "SiteIdentifier",
@@ -11,7 +11,7 @@ const Tables& Of(Kind kind) {
                                "AntennaAlignmentKey",
                                "AntennaAlignmentThresholds",
                                "SiteIdentifier"};
-  static constexpr Tables Path{Kind::Path,
+  static constexpr Tables path{Kind::Path,
                                "Paths",
                                "PathKey",
                                "PathIdentifier",
@@ -19,7 +19,7 @@ const Tables& Of(Kind kind) {
                                "PathAlignmentKey",
                                "PathAlignmentThresholds",
                                "PathKey"};
-  return kind == Kind::Site ? Site : Path;
+  return kind == Kind::Site ? site : path;
 }
 
 QByteArray Joined(Kind kind, const QByteArray& columns) {

@@ -14,11 +14,11 @@ struct OfMain {
   KeyUse::Of table;
 };
 
-constexpr OfMain Unused[] = {{"sites that no alignment refers to", KeyUse::Of::Sites},
-                             {"paths that no alignment refers to", KeyUse::Of::Paths},
-                             {"orientations that no alignment refers to", KeyUse::Of::Orientations},
-                             {"locations that no alignment refers to", KeyUse::Of::Locations},
-                             {"heights that no alignment refers to", KeyUse::Of::Heights}};
+constexpr OfMain unusedRules[] = {{"sites that no alignment refers to", KeyUse::Of::Sites},
+                                  {"paths that no alignment refers to", KeyUse::Of::Paths},
+                                  {"orientations that no alignment refers to", KeyUse::Of::Orientations},
+                                  {"locations that no alignment refers to", KeyUse::Of::Locations},
+                                  {"heights that no alignment refers to", KeyUse::Of::Heights}};
 
 struct OfPair {
   const char* ofSites;
@@ -29,7 +29,7 @@ struct OfPair {
   std::vector<qint64> ThresholdsUse::*deletable;
 };
 
-constexpr OfPair Thresholds[] = {
+constexpr OfPair thresholdsRules[] = {
     {"site alignments without thresholds", "path alignments without thresholds",
      &ThresholdsUse::alignmentsWithout, Finding::Severity::Warning, nullptr},
     {"thresholds without site alignment", "thresholds without path alignment", &ThresholdsUse::rowsWithout,

@@ -18,10 +18,10 @@ namespace {
 
 void RequireMainFile(const QString& name, const Deadline& deadline) {
   const Snapshot file(name, QString(), deadline, Snapshot::Look::Version);
-  if (file.Version() == CurrentSchemaVersion) return;
+  if (file.Version() == currentSchemaVersion) return;
   throw Failure(FileName::Shown(name) + QStringLiteral(": exists and is of version ") +
                 QString::number(file.Version()) + QStringLiteral(", not ") +
-                QString::number(CurrentSchemaVersion));
+                QString::number(currentSchemaVersion));
 }
 
 bool NameTheSamePlace(const QString& one, const QString& other) {
@@ -61,7 +61,7 @@ QStringList CreateMissing(const QString& mainName, const QString& thresholdsName
   NewFile::RemoveLeftovers(FileName::ToBytes(mainName));
   NewFile::RemoveLeftovers(FileName::ToBytes(thresholdsName));
   PrivatePair fresh(shownMain, FileName::Shown(thresholdsName));
-  Versions::Create(CurrentSchemaVersion, QString::fromLocal8Bit(fresh.MainPath()),
+  Versions::Create(currentSchemaVersion, QString::fromLocal8Bit(fresh.MainPath()),
                    QString::fromLocal8Bit(fresh.ThresholdsPath()));
   fresh.RequirePair();
   std::unique_ptr<NewFile> mainFile;

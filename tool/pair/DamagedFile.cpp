@@ -8,29 +8,29 @@
 
 namespace {
 
-constexpr uchar InteriorTable = 0x05;
-constexpr uchar LeafTable = 0x0D;
-constexpr int FileHead = 100;
-constexpr int InteriorHead = 12;
-constexpr int LeafHead = 8;
-constexpr int SmallestCell = 4;
+constexpr uchar interiorTable = 0x05;
+constexpr uchar leafTable = 0x0D;
+constexpr int fileHead = 100;
+constexpr int interiorHead = 12;
+constexpr int leafHead = 8;
+constexpr int smallestCell = 4;
 /// Stands as 0 or 1 where two bytes hold a size.
-constexpr quint32 LargestPage = 65536;
-constexpr KeyRange Everywhere{};
+constexpr quint32 largestPage = 65536;
+constexpr KeyRange everywhere{};
 
 quint32 BigEndian16(const uchar* bytes) { return qFromBigEndian<quint16>(bytes); }
 quint32 BigEndian32(const uchar* bytes) { return qFromBigEndian<quint32>(bytes); }
 
-bool IsPageSize(quint32 size) { return size >= 512 && size <= LargestPage && (size & (size - 1)) == 0; }
+bool IsPageSize(quint32 size) { return size >= 512 && size <= largestPage && (size & (size - 1)) == 0; }
 
 /// A number of one to nine bytes; answers how many, 0 where they go beyond the end.
 int ReadVarint(const uchar* bytes, qint64 available, qint64* number) {
-  constexpr int Longest = 9;
+  constexpr int longest = 9;
   quint64 value = 0;
-  for (int at = 0; at < Longest && at < available; ++at) {
-    if (at == Longest - 1) {
+  for (int at = 0; at < longest && at < available; ++at) {
+    if (at == longest - 1) {
       *number = qint64(value << 8 | bytes[at]);
-      return Longest;
+      return longest;
     }
     value = value << 7 | (bytes[at] & 0x7F);
     if ((bytes[at] & 0x80) == 0) {
@@ -45,18 +45,18 @@ int ReadVarint(const uchar* bytes, qint64 available, qint64* number) {
 bool LooksLikeLeaf(const uchar* page, quint32 size) {
   const quint32 start = BigEndian16(page + 5);
   const quint32 cells = BigEndian16(page + 3);
-  if (page[0] != LeafTable || cells == 0 || LeafHead + 2 * cells > start || start >= size) return false;
+  if (page[0] != leafTable || cells == 0 || leafHead + 2 * cells > start || start >= size) return false;
   quint32 last = 0;
   for (qint64 number = 0; number < cells; ++number) {
-    last = std::max(last, BigEndian16(page + LeafHead + 2 * number));
+    last = std::max(last, BigEndian16(page + leafHead + 2 * number));
   }
   return last > size / 2 && last < size;
 }
 
 qint64 BytesOf(qint64 serialType) {
-  constexpr int Sizes[] = {0, 1, 2, 3, 4, 6, 8, 8, 0, 0};
+  constexpr int sizes[] = {0, 1, 2, 3, 4, 6, 8, 8, 0, 0};
   if (serialType < 0 || serialType == 10 || serialType == 11) return -1;
-  return serialType < 10 ? Sizes[serialType] : (serialType - 12) / 2;
+  return serialType < 10 ? sizes[serialType] : (serialType - 12) / 2;
 }
 
 StoredValue ValueOf(qint64 serialType, const QByteArray& bytes) {
@@ -107,8 +107,8 @@ class EntryShape : public RowShape {
     for (std::size_t text = 0; text < 3; ++text) {
       if (row.values[text].type != Type::Text) return false;
     }
-    static const std::set<QByteArray> Kinds{"table", "index", "view", "trigger"};
-    return row.values[3].type == Type::Integer && Kinds.count(row.values[0].bytes) == 1;
+    static const std::set<QByteArray> kinds{"table", "index", "view", "trigger"};
+    return row.values[3].type == Type::Integer && kinds.count(row.values[0].bytes) == 1;
   }
 };
 
@@ -146,8 +146,8 @@ DamagedFile::DamagedFile(const QByteArray& path) : file_(QFile::decodeName(path)
   if (size_ == 0) return;
   content_ = file_.map(0, size_);
   if (content_ == nullptr) FailWithErrno(path);
-  hasHead_ = size_ >= FileHead && std::memcmp(content_, "SQLite format 3", 16) == 0;
-  if (hasHead_) pageSize_ = BigEndian16(content_ + 16) == 1 ? LargestPage : BigEndian16(content_ + 16);
+  hasHead_ = size_ >= fileHead && std::memcmp(content_, "SQLite format 3", 16) == 0;
+  if (hasHead_) pageSize_ = BigEndian16(content_ + 16) == 1 ? largestPage : BigEndian16(content_ + 16);
   usable_ = hasHead_ ? -int(content_[20]) : 0;
   if (!IsPageSize(pageSize_)) {
     hasHead_ = false;
@@ -164,7 +164,7 @@ DamagedFile::DamagedFile(const QByteArray& path) : file_(QFile::decodeName(path)
 quint32 DamagedFile::GuessPageSize() const {
   quint32 best = 4096;
   qint64 most = 0;
-  for (quint32 size = 512; size <= LargestPage; size *= 2) {
+  for (quint32 size = 512; size <= largestPage; size *= 2) {
     qint64 bytes = 0;
     for (qint64 at = size; at + size <= size_; at += size) {
       if (LooksLikeLeaf(content_ + at, size)) bytes += size;
@@ -249,10 +249,10 @@ std::map<quint32, StoredTable> DamagedFile::StrayLeaves(const RowShape& shape) c
   std::map<quint32, StoredTable> leaves;
   for (quint32 number = 2; number <= pages_; ++number) {
     const Page page = At(number);
-    if (visited_.count(number) > 0 || freePages_.count(number) > 0 || page.bytes[0] != LeafTable) continue;
+    if (visited_.count(number) > 0 || freePages_.count(number) > 0 || page.bytes[0] != leafTable) continue;
     StoredTable leaf;
     bool any = false;
-    if (ReadLeaf(page, Everywhere, shape, &leaf, &any) && !leaf.rows.empty())
+    if (ReadLeaf(page, everywhere, shape, &leaf, &any) && !leaf.rows.empty())
       leaves.emplace(number, std::move(leaf));
   }
   return leaves;
@@ -260,17 +260,17 @@ std::map<quint32, StoredTable> DamagedFile::StrayLeaves(const RowShape& shape) c
 
 StoredTable DamagedFile::ReadTree(quint32 root, const RowShape& shape) {
   StoredTable table;
-  std::vector<Task> tasks{{root, Everywhere}};
+  std::vector<Task> tasks{{root, everywhere}};
   while (!tasks.empty()) {
     const Task task = tasks.back();
     tasks.pop_back();
     const Page page = At(task.page);
-    const int head = page.number == 1 ? FileHead : 0;
-    const uchar type = page.size > head + InteriorHead ? page.bytes[head] : 0;
+    const int head = page.number == 1 ? fileHead : 0;
+    const uchar type = page.size > head + interiorHead ? page.bytes[head] : 0;
     bool isOurs = false;
     if (visited_.count(task.page) == 0 && freePages_.count(task.page) == 0) {
-      if (type == InteriorTable) isOurs = ReadInterior(page, task.range, &tasks, &table);
-      if (type == LeafTable && !ReadLeaf(page, task.range, shape, &table, &isOurs)) {
+      if (type == interiorTable) isOurs = ReadInterior(page, task.range, &tasks, &table);
+      if (type == leafTable && !ReadLeaf(page, task.range, shape, &table, &isOurs)) {
         table.gaps.push_back(task.range);
         if (isOurs) visited_.insert(task.page);
         continue;
@@ -287,14 +287,14 @@ StoredTable DamagedFile::ReadTree(quint32 root, const RowShape& shape) {
 
 bool DamagedFile::ReadInterior(const Page& page, const KeyRange& range, std::vector<Task>* tasks,
                                StoredTable* table) const {
-  const int head = page.number == 1 ? FileHead : 0;
+  const int head = page.number == 1 ? fileHead : 0;
   const int cells = int(BigEndian16(page.bytes + head + 3));
-  const int end = head + InteriorHead + 2 * cells;
+  const int end = head + interiorHead + 2 * cells;
   if (page.size < usable_ || end > usable_) return false;
   KeyRange left{range.after, range.after};
   bool isLost = false;
   for (qint64 number = 0; number < cells; ++number) {
-    const int at = int(BigEndian16(page.bytes + head + InteriorHead + 2 * number));
+    const int at = int(BigEndian16(page.bytes + head + interiorHead + 2 * number));
     qint64 key = 0;
     const bool isRead =
         at >= end && at + 5 <= usable_ && ReadVarint(page.bytes + at + 4, usable_ - at - 4, &key) > 0;
@@ -315,17 +315,17 @@ bool DamagedFile::ReadInterior(const Page& page, const KeyRange& range, std::vec
 
 bool DamagedFile::ReadLeaf(const Page& page, const KeyRange& range, const RowShape& shape, StoredTable* table,
                            bool* any) const {
-  const int head = page.number == 1 ? FileHead : 0;
-  if (page.size < head + LeafHead) return false;
+  const int head = page.number == 1 ? fileHead : 0;
+  if (page.size < head + leafHead) return false;
   const int count = int(BigEndian16(page.bytes + head + 3));
   const int said = int(BigEndian16(page.bytes + head + 5));
-  const int start = said == 0 ? int(LargestPage) : said;
-  const int end = head + LeafHead + 2 * count;
+  const int start = said == 0 ? int(largestPage) : said;
+  const int end = head + leafHead + 2 * count;
   if (end > start || start > usable_ || end > page.size) return false;
   std::vector<Cell> cells(static_cast<std::size_t>(count));
   for (qint64 number = 0; number < count; ++number) {
     Cell& cell = cells[std::size_t(number)];
-    const int at = int(BigEndian16(page.bytes + head + LeafHead + 2 * number));
+    const int at = int(BigEndian16(page.bytes + head + leafHead + 2 * number));
     cell.isTrusted = at >= start && ReadCell(page, at, &cell) && shape.Fits(cell.row);
   }
   bool isWhole = DistrustNeighboursOfGaps(page, start, &cells) && page.size >= usable_;
@@ -366,7 +366,7 @@ bool DamagedFile::ReadCell(const Page& page, int at, Cell* cell) const {
   QByteArray payload(reinterpret_cast<const char*>(page.bytes) + at, int(local));
   at += int(local);
   const bool goesOn = size > local;
-  cell->to = std::max(at + (goesOn ? 4 : 0), cell->from + SmallestCell);
+  cell->to = std::max(at + (goesOn ? 4 : 0), cell->from + smallestCell);
   if (goesOn) {
     cell->isPlaced = true;
     if (!ReadOverflow(BigEndian32(page.bytes + at), size, &payload)) return false;
@@ -388,9 +388,9 @@ bool DamagedFile::ReadOverflow(quint32 first, qint64 size, QByteArray* payload) 
 
 /// What is neither a cell nor free may be what a damaged cell was. SQLite itself leaves three bytes at most.
 bool DamagedFile::DistrustNeighboursOfGaps(const Page& page, int from, std::vector<Cell>* cells) const {
-  constexpr int LargestFragment = 3;
+  constexpr int largestFragment = 3;
   std::vector<Cell> areas;
-  const int head = page.number == 1 ? FileHead : 0;
+  const int head = page.number == 1 ? fileHead : 0;
   const int available = int(std::min(page.size, qint64(usable_)));
   for (int block = int(BigEndian16(page.bytes + head + 1)), before = 0;
        block > before && block + 4 <= available;) {
@@ -411,7 +411,7 @@ bool DamagedFile::DistrustNeighboursOfGaps(const Page& page, int from, std::vect
   int at = from;
   bool isAccountedFor = true;
   for (Cell* const cell : sorted) {
-    if (cell->from < at || cell->from > at + LargestFragment) {
+    if (cell->from < at || cell->from > at + largestFragment) {
       isAccountedFor = false;
       cell->isTrusted = false;
       if (before != nullptr) before->isTrusted = false;
@@ -419,7 +419,7 @@ bool DamagedFile::DistrustNeighboursOfGaps(const Page& page, int from, std::vect
     at = std::max(at, cell->to);
     before = cell;
   }
-  if (at <= usable_ && at + LargestFragment >= usable_) return isAccountedFor;
+  if (at <= usable_ && at + largestFragment >= usable_) return isAccountedFor;
   if (before != nullptr) before->isTrusted = false;
   return false;
 }

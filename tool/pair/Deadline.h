@@ -10,8 +10,8 @@ class Deadline {
   /// Waits a moment; false, at once, when the time is up.
   bool Pause() const {
     if (timer_.elapsed() >= milliseconds_) return false;
-    constexpr unsigned long Moment = 20;
-    QThread::msleep(Moment);
+    constexpr unsigned long pause = 20;
+    QThread::msleep(pause);
     return true;
   }
 

@@ -13,7 +13,7 @@
 namespace {
 
 /// What is deleted has this name meanwhile: the library finds it by its name, and its own may not be UTF-8.
-const QByteArray Doomed = QByteArrayLiteral("to be deleted by tarnbeam-db");
+const QByteArray doomed = QByteArrayLiteral("to be deleted by tarnbeam-db");
 
 QByteArray Table(const char* schema, const char* table) { return QByteArray(schema) + '.' + table; }
 
@@ -49,7 +49,7 @@ class Renamed {
     Sqlite::Rows name = db.Select(QByteArray("SELECT ") + tables.ownerName + " FROM main." + tables.owners +
                                   " WHERE " + tables.ownerKey + " = ?");
     if (name.Bind(1, owner).Next()) name_ = name.Bytes(0);
-    Set(Doomed);
+    Set(doomed);
   }
   void TakeBack() { Set(name_); }
 
@@ -154,7 +154,7 @@ void Deletion::Perform(Edit* edit) const {
 }
 
 void Deletion::DeleteAll(const PrivatePair& copies) const {
-  QString name = QString::fromLatin1(Doomed);
+  QString name = QString::fromLatin1(doomed);
   const std::shared_ptr<IAlignmentDatabase> store = copies.Store();
   LibraryCall call;
   QString anySector;
@@ -166,7 +166,7 @@ void Deletion::DeleteAll(const PrivatePair& copies) const {
 
 // The library counts reports in an order of its own, in which equal ones may come either way round.
 void Deletion::DeleteOne(const PrivatePair& copies) const {
-  QString name = QString::fromLatin1(Doomed);
+  QString name = QString::fromLatin1(doomed);
   const std::shared_ptr<IAlignmentDatabase> store = copies.Store();
   LibraryCall call;
   bool deleted = false;

@@ -19,9 +19,9 @@ QByteArray JournalMode(const Sqlite& db, const QByteArray& pragma) {
   return mode.Next() ? mode.Bytes(0) : QByteArray();
 }
 
-constexpr int ReadBackSeconds = 10;
+constexpr int readBackSeconds = 10;
 /// What the change and the return to WAL mode add to a file's counter.
-constexpr quint32 ChangesOfOurs = 2;
+constexpr quint32 changesOfOurs = 2;
 
 /// The file as the connection has opened it. If it were opened in any other way, closing it would release the
 /// connection's locks.
@@ -33,10 +33,10 @@ sqlite3_file* FileOf(const Sqlite& db, const char* schema) {
 
 /// A number in the file's header that every change increments.
 quint32 ChangeCounter(const Sqlite& db, const char* schema) {
-  constexpr sqlite3_int64 At = 24;
+  constexpr sqlite3_int64 counterOffset = 24;
   std::array<unsigned char, 4> bytes{};
   sqlite3_file* const file = FileOf(db, schema);
-  if (file->pMethods->xRead(file, bytes.data(), bytes.size(), At) != SQLITE_OK) return 0;
+  if (file->pMethods->xRead(file, bytes.data(), bytes.size(), counterOffset) != SQLITE_OK) return 0;
   quint32 counter = 0;
   for (const unsigned char byte : bytes) counter = counter << 8 | byte;
   return counter;
@@ -136,10 +136,10 @@ void Edit::CopyLocked(const char* schema, const QByteArray& target) const {
   int result = file->pMethods->xFileSize(file, &size);
   const Descriptor copy(target, O_RDWR | O_CREAT | O_TRUNC, 0600);
   if (!copy.IsOpen()) FailWithErrno(target);
-  constexpr sqlite3_int64 BlockSize = 1 << 20;
-  QByteArray block(int(BlockSize), Qt::Uninitialized);
-  for (sqlite3_int64 at = 0; result == SQLITE_OK && at < size; at += BlockSize) {
-    const int count = int(std::min(BlockSize, size - at));
+  constexpr sqlite3_int64 blockSize = 1 << 20;
+  QByteArray block(int(blockSize), Qt::Uninitialized);
+  for (sqlite3_int64 at = 0; result == SQLITE_OK && at < size; at += blockSize) {
+    const int count = int(std::min(blockSize, size - at));
     result = file->pMethods->xRead(file, block.data(), count, at);
     if (result == SQLITE_OK) WriteAll(copy.Number(), block.constData(), count, target);
   }
@@ -191,7 +191,7 @@ void Edit::RequireEqual(const Sqlite& db) const {
 
 /// Over a connection of its own, so that the files are read and not what the first one has cached.
 void Edit::ReadBack() const {
-  const Deadline patience(ReadBackSeconds);
+  const Deadline patience(readBackSeconds);
   for (;;) {
     try {
       const Sqlite db(mainPath_, copies_.ShownMain());
@@ -203,7 +203,7 @@ void Edit::ReadBack() const {
       ForBoth([&](const QByteArray& /*wanted*/, const QByteArray& file) {
         db.Number("SELECT count(*) FROM " + file + ".sqlite_schema");
         const quint32 before = file == "main" ? mainCounter_ : thresholdsCounter_;
-        if (ChangeCounter(db, file.constData()) - before > ChangesOfOurs) othersCameIn = true;
+        if (ChangeCounter(db, file.constData()) - before > changesOfOurs) othersCameIn = true;
       });
       // What another program has made of the files since is not judged.
       if (!othersCameIn) RequireEqual(db);

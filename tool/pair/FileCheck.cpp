@@ -14,11 +14,11 @@ using Severity = Finding::Severity;
 
 namespace {
 
-constexpr char ForeignKeys[] = "foreign key violations";
-constexpr char UnknownVersion[] = "unknown version";
-constexpr char Differences[] = "schema differences";
-constexpr char Converted[] = "defaults and references of converted files";
-constexpr char WrongValues[] = "values of a wrong type or not finite";
+constexpr char foreignKeys[] = "foreign key violations";
+constexpr char unknownVersion[] = "unknown version";
+constexpr char differencesRule[] = "schema differences";
+constexpr char convertedRule[] = "defaults and references of converted files";
+constexpr char wrongValues[] = "values of a wrong type or not finite";
 
 QStringList Column(const Sqlite& db, const QByteArray& sql) {
   QStringList values;
@@ -74,7 +74,7 @@ QStringList WrongTypes(const Sqlite& db, const Sqlite& fresh) {
 
 FileCheck::FileCheck(PrivatePair* files) : files_(files), main_(files->MainPath(), files->ShownMain()) {
   LookAtMain();
-  const bool isEarlier = Versions::IsKnown(version_) && version_ < Versions::FirstWithThresholds;
+  const bool isEarlier = Versions::IsKnown(version_) && version_ < Versions::firstWithThresholds;
   if (!files_->HasThresholds() || isEarlier) return;
   LookAtThresholds();
   LookAtPair();
@@ -87,11 +87,11 @@ Severity FileCheck::Worst() const {
 }
 
 void FileCheck::Add(About file, const char* rule, Severity severity, const QStringList& found) {
-  constexpr int Shown = 20;
+  constexpr int mostShown = 20;
   const bool inMain = file == About::Main;
   findings_.push_back({inMain, inMain ? files_->ShownMain() : files_->ShownThresholds(),
                        QString::fromUtf8(rule), found.isEmpty() ? Severity::None : severity, found.size(),
-                       found.mid(0, Shown)});
+                       found.mid(0, mostShown)});
 }
 
 void FileCheck::Look(About file, const char* rule, Severity severity,
@@ -109,7 +109,7 @@ void FileCheck::Skip(About file, const char* rule) {
 
 bool FileCheck::LookAtFile(About file, const Sqlite& db) {
   const bool inMain = file == About::Main;
-  Look(file, Integrity, Severity::Error, [&] {
+  Look(file, integrityRule, Severity::Error, [&] {
     db.Execute("PRAGMA journal_mode = DELETE");
     // Pages are kept: the file is gone through more than once.
     db.Execute("PRAGMA cache_size = -65536");
@@ -118,7 +118,7 @@ bool FileCheck::LookAtFile(About file, const Sqlite& db) {
   const bool intact = findings_.back().severity == Severity::None;
   if (inMain) {
     // If another page is damaged than the one with the version, the version can still be read.
-    Look(file, UnknownVersion, Severity::Error, [&] {
+    Look(file, unknownVersion, Severity::Error, [&] {
       version_ = db.Number("SELECT VersionNumber FROM Version WHERE rowid = 1");
       return Versions::IsKnown(version_)
                  ? QStringList()
@@ -127,17 +127,17 @@ bool FileCheck::LookAtFile(About file, const Sqlite& db) {
     });
     if (!Versions::IsKnown(version_)) return false;
     files_->MakeFresh(static_cast<unsigned int>(version_));
-    if (intact) Look(file, ForeignKeys, Severity::Error, [&] { return ForeignKeyViolations(db); });
+    if (intact) Look(file, foreignKeys, Severity::Error, [&] { return ForeignKeyViolations(db); });
   }
   if (!Versions::IsKnown(version_)) return false;
   const Sqlite fresh(inMain ? files_->FreshMainPath() : files_->FreshThresholdsPath(),
                      QStringLiteral("a new file"));
   const bool right = LookAtSchema(file, db, fresh);
   if (!intact || !right) {
-    Skip(file, WrongValues);
+    Skip(file, wrongValues);
     return false;
   }
-  Look(file, WrongValues, Severity::Error,
+  Look(file, wrongValues, Severity::Error,
        [&] { return inMain ? WrongTypes(db, fresh) + KeysThatCannotBeRead(db) : WrongTypes(db, fresh); });
   return true;
 }
@@ -145,7 +145,7 @@ bool FileCheck::LookAtFile(About file, const Sqlite& db) {
 /// Whether everything is there that files of its version have.
 bool FileCheck::LookAtSchema(About file, const Sqlite& db, const Sqlite& fresh) {
   bool right = false;
-  Look(file, Differences, Severity::Error, [&] {
+  Look(file, differencesRule, Severity::Error, [&] {
     QStringList differences = Schema::Differences(db, fresh);
     // What is there in addition does not keep anything from being looked at.
     right = std::all_of(differences.cbegin(), differences.cend(), [](const QString& difference) {
@@ -153,19 +153,19 @@ bool FileCheck::LookAtSchema(About file, const Sqlite& db, const Sqlite& fresh) 
     });
     return differences;
   });
-  Look(file, Converted, Severity::Note, [&] { return Schema::ConvertedTables(db, fresh); });
+  Look(file, convertedRule, Severity::Note, [&] { return Schema::ConvertedTables(db, fresh); });
   return right;
 }
 
 void FileCheck::LookAtMain() {
   mainIsSound_ = LookAtFile(About::Main, main_);
   if (!mainIsSound_) {
-    for (const auto& rule : CheckRules::Unused) Skip(About::Main, rule.name);
+    for (const auto& rule : CheckRules::unusedRules) Skip(About::Main, rule.name);
     return;
   }
   const Sqlite db(files_->MainPath(), files_->ShownMain());
   used_ = std::make_unique<KeyUse>(db);
-  for (const auto& rule : CheckRules::Unused) {
+  for (const auto& rule : CheckRules::unusedRules) {
     QStringList shown;
     for (const KeyUse::Row& row : used_->Unused(db, rule.table)) shown.append(row.shown);
     Add(About::Main, rule.name, Severity::Warning, shown);
@@ -184,7 +184,7 @@ bool FileCheck::IsConverted() const {
 
 void FileCheck::LookAtPair() {
   if (!mainIsSound_ || !thresholdsAreSound_) {
-    for (const auto& rule : CheckRules::Thresholds) {
+    for (const auto& rule : CheckRules::thresholdsRules) {
       for (const char* name : {rule.ofSites, rule.ofPaths}) Skip(About::Thresholds, name);
     }
     return;
@@ -193,7 +193,7 @@ void FileCheck::LookAtPair() {
   const ThresholdsUse sites(*used_, main_, Kind::Site);
   const ThresholdsUse paths(*used_, main_, Kind::Path);
   const bool isConverted = IsConverted();
-  for (const auto& rule : CheckRules::Thresholds) {
+  for (const auto& rule : CheckRules::thresholdsRules) {
     const bool isMissing = rule.found == &ThresholdsUse::alignmentsWithout;
     const Severity severity = isMissing && isConverted ? Severity::Note : rule.severity;
     Add(About::Thresholds, rule.ofSites, severity, sites.*rule.found);

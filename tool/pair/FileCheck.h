@@ -31,7 +31,7 @@ struct Finding {
 class FileCheck {
  public:
   /// The rule that what is damaged breaks.
-  static constexpr char Integrity[] = "integrity errors";
+  static constexpr char integrityRule[] = "integrity errors";
 
   explicit FileCheck(PrivatePair* files);
 

@@ -31,8 +31,8 @@ namespace {
 /// Hands on an open file from its beginning, piece by piece.
 template <typename Take>
 void ReadContent(int from, const QString& shown, Take take) {
-  constexpr std::size_t BlockSize = 1 << 20;
-  std::vector<char> block(BlockSize);
+  constexpr std::size_t blockSize = 1 << 20;
+  std::vector<char> block(blockSize);
   for (off_t at = 0;;) {
     const ssize_t count = pread(from, block.data(), block.size(), at);
     if (count < 0 && errno == EINTR) continue;

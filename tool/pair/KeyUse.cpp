@@ -13,11 +13,11 @@ struct Table {
   const char* shownName;
 };
 
-constexpr Table Tables[] = {{"main.Sites", "SiteKey", "SiteIdentifier"},
-                            {"main.Paths", "PathKey", "PathIdentifier"},
-                            {"main.Orientation", "OrientationKey", nullptr},
-                            {"main.Geolocation", "GeolocationKey", nullptr},
-                            {"main.Height", "HeightKey", nullptr}};
+constexpr Table usedTables[] = {{"main.Sites", "SiteKey", "SiteIdentifier"},
+                                {"main.Paths", "PathKey", "PathIdentifier"},
+                                {"main.Orientation", "OrientationKey", nullptr},
+                                {"main.Geolocation", "GeolocationKey", nullptr},
+                                {"main.Height", "HeightKey", nullptr}};
 
 bool StandsBefore(const KeyUse::Owned& one, const KeyUse::Owned& other) {
   return one.alignment < other.alignment;
@@ -60,7 +60,7 @@ void KeyUse::Read(const Sqlite& db, Kind kind) {
 
 std::vector<KeyUse::Row> KeyUse::Unused(const Sqlite& db, Of table) const {
   const std::vector<qint64>& used = used_[static_cast<std::size_t>(table)];
-  const Table& of = Tables[static_cast<std::size_t>(table)];
+  const Table& of = usedTables[static_cast<std::size_t>(table)];
   std::vector<Row> unused;
   auto next = used.begin();
   const bool hasName = of.shownName != nullptr;
@@ -76,7 +76,7 @@ std::vector<KeyUse::Row> KeyUse::Unused(const Sqlite& db, Of table) const {
 }
 
 QByteArray KeyUse::Deletion(Of table) {
-  const Table& of = Tables[static_cast<std::size_t>(table)];
+  const Table& of = usedTables[static_cast<std::size_t>(table)];
   return QByteArray("DELETE FROM ") + of.name + " WHERE " + of.key + " = ?";
 }
 

@@ -13,8 +13,8 @@
 namespace {
 
 // SQLite names those of its own so, too.
-constexpr char SuperJournalSuffix[] = "-mj";
-constexpr int RandomDigits = 9;
+constexpr char superJournalSuffix[] = "-mj";
+constexpr int randomDigits = 9;
 
 /// It is of no use once neither file has a journal of its own.
 void RemoveIfAbandoned(const QByteArray& superJournal) {
@@ -37,7 +37,7 @@ void Remove(const QByteArray& mainPath, const QByteArray& thresholdsPath) {
   for (const QByteArray& path : {mainPath, thresholdsPath}) {
     if (!path.isEmpty()) NewFile::RemoveLeftovers(path);
   }
-  const QByteArray pattern = EscapedForPattern(mainPath) + SuperJournalSuffix + QByteArray(RandomDigits, '?');
+  const QByteArray pattern = EscapedForPattern(mainPath) + superJournalSuffix + QByteArray(randomDigits, '?');
   glob_t found{};
   if (glob(pattern.constData(), GLOB_NOSORT, nullptr, &found) == 0) {
     for (std::size_t number = 0; number < found.gl_pathc; ++number) RemoveIfAbandoned(found.gl_pathv[number]);
@@ -54,8 +54,8 @@ void RemoveBegunJournal(const QByteArray& path) {
 
 QByteArray NewSuperJournal(const QByteArray& mainPath) {
   const QByteArray digits =
-      QByteArray::number(QRandomGenerator::system()->generate64(), 16).toUpper().right(RandomDigits);
-  return mainPath + SuperJournalSuffix + digits.rightJustified(RandomDigits, '0');
+      QByteArray::number(QRandomGenerator::system()->generate64(), 16).toUpper().right(randomDigits);
+  return mainPath + superJournalSuffix + digits.rightJustified(randomDigits, '0');
 }
 
 }  // namespace Leftovers

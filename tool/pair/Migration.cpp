@@ -25,10 +25,10 @@ bool Convert(QString* path) {
 // The converter at index N - 1 starts from version N.
 constexpr auto Steps =
     AllConverters::Table([](auto converter) { return &Convert<typename decltype(converter)::Type>; });
-static_assert(Steps.size() == CurrentSchemaVersion - 1, "a version without its converter");
+static_assert(Steps.size() == currentSchemaVersion - 1, "a version without its converter");
 
 /// Tables whose rows every step has to carry over.
-constexpr const char* KeptTables[] = {"AntennaAlignment", "PathAlignment", "Preferences",
+constexpr const char* keptTables[] = {"AntennaAlignment", "PathAlignment", "Preferences",
                                       "SiteScreenContents", "PathScreenContents"};
 
 class Conversion {
@@ -43,7 +43,7 @@ class Conversion {
     const unsigned int from = copies_->Version();
     copies_->Close();
     QString lines;
-    for (unsigned int version = from; version < CurrentSchemaVersion; ++version) lines += RunStep(version);
+    for (unsigned int version = from; version < currentSchemaVersion; ++version) lines += RunStep(version);
     copies_->Open();
     copies_->RequireVersion();
     copies_->RequireShape();
@@ -68,7 +68,7 @@ class Conversion {
 
   QVector<qint64> Counts() const {
     QVector<qint64> counts;
-    for (const char* table : KeptTables) {
+    for (const char* table : keptTables) {
       counts.append(copies_->Db().Number(QByteArray("SELECT count(*) FROM main.") + table));
     }
     return counts;
@@ -117,7 +117,7 @@ class Conversion {
     for (int at = 0; at < after.size(); ++at) {
       if (after.at(at) >= before.at(at)) continue;
       losses.append(Console::Counted(before.at(at) - after.at(at), QStringLiteral("row")) +
-                    QStringLiteral(" of ") + QLatin1String(KeptTables[at]));
+                    QStringLiteral(" of ") + QLatin1String(keptTables[at]));
     }
     Lose(losses);
   }
@@ -149,11 +149,11 @@ void Run(const QString& mainName, const QString& thresholdsName, const Choices& 
          const Deadline& deadline) {
   Edit edit(mainName, QString(), deadline, Edit::Files::AsTheyAre);
   PrivatePair& copies = edit.Copies();
-  const bool isCurrent = copies.RequireVersion() == CurrentSchemaVersion;
+  const bool isCurrent = copies.RequireVersion() == currentSchemaVersion;
   copies.RequireShape();
   QString lines;
   if (isCurrent) {
-    lines = copies.ShownMain() + QStringLiteral(" is of version ") + QString::number(CurrentSchemaVersion) +
+    lines = copies.ShownMain() + QStringLiteral(" is of version ") + QString::number(currentSchemaVersion) +
             QStringLiteral(" already\n");
   } else {
     if (!choices.backup.isEmpty()) {

@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr char Creating[] = ".creating-";
+constexpr char creating[] = ".creating-";
 
 /// Only files are ever made in such a folder.
 void RemoveFolder(const QByteArray& path) {
@@ -47,7 +47,7 @@ NewFolder::NewFolder(const QString& name) : shown_(FileName::Shown(name)), path_
   while (path_.size() > 1 && path_.endsWith('/')) path_.chop(1);
   if (Exists(path_)) throw Failure(shown_ + QStringLiteral(": exists already"));
   RemoveLeftovers(path_);
-  beside_ = path_ + Creating + "XXXXXX";
+  beside_ = path_ + creating + "XXXXXX";
   if (mkdtemp(beside_.data()) == nullptr) FailWithErrno(shown_);
   descriptor_ = open(beside_.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   // Held as long as the run lives: what nobody holds was left by one that was killed.
@@ -78,10 +78,10 @@ void NewFolder::Write(const QByteArray& content, const char* name) const {
 }
 
 void NewFolder::Place() {
-  constexpr mode_t MayBeEntered = 0111;
+  constexpr mode_t mayBeEntered = 0111;
   // Who may read a file that is simply made may enter the folder.
   const mode_t mode = OrdinaryMode();
-  if (chmod(beside_.constData(), mode | (mode >> 2 & MayBeEntered)) != 0) FailWithErrno(shown_);
+  if (chmod(beside_.constData(), mode | (mode >> 2 & mayBeEntered)) != 0) FailWithErrno(shown_);
   Sync(beside_);
   if (!MoveFolder(beside_, path_)) FailWithErrno(shown_);
   beside_.clear();
@@ -90,7 +90,7 @@ void NewFolder::Place() {
 
 void NewFolder::RemoveLeftovers(const QByteArray& path) {
   glob_t found{};
-  if (glob((EscapedForPattern(path) + Creating + "??????").constData(), GLOB_NOSORT, nullptr, &found) == 0) {
+  if (glob((EscapedForPattern(path) + creating + "??????").constData(), GLOB_NOSORT, nullptr, &found) == 0) {
     for (std::size_t number = 0; number < found.gl_pathc; ++number) {
       const Descriptor left(found.gl_pathv[number], O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
       if (left.IsOpen() && flock(left.Number(), LOCK_EX | LOCK_NB) == 0) RemoveFolder(found.gl_pathv[number]);

@@ -5,12 +5,12 @@
 #include "tool/pair/Snapshot.h"
 
 bool IsThresholdsFile(const Sqlite& db, Has has) {
-  constexpr qint64 Tables = 3;
+  constexpr qint64 tables = 3;
   const qint64 there = db.Number(
       "SELECT total(CASE name WHEN 'Version' THEN -3 ELSE 1 END) FROM main.sqlite_schema WHERE type = "
       "'table' AND name IN ('PreferencesPathLength', 'AntennaAlignmentThresholds', "
       "'PathAlignmentThresholds', 'Version')");
-  return has == Has::AllTables ? there == Tables : there > 0;
+  return has == Has::AllTables ? there == tables : there > 0;
 }
 
 std::vector<PairNames> PairsOf(const QStringList& names, const Deadline& deadline) {

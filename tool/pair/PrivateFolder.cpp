@@ -18,11 +18,11 @@
 
 namespace {
 
-constexpr const char* Prefix = "/tarnbeam-db-";
-constexpr std::array<const char*, 6> Names = {"main",       "thresholds",      "read-main", "read-thresholds",
+constexpr const char* prefix = "/tarnbeam-db-";
+constexpr std::array<const char*, 6> names = {"main",       "thresholds",      "read-main", "read-thresholds",
                                               "fresh-main", "fresh-thresholds"};
-constexpr std::array<const char*, 4> Suffixes = {"", "-journal", "-wal", "-shm"};
-constexpr std::array<int, 4> EndingSignals = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
+constexpr std::array<const char*, 4> suffixes = {"", "-journal", "-wal", "-shm"};
+constexpr std::array<int, 4> endingSignals = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
 
 // Where the one folder of this run is; the signal handler has nowhere else to look.
 std::array<char, 4096> thisRuns{};
@@ -34,8 +34,8 @@ QByteArray TemporaryPlace() {
 
 /// Only what a signal handler may call.
 void Empty(int folder) {
-  for (const char* name : Names) {
-    for (const char* suffix : Suffixes) {
+  for (const char* name : names) {
+    for (const char* suffix : suffixes) {
       std::array<char, 64> file{};
       const auto end = std::copy_n(name, std::strlen(name), file.begin());
       std::copy_n(suffix, std::strlen(suffix), end);
@@ -59,7 +59,7 @@ void RemoveAndEnd(int signal) {
 }
 
 void WatchSignals() {
-  for (const int signal : EndingSignals) {
+  for (const int signal : endingSignals) {
     struct sigaction action {};
     if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) continue;
     action.sa_handler = RemoveAndEnd;
@@ -96,7 +96,7 @@ PrivateFolder::PrivateFolder() {
   // Another run that removes leftovers may take the folder away before it is locked; then another one is
   // made.
   while (descriptor_ < 0) {
-    path_ = place + Prefix + "XXXXXX";
+    path_ = place + prefix + "XXXXXX";
     if (path_.size() >= static_cast<int>(thisRuns.size()) || mkdtemp(path_.data()) == nullptr) {
       throw Failure(FileName::Shown(FileName::FromBytes(place)) +
                     QStringLiteral(": cannot take temporary files (") + FileName::SystemError(errno) +
@@ -118,7 +118,7 @@ PrivateFolder::~PrivateFolder() {
 }
 
 QByteArray PrivateFolder::Path(Name name) const {
-  return path_ + '/' + Names.at(static_cast<std::size_t>(name));
+  return path_ + '/' + names.at(static_cast<std::size_t>(name));
 }
 
 bool PrivateFolder::Holds(const char* path) {
@@ -132,7 +132,7 @@ void PrivateFolder::RemoveLeftovers() {
   DIR* const folder = opendir(place.constData());
   if (folder == nullptr) return;
   while (const dirent* entry = readdir(folder)) {
-    if (std::strncmp(entry->d_name, Prefix + 1, std::strlen(Prefix) - 1) != 0) continue;
+    if (std::strncmp(entry->d_name, prefix + 1, std::strlen(prefix) - 1) != 0) continue;
     RemoveIfAbandoned(place + '/' + entry->d_name);
   }
   closedir(folder);

@@ -104,7 +104,7 @@ void PrivatePair::RequireShape() {
 }
 
 void PrivatePair::RequireOperandsOf(qint64 version) const {
-  const bool needsThresholds = version >= Versions::FirstWithThresholds;
+  const bool needsThresholds = version >= Versions::firstWithThresholds;
   if (!Versions::IsKnown(version) || needsThresholds == HasThresholds()) return;
   throw WrongUsage(shownMain_ + QStringLiteral(": is of version ") + QString::number(version) +
                    (needsThresholds
@@ -120,10 +120,10 @@ void PrivatePair::RequirePair() {
 
 void PrivatePair::RequireCurrentPair() {
   Open();
-  if (RequireVersion() != CurrentSchemaVersion) {
+  if (RequireVersion() != currentSchemaVersion) {
     throw Failure(shownMain_ + QStringLiteral(": is of version ") + QString::number(version_) +
                   QStringLiteral("; 'tarnbeam-db migrate' brings it to version ") +
-                  QString::number(CurrentSchemaVersion));
+                  QString::number(currentSchemaVersion));
   }
   RequireShape();
   RequireBelonging();

@@ -18,23 +18,23 @@ namespace {
                 Status::Damaged);
 }
 
-const QString Salvage = QStringLiteral("'tarnbeam-db salvage' reads what can be read into new files");
+const QString salvageHint = QStringLiteral("'tarnbeam-db salvage' reads what can be read into new files");
 
-bool IsOfIntegrity(const Finding& finding) { return finding.rule == QLatin1String(FileCheck::Integrity); }
+bool IsOfIntegrity(const Finding& finding) { return finding.rule == QLatin1String(FileCheck::integrityRule); }
 
 /// Refuses what is not damage, and damage too unless it is `allowed`.
 void RequireNoErrors(const PrivatePair& copies, const FileCheck& check, bool allowDamage) {
-  if (Versions::IsKnown(check.Version()) && check.Version() < Versions::FirstWithThresholds) {
+  if (Versions::IsKnown(check.Version()) && check.Version() < Versions::firstWithThresholds) {
     Refuse(copies.ShownMain(), QStringLiteral("is of version ") + QString::number(check.Version()),
            QStringLiteral("'tarnbeam-db migrate' brings it to version ") +
-               QString::number(CurrentSchemaVersion));
+               QString::number(currentSchemaVersion));
   }
   for (const Finding& finding : check.Findings()) {
     if (finding.severity != Finding::Severity::Error || (allowDamage && IsOfIntegrity(finding))) continue;
     Refuse(finding.shownFile,
            finding.rule + QStringLiteral(" (") +
                Console::Printable(finding.keys.first().section(QLatin1Char('\n'), -1)) + QLatin1Char(')'),
-           Salvage);
+           salvageHint);
   }
 }
 
@@ -69,12 +69,12 @@ void ReplaceIndices(const Sqlite& db) {
 
 /// Whether rows could be on a page.
 bool IsPageOfTable(const QByteArray& path, qint64 number, qint64 pageSize) {
-  constexpr char Interior = 0x05;
-  constexpr char Leaf = 0x0D;
+  constexpr char interior = 0x05;
+  constexpr char leaf = 0x0D;
   char type = 0;
   const Descriptor file(path, O_RDONLY);
-  return !file.IsOpen() || pread(file.Number(), &type, 1, (number - 1) * pageSize) != 1 || type == Interior ||
-         type == Leaf;
+  return !file.IsOpen() || pread(file.Number(), &type, 1, (number - 1) * pageSize) != 1 || type == interior ||
+         type == leaf;
 }
 
 /// With all indices sound, nothing may be wrong but pages that were those of the indices before.
@@ -88,7 +88,8 @@ void RequireSoundTables(const QByteArray& path, const QString& shown) {
       if (line == QLatin1String("ok") || line.startsWith(QLatin1String("***"))) continue;
       const QRegularExpressionMatch unused = unusedPage.match(line);
       if (unused.hasMatch() && !IsPageOfTable(path, unused.captured(1).toLongLong(), pageSize)) continue;
-      Refuse(shown, QStringLiteral("is damaged (") + Console::Printable(line) + QLatin1Char(')'), Salvage);
+      Refuse(shown, QStringLiteral("is damaged (") + Console::Printable(line) + QLatin1Char(')'),
+             salvageHint);
     }
   }
 }
@@ -121,7 +122,7 @@ void RebuildIndices(const QByteArray& path, const QString& shown, const QByteArr
     RequireSoundTables(path, shown);
     CopyTables(path, shown, fresh);
   } catch (const Damage& damage) {
-    Refuse(shown, damage.Reason(), Salvage);
+    Refuse(shown, damage.Reason(), salvageHint);
   }
 }
 
@@ -137,14 +138,14 @@ void RemoveRows(const PrivatePair& copies, std::vector<Deed>* deeds) {
   const Sqlite& db = copies.Db();
   const KeyUse used(db);
   db.Execute("BEGIN");
-  for (const CheckRules::OfMain& rule : CheckRules::Unused) {
+  for (const CheckRules::OfMain& rule : CheckRules::unusedRules) {
     const std::vector<KeyUse::Row> unused = used.Unused(db, rule.table);
     for (const KeyUse::Row& row : unused) Delete(db, KeyUse::Deletion(rule.table), row.key);
     Report(copies.ShownMain(), rule.name, unused.size(), deeds);
   }
   const ThresholdsUse sites(used, db, Kind::Site);
   const ThresholdsUse paths(used, db, Kind::Path);
-  for (const CheckRules::OfPair& rule : CheckRules::Thresholds) {
+  for (const CheckRules::OfPair& rule : CheckRules::thresholdsRules) {
     if (rule.deletable == nullptr) continue;
     for (const qint64 row : sites.*rule.deletable) Delete(db, ThresholdsUse::Deletion(Kind::Site), row);
     Report(copies.ShownThresholds(), rule.ofSites, (sites.*rule.deletable).size(), deeds);

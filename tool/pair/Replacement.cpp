@@ -19,10 +19,10 @@ namespace {
 
 // Of a rollback journal as SQLite documents it. Its pages need not be those of the database, so they are the
 // smallest, which every length of a file is a multiple of, or nearly.
-constexpr char JournalMagic[] = "\xd9\xd5\x05\xf9\x20\xa1\x63\xd7";
-constexpr int PageSize = 512;
-constexpr qint64 PendingByte = 0x40000000;
-constexpr qint64 PendingPage = PendingByte / PageSize + 1;
+constexpr char journalMagic[] = "\xd9\xd5\x05\xf9\x20\xa1\x63\xd7";
+constexpr int pageSize = 512;
+constexpr qint64 pendingByte = 0x40000000;
+constexpr qint64 pendingPage = pendingByte / pageSize + 1;
 
 QByteArray BigEndian(quint32 number) {
   QByteArray bytes(4, '\0');
@@ -32,8 +32,8 @@ QByteArray BigEndian(quint32 number) {
 
 /// What SQLite adds up of a page, so that one that was half written is told.
 quint32 Checksum(quint32 nonce, const QByteArray& page) {
-  constexpr int Stride = 200;
-  for (int at = PageSize - Stride; at > 0; at -= Stride) nonce += static_cast<unsigned char>(page.at(at));
+  constexpr int stride = 200;
+  for (int at = pageSize - stride; at > 0; at -= stride) nonce += static_cast<unsigned char>(page.at(at));
   return nonce;
 }
 
@@ -49,17 +49,17 @@ void GiveModeOf(int file, int journal, const QByteArray& name) {
 
 /// One for each page of the file; answers how many.
 quint32 WriteRecords(int file, qint64 pages, quint32 nonce, int journal, const QByteArray& name) {
-  constexpr int EnoughToWrite = 1 << 20;
+  constexpr int enoughToWrite = 1 << 20;
   quint32 records = 0;
   QByteArray block;
   for (qint64 page = 1; page <= pages; ++page) {
-    if (page == PendingPage) continue;
-    std::array<char, PageSize> content{};
-    if (pread(file, content.data(), content.size(), (page - 1) * PageSize) < 0) FailWithErrno(name);
-    const QByteArray bytes(content.data(), PageSize);
+    if (page == pendingPage) continue;
+    std::array<char, pageSize> content{};
+    if (pread(file, content.data(), content.size(), (page - 1) * pageSize) < 0) FailWithErrno(name);
+    const QByteArray bytes(content.data(), pageSize);
     block += BigEndian(quint32(page)) + bytes + BigEndian(Checksum(nonce, bytes));
     ++records;
-    if (block.size() < EnoughToWrite && page != pages) continue;
+    if (block.size() < enoughToWrite && page != pages) continue;
     WriteAll(journal, block.constData(), block.size(), name);
     block.clear();
   }
@@ -70,8 +70,8 @@ QByteArray SuperJournalRecord(const QByteArray& superJournal) {
   if (superJournal.isEmpty()) return {};
   quint32 sum = 0;
   for (const char character : superJournal) sum += static_cast<quint32>(character);
-  return BigEndian(quint32(PendingPage)) + superJournal + BigEndian(quint32(superJournal.size())) +
-         BigEndian(sum) + QByteArray(JournalMagic, 8);
+  return BigEndian(quint32(pendingPage)) + superJournal + BigEndian(quint32(superJournal.size())) +
+         BigEndian(sum) + QByteArray(journalMagic, 8);
 }
 
 /// Writes what the file holds into a journal beside it. Its head comes last: until it stands the journal
@@ -82,14 +82,14 @@ void WriteJournal(const QByteArray& path, int file, const QByteArray& superJourn
   if (!journal.IsOpen()) FailWithErrno(name);
   GiveModeOf(file, journal.Number(), name);
   const quint32 nonce = QRandomGenerator::system()->generate();
-  const qint64 pages = (SizeOf(file) + PageSize - 1) / PageSize;
-  WriteAll(journal.Number(), QByteArray(PageSize, '\0').constData(), PageSize, name);
+  const qint64 pages = (SizeOf(file) + pageSize - 1) / pageSize;
+  WriteAll(journal.Number(), QByteArray(pageSize, '\0').constData(), pageSize, name);
   const quint32 records = WriteRecords(file, pages, nonce, journal.Number(), name);
   const QByteArray last = SuperJournalRecord(superJournal);
   WriteAll(journal.Number(), last.constData(), last.size(), name);
   if (fsync(journal.Number()) != 0) FailWithErrno(name);
-  const QByteArray head = QByteArray(JournalMagic, 8) + BigEndian(records) + BigEndian(nonce) +
-                          BigEndian(quint32(pages)) + BigEndian(PageSize) + BigEndian(PageSize);
+  const QByteArray head = QByteArray(journalMagic, 8) + BigEndian(records) + BigEndian(nonce) +
+                          BigEndian(quint32(pages)) + BigEndian(pageSize) + BigEndian(pageSize);
   if (pwrite(journal.Number(), head.constData(), std::size_t(head.size()), 0) != head.size() ||
       fsync(journal.Number()) != 0) {
     FailWithErrno(name);

@@ -19,7 +19,7 @@ namespace {
 using Belonging::Tables;
 
 /// The one site or path under which the library is made to find all that is to be read.
-const QByteArray Everything = QByteArrayLiteral("everything");
+const QByteArray everythingRead = QByteArrayLiteral("everything");
 
 /// The library looks through all alignments for each site, so reading one after the other takes time that
 /// grows with the square. In a second copy all that is to be read belongs to one site, which is asked for
@@ -79,10 +79,12 @@ class Gathered {
     move.Bind(1, everything);
     if (onlyOwner != nullptr) move.Bind(2, *onlyOwner);
     move.Next();
-    db_->Select("DELETE FROM " + owners + " WHERE " + tables_.ownerName + " = ?").Bind(1, Everything).Next();
+    db_->Select("DELETE FROM " + owners + " WHERE " + tables_.ownerName + " = ?")
+        .Bind(1, everythingRead)
+        .Next();
     db_->Select("INSERT INTO " + owners + " (" + owner + ", " + tables_.ownerName + ") VALUES (?, ?)")
         .Bind(1, everything)
-        .Bind(2, Everything)
+        .Bind(2, everythingRead)
         .Next();
   }
 
@@ -102,7 +104,7 @@ std::vector<Alignment> Take(const Container& records) {
 std::vector<Alignment> ReadGathered(const PrivatePair& files, Kind kind, const Gathered& gathered) {
   const QString failed = files.ShownMain() + QStringLiteral(": the alignments cannot be read");
   const std::shared_ptr<IAlignmentDatabase> store = gathered.Store();
-  QString identifier = QString::fromLatin1(Everything);
+  QString identifier = QString::fromLatin1(everythingRead);
   LibraryCall call;
   if (kind == Kind::Site) {
     const std::unique_ptr<AntennaAlignmentPdfReportData> container(

@@ -22,7 +22,7 @@ namespace {
 using Type = StoredValue::Type;
 
 /// Read before all others.
-constexpr char VersionTable[] = "Version";
+constexpr char versionTable[] = "Version";
 
 StoredValue Integer(qint64 number) {
   StoredValue value;
@@ -39,7 +39,7 @@ class Source {
     const DamagedFile fresh(freshPath);
     std::map<QByteArray, DamagedFile::Wanted> wanted;
     for (const auto& [name, shape] : shapes_) {
-      if (name == VersionTable) continue;
+      if (name == versionTable) continue;
       const auto usual = fresh.Schema().find(name);
       wanted[name] = {&shape, usual == fresh.Schema().end() ? 0 : usual->second.root};
     }
@@ -123,17 +123,17 @@ double Number(const std::map<QByteArray, StoredValue>& values, const char* colum
 
 /// What the steps to the current version make of values that mean something else there.
 void BringForward(unsigned int version, const QByteArray& table, std::map<QByteArray, StoredValue>* values) {
-  constexpr unsigned int LastWithOldGps = 5;
-  constexpr double Tolerance = 0.00001;
-  if (table == "Height" && version <= LastWithOldGps && values->at("HeightType").integer == 1) {
+  constexpr unsigned int lastWithOldGps = 5;
+  constexpr double tolerance = 0.00001;
+  if (table == "Height" && version <= lastWithOldGps && values->at("HeightType").integer == 1) {
     (*values)["HeightType"] = Integer(int(HeightSource::Gps));
   }
   if (table != "Preferences" || version > 1) return;
-  const auto isZero = [&](const char* column) { return std::fabs(Number(*values, column)) <= Tolerance; };
+  const auto isZero = [&](const char* column) { return std::fabs(Number(*values, column)) <= tolerance; };
   const bool isAsMade = isZero("AccelerometerXOffset") && isZero("AccelerometerYOffset") &&
                         isZero("AccelerometerZOffset") &&
-                        std::fabs(Number(*values, "AccelerometerXGain") - 1) <= Tolerance &&
-                        std::fabs(Number(*values, "AccelerometerZGain")) <= 1 + Tolerance;
+                        std::fabs(Number(*values, "AccelerometerXGain") - 1) <= tolerance &&
+                        std::fabs(Number(*values, "AccelerometerZGain")) <= 1 + tolerance;
   (*values)["AccelerometerCalibrated"] = Integer(isAsMade ? 0 : 1);
   (*values)["AutoShutoffDelay"] = Integer(1);
 }
@@ -197,7 +197,7 @@ class Rescue {
 
   QString Account() const {
     QString lines = ReadLines(main_) + (thresholds_ != nullptr ? ReadLines(*thresholds_) : QString());
-    if (thresholds_ == nullptr && version_ >= Versions::FirstWithThresholds) {
+    if (thresholds_ == nullptr && version_ >= Versions::firstWithThresholds) {
       lines += QStringLiteral("without a thresholds file: all alignments that are kept have no thresholds\n");
     }
     return lines + losses_ + Console::Counted(kept_, QStringLiteral("alignment")) +
@@ -365,27 +365,27 @@ class Rescue {
 
 /// The version record, or else the columns that only later versions have.
 unsigned int VersionOf(DamagedFile* file, const PrivatePair& pair, bool hasThresholds, const QString& shown) {
-  const TableShape shape(Sqlite(pair.MainPath(), shown), VersionTable);
-  constexpr quint32 UsualRoot = 2;
-  const std::map<QByteArray, StoredTable> read = file->Read({{VersionTable, {&shape, UsualRoot}}});
-  const auto& rows = read.at(VersionTable).rows;
+  const TableShape shape(Sqlite(pair.MainPath(), shown), versionTable);
+  constexpr quint32 usualRoot = 2;
+  const std::map<QByteArray, StoredTable> read = file->Read({{versionTable, {&shape, usualRoot}}});
+  const auto& rows = read.at(versionTable).rows;
   if (!rows.empty()) {
     const qint64 version = rows.begin()->second.values.at(0).integer;
     if (Versions::IsKnown(version)) return unsigned(version);
-    if (rows.size() == 1 && read.at(VersionTable).gaps.empty()) Versions::RequireKnown(version, shown);
+    if (rows.size() == 1 && read.at(versionTable).gaps.empty()) Versions::RequireKnown(version, shown);
   }
   const auto preferences = file->Schema().find("Preferences");
   if (preferences != file->Schema().end() && !preferences->second.sql.isEmpty()) {
-    constexpr const char* LastColumns[] = {"UserTechId", "GeoidFormat",          "RollPrecision",
+    constexpr const char* lastColumns[] = {"UserTechId", "GeoidFormat",          "RollPrecision",
                                            "Language",   "BluetoothDisplayName", "AccelerometerCalibrated"};
-    unsigned int version = CurrentSchemaVersion;
-    for (const char* column : LastColumns) {
+    unsigned int version = currentSchemaVersion;
+    for (const char* column : lastColumns) {
       if (preferences->second.sql.contains(column)) return version;
       --version;
     }
     return version;
   }
-  if (hasThresholds) return CurrentSchemaVersion;
+  if (hasThresholds) return currentSchemaVersion;
   throw Failure(
       shown + QStringLiteral(": neither its version nor its tables can be made out; if it is of version 7, "
                              "give THRESHOLDS"),
@@ -448,13 +448,13 @@ QString Run(const Files& files, const Deadline& deadline) {
   PrivateFolder::RemoveLeftovers();
   PrivatePair fresh(FileName::Shown(files.newMain), FileName::Shown(files.newThresholds));
   CopySources(files, fresh, deadline);
-  Versions::Create(CurrentSchemaVersion, QString::fromLocal8Bit(fresh.MainPath()),
+  Versions::Create(currentSchemaVersion, QString::fromLocal8Bit(fresh.MainPath()),
                    QString::fromLocal8Bit(fresh.ThresholdsPath()));
   fresh.RequirePair();
   const bool hasThresholds = !files.thresholds.isEmpty();
   DamagedFile mainFile(fresh.Folder().Path(PrivateFolder::Name::ReadMain));
   const unsigned int version = VersionOf(&mainFile, fresh, hasThresholds, shown);
-  if (hasThresholds && version < Versions::FirstWithThresholds) {
+  if (hasThresholds && version < Versions::firstWithThresholds) {
     throw WrongUsage(shown + QStringLiteral(": is of version ") + QString::number(version) +
                      QStringLiteral(", which has no thresholds file: leave THRESHOLDS out"));
   }

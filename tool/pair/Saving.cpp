@@ -12,7 +12,7 @@ struct Growth {
   int perPath;
 };
 
-constexpr std::array<Growth, 7> Growths = {{{"main.AntennaAlignment", 1, 0},
+constexpr std::array<Growth, 7> growths = {{{"main.AntennaAlignment", 1, 0},
                                             {"main.PathAlignment", 0, 1},
                                             {"main.Orientation", 2, 2},
                                             {"main.Geolocation", 1, 2},
@@ -108,8 +108,8 @@ Saving::Saving(const PrivatePair& copies)
 
 Saving::Counts Saving::Count() const {
   Counts counts{};
-  for (std::size_t at = 0; at < Growths.size(); ++at) {
-    counts.at(at) = copies_.Db().Number(QByteArray("SELECT count(*) FROM ") + Growths.at(at).table);
+  for (std::size_t at = 0; at < growths.size(); ++at) {
+    counts.at(at) = copies_.Db().Number(QByteArray("SELECT count(*) FROM ") + growths.at(at).table);
   }
   return counts;
 }
@@ -136,8 +136,8 @@ void Saving::RequireAllKept() {
 
 void Saving::RequireRows() const {
   const Counts after = Count();
-  for (std::size_t at = 0; at < Growths.size(); ++at) {
-    const Growth& growth = Growths.at(at);
+  for (std::size_t at = 0; at < growths.size(); ++at) {
+    const Growth& growth = growths.at(at);
     const qint64 wanted = static_cast<qint64>(sites_.size()) * growth.perSite +
                           static_cast<qint64>(paths_.size()) * growth.perPath;
     const qint64 found = after.at(at) - before_.at(at);

@@ -18,8 +18,8 @@ class Saving {
   void RequireAllKept();
 
  private:
-  static constexpr std::size_t TableCount = 7;
-  using Counts = std::array<qint64, TableCount>;
+  static constexpr std::size_t tableCount = 7;
+  using Counts = std::array<qint64, tableCount>;
   /// Where the rows of a kind end, in both files.
   struct Ends {
     qint64 alignments;

@@ -18,8 +18,8 @@ QString ShownOrEmpty(const QString& name) { return name.isEmpty() ? QString() : 
 
 /// Heights by GPS have another number in earlier versions.
 HeightSource SourceIn(unsigned int version, HeightSource source) {
-  constexpr unsigned int LastWithOldNumber = 5;
-  const bool isOldGps = version <= LastWithOldNumber && source == static_cast<HeightSource>(1);
+  constexpr unsigned int lastWithOldNumber = 5;
+  const bool isOldGps = version <= lastWithOldNumber && source == static_cast<HeightSource>(1);
   return isOldGps ? HeightSource::Gps : source;
 }
 

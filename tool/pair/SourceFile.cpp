@@ -16,14 +16,14 @@
 namespace {
 
 // Where SQLite has its locks in a database file, and in the index of a write-ahead log.
-constexpr off_t PendingByte = 0x40000000;
-constexpr off_t ReservedByte = PendingByte + 1;
-constexpr off_t SharedFirst = PendingByte + 2;
-constexpr off_t SharedSize = 510;
-constexpr off_t LogCheckpointLock = 121;
-constexpr off_t LogFirstReaderLock = 124;
+constexpr off_t pendingByte = 0x40000000;
+constexpr off_t reservedByte = pendingByte + 1;
+constexpr off_t sharedFirst = pendingByte + 2;
+constexpr off_t sharedSize = 510;
+constexpr off_t logCheckpointLock = 121;
+constexpr off_t logFirstReaderLock = 124;
 
-constexpr std::array<char, 8> JournalMagic = {'\xd9', '\xd5', '\x05', '\xf9', '\x20', '\xa1', '\x63', '\xd7'};
+constexpr std::array<char, 8> journalMagic = {'\xd9', '\xd5', '\x05', '\xf9', '\x20', '\xa1', '\x63', '\xd7'};
 
 bool ReadAt(int descriptor, off_t at, char* to, std::size_t size) {
   return pread(descriptor, to, size, at) == static_cast<ssize_t>(size);
@@ -89,17 +89,17 @@ bool LockExclusively(int descriptor, const QString& shown) {
   struct flock lock {};
   lock.l_type = F_WRLCK;
   lock.l_whence = SEEK_SET;
-  lock.l_start = PendingByte;
-  lock.l_len = SharedFirst + SharedSize - PendingByte;
+  lock.l_start = pendingByte;
+  lock.l_len = sharedFirst + sharedSize - pendingByte;
   if (fcntl(descriptor, F_SETLK, &lock) == 0) return true;
   if (errno != EACCES && errno != EAGAIN) FailWithErrno(shown);
   return false;
 }
 
 bool SourceFile::TryLock() {
-  if (!LockBytes(F_RDLCK, PendingByte, 1)) return false;
-  const bool locked = LockBytes(F_RDLCK, SharedFirst, SharedSize);
-  LockBytes(F_UNLCK, PendingByte, 1);
+  if (!LockBytes(F_RDLCK, pendingByte, 1)) return false;
+  const bool locked = LockBytes(F_RDLCK, sharedFirst, sharedSize);
+  LockBytes(F_UNLCK, pendingByte, 1);
   return locked;
 }
 
@@ -108,27 +108,27 @@ bool SourceFile::IsLockedByOthers(const QByteArray& path) {
   struct flock lock {};
   lock.l_type = F_WRLCK;
   lock.l_whence = SEEK_SET;
-  lock.l_start = PendingByte;
-  lock.l_len = SharedFirst + SharedSize - PendingByte;
+  lock.l_start = pendingByte;
+  lock.l_len = sharedFirst + sharedSize - pendingByte;
   return file.IsOpen() && fcntl(file.Number(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
 void SourceFile::Unlock() {
   if (logIndex_ >= 0) close(logIndex_);
   logIndex_ = -1;
-  LockBytes(F_UNLCK, SharedFirst, SharedSize);
+  LockBytes(F_UNLCK, sharedFirst, sharedSize);
 }
 
 // The name stands at the journal's end, before its length, the sum of its characters and the magic.
 QByteArray SourceFile::SuperJournal(int journal, off_t size) const {
-  constexpr off_t TailSize = 16;
-  std::array<char, TailSize> tail{};
-  if (size < TailSize || !ReadAt(journal, size - TailSize, tail.data(), tail.size())) return {};
-  if (std::memcmp(tail.data() + 8, JournalMagic.data(), JournalMagic.size()) != 0) return {};
+  constexpr off_t tailSize = 16;
+  std::array<char, tailSize> tail{};
+  if (size < tailSize || !ReadAt(journal, size - tailSize, tail.data(), tail.size())) return {};
+  if (std::memcmp(tail.data() + 8, journalMagic.data(), journalMagic.size()) != 0) return {};
   const quint32 length = BigEndian(tail.data());
-  if (length == 0 || length > PATH_MAX || static_cast<off_t>(length) > size - TailSize) return {};
+  if (length == 0 || length > PATH_MAX || static_cast<off_t>(length) > size - tailSize) return {};
   QByteArray name(static_cast<int>(length), '\0');
-  if (!ReadAt(journal, size - TailSize - static_cast<off_t>(length), name.data(), length)) return {};
+  if (!ReadAt(journal, size - tailSize - static_cast<off_t>(length), name.data(), length)) return {};
   quint32 sum = BigEndian(tail.data() + 4);
   for (const char character : qAsConst(name)) sum -= static_cast<quint32>(character);
   return sum == 0 ? name : QByteArray();
@@ -142,7 +142,7 @@ void SourceFile::LookAtJournal() {
   struct flock reserved {};
   reserved.l_type = F_WRLCK;
   reserved.l_whence = SEEK_SET;
-  reserved.l_start = ReservedByte;
+  reserved.l_start = reservedByte;
   reserved.l_len = 1;
   if (fcntl(descriptor_, F_GETLK, &reserved) != 0) FailWithErrno(shown_);
   if (reserved.l_type != F_UNLCK) return;
@@ -165,7 +165,7 @@ bool SourceFile::LockLog() {
   const QByteArray path = path_ + "-shm";
   logIndex_ = open(path.constData(), O_RDONLY | O_CLOEXEC);
   if (logIndex_ < 0) return true;
-  for (const off_t byte : {LogCheckpointLock, LogFirstReaderLock}) {
+  for (const off_t byte : {logCheckpointLock, logFirstReaderLock}) {
     struct flock lock {};
     lock.l_type = F_RDLCK;
     lock.l_whence = SEEK_SET;
@@ -192,8 +192,8 @@ bool SourceFile::Copy(const QByteArray& target) {
     if (namesSuperJournal_) {
       // It was decided here that the change is undone; the copy must not ask again.
       const Descriptor copy(target + "-journal", O_WRONLY);
-      constexpr std::array<char, 8> Nothing{};
-      if (pwrite(copy.Number(), Nothing.data(), Nothing.size(), SizeOf(copy.Number()) - 8) != 8) {
+      constexpr std::array<char, 8> nothing{};
+      if (pwrite(copy.Number(), nothing.data(), nothing.size(), SizeOf(copy.Number()) - 8) != 8) {
         FailWithErrno(FileName::Shown(FileName::FromBytes(target)));
       }
     }

@@ -27,7 +27,7 @@ constexpr auto Creators =
 
 namespace Versions {
 
-bool IsKnown(qint64 version) { return version >= 1 && version <= qint64(CurrentSchemaVersion); }
+bool IsKnown(qint64 version) { return version >= 1 && version <= qint64(currentSchemaVersion); }
 
 std::shared_ptr<IAlignmentDatabase> Open(unsigned int version, const QString& mainPath,
                                          const QString& thresholdsPath) {
@@ -43,10 +43,10 @@ void Create(unsigned int version, const QString& mainPath, const QString& thresh
 void RequireKnown(qint64 version, const QString& shownMain) {
   if (IsKnown(version)) return;
   QString text = shownMain + QStringLiteral(": is of version ") + QString::number(version);
-  text += version > qint64(CurrentSchemaVersion)
+  text += version > qint64(currentSchemaVersion)
               ? QStringLiteral(", newer than this program knows (")
               : QStringLiteral(", which this program does not know (1 to ");
-  throw Failure(text + QString::number(CurrentSchemaVersion) + QLatin1Char(')'), Status::Damaged);
+  throw Failure(text + QString::number(currentSchemaVersion) + QLatin1Char(')'), Status::Damaged);
 }
 
 }  // namespace Versions

@@ -9,7 +9,7 @@
 namespace Versions {
 
 /// Version 7 brought the thresholds file.
-constexpr unsigned int FirstWithThresholds = 7;
+constexpr unsigned int firstWithThresholds = 7;
 
 bool IsKnown(qint64 version);
 

@@ -79,9 +79,9 @@ TEST(DiffTest, OfDoubledOnesAsManyAreLeftAsThereAreMore) {
 
 // Comparing each with each would take for ever here.
 TEST(DiffTest, ManyOfOneMomentAreMatchedInProportion) {
-  constexpr int Count = 50'000;
+  constexpr int count = 50'000;
   std::vector<Alignment> first;
-  for (int number = 0; number < Count; ++number) first.push_back(Site("A", static_cast<float>(number)));
+  for (int number = 0; number < count; ++number) first.push_back(Site("A", static_cast<float>(number)));
   std::vector<Alignment> second(first.rbegin(), first.rend());
   second.back().measuredTilt = -1;
   const AlignmentDiff diff(first, second);

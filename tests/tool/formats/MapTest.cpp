@@ -13,9 +13,9 @@ namespace {
 
 // The ends of geodesics are GeodSolve's, the distances in degrees at most a centimetre.
 void ExpectNear(const MapPoint& point, double longitude, double latitude) {
-  constexpr double Centimetre = 0.9e-7;
-  EXPECT_NEAR(point.latitude, latitude, Centimetre);
-  EXPECT_NEAR(point.longitude, longitude, Centimetre / std::cos(latitude * 3.14159265358979 / 180));
+  constexpr double centimetre = 0.9e-7;
+  EXPECT_NEAR(point.latitude, latitude, centimetre);
+  EXPECT_NEAR(point.longitude, longitude, centimetre / std::cos(latitude * 3.14159265358979 / 180));
 }
 
 void ExpectSame(const MapPoint& point, double longitude, double latitude) {

@@ -91,20 +91,20 @@ TEST(MergePlanTest, WhatIsLikeOneOfSeveralIsInNoConflict) {
 
 // Comparing each with each would take for ever here.
 TEST(MergePlanTest, ManyOfOneMomentAreTakenInProportion) {
-  constexpr int Count = 50'000;
+  constexpr int count = 50'000;
   std::vector<Alignment> there;
-  for (int number = 0; number < Count; ++number) {
+  for (int number = 0; number < count; ++number) {
     there.push_back(SampleSite());
     there.back().note = QString::number(number);
   }
   MergePlan plan({ReportsOf(there)});
   for (const Alignment& alignment : there) plan.Take(alignment);
-  ExpectCounts(plan, 0, Count, 0);
+  ExpectCounts(plan, 0, count, 0);
   for (Alignment& alignment : there) {
     alignment.note.append(QStringLiteral("x"));
     plan.Take(alignment);
   }
-  ExpectCounts(plan, 0, 2 * Count, Count);
+  ExpectCounts(plan, 0, 2 * count, count);
 }
 
 }  // namespace
