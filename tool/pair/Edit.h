@@ -44,6 +44,7 @@ class Edit {
   void SetRollbackJournal(const char* schema, bool* hasLog) const;
   void RequireWritable() const;
   void RemoveLeftovers() const;
+  void RemoveSharedJournal() const;
   void CopyLocked(const char* schema, const QByteArray& target) const;
   void LookAtCopies(Files files);
   void RequireEqual(const Sqlite& db) const;
