@@ -39,6 +39,7 @@ int Run(const Arguments& arguments) {
   Deletion deletion;
   {
     const Snapshot files(mainName, thresholdsName, arguments.Waiting());
+    files.Files().RequireBelonging();
     const Reports reports = files.ReadOne(subject.kind, subject.identifier);
     if (index == AllReports) {
       const QString sectors = reports.kind == Kind::Site ? QStringLiteral(" in all its sectors") : QString();

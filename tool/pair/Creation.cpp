@@ -39,7 +39,7 @@ bool FileExists(const QString& name) {
 void RequireThresholdsFile(const QString& name, const Deadline& deadline) {
   Snapshot file(name, QString(), deadline, Snapshot::Look::AsItIs);
   file.Files().Open();
-  if (!IsThresholdsFile(file.Files().Db())) {
+  if (!IsThresholdsFile(file.Files().Db(), Has::AllTables)) {
     throw Failure(FileName::Shown(name) + QStringLiteral(": is no thresholds file"), Status::Damaged);
   }
 }

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "tool/Console.h"
+#include "tool/pair/Belonging.h"
 #include "tool/pair/CheckRules.h"
 #include "tool/pair/ColumnTypes.h"
 #include "tool/pair/Schema.h"
@@ -40,6 +41,20 @@ QStringList ForeignKeyViolations(const Sqlite& db) {
                       QStringLiteral(" names no row of ") + rows.Text(2));
   }
   return violations;
+}
+
+/// The library handles keys of alignments as unsigned numbers of 32 bits.
+QStringList KeysThatCannotBeRead(const Sqlite& db) {
+  QStringList wrong;
+  for (const Kind kind : {Kind::Site, Kind::Path}) {
+    const Belonging::Tables& tables = Belonging::Of(kind);
+    for (const QString& key :
+         Column(db, QByteArray("SELECT ") + tables.alignmentKey + " FROM main." + tables.alignments +
+                        " WHERE " + tables.alignmentKey + " NOT BETWEEN 0 AND 4294967295")) {
+      wrong.append(QLatin1String(tables.alignments) + QStringLiteral(" row ") + key);
+    }
+  }
+  return wrong;
 }
 
 QStringList WrongTypes(const Sqlite& db, const Sqlite& fresh) {
@@ -122,7 +137,8 @@ bool FileCheck::LookAtFile(About file, const Sqlite& db) {
     Skip(file, WrongValues);
     return false;
   }
-  Look(file, WrongValues, Severity::Error, [&] { return WrongTypes(db, fresh); });
+  Look(file, WrongValues, Severity::Error,
+       [&] { return inMain ? WrongTypes(db, fresh) + KeysThatCannotBeRead(db) : WrongTypes(db, fresh); });
   return true;
 }
 

@@ -103,21 +103,19 @@ void PrivatePair::RequireShape() {
   if (HasThresholds()) RequireShapeOf("thresholds", FreshThresholdsPath(), shownThresholds_);
 }
 
-void PrivatePair::RequirePair() {
-  Open();
-  RequireVersion();
-  if (version_ >= Versions::FirstWithThresholds && !HasThresholds()) {
-    throw WrongUsage(shownMain_ + QStringLiteral(": is of version ") + QString::number(version_) +
-                     QStringLiteral(", so THRESHOLDS has to be given"));
-  }
-  RequireMainAloneBefore7(version_);
-  RequireShape();
+void PrivatePair::RequireOperandsOf(qint64 version) const {
+  const bool needsThresholds = version >= Versions::FirstWithThresholds;
+  if (!Versions::IsKnown(version) || needsThresholds == HasThresholds()) return;
+  throw WrongUsage(shownMain_ + QStringLiteral(": is of version ") + QString::number(version) +
+                   (needsThresholds
+                        ? QStringLiteral(", so THRESHOLDS has to be given")
+                        : QStringLiteral(", which has no thresholds file: leave THRESHOLDS out")));
 }
 
-void PrivatePair::RequireMainAloneBefore7(qint64 version) const {
-  if (!Versions::IsKnown(version) || version >= Versions::FirstWithThresholds || !HasThresholds()) return;
-  throw WrongUsage(shownMain_ + QStringLiteral(": is of version ") + QString::number(version) +
-                   QStringLiteral(", which has no thresholds file: leave THRESHOLDS out"));
+void PrivatePair::RequirePair() {
+  Open();
+  RequireOperandsOf(RequireVersion());
+  RequireShape();
 }
 
 void PrivatePair::RequireCurrentPair() {

@@ -16,6 +16,10 @@ namespace {
       throw Damage(shown, QStringLiteral("is damaged (") + QString::fromUtf8(message) + QLatin1Char(')'));
     case SQLITE_NOTADB:
       throw Failure(shown + QStringLiteral(": is no database"), Status::Damaged);
+    case SQLITE_READONLY:
+      throw Failure(shown + (code == SQLITE_READONLY_DIRECTORY
+                                 ? QStringLiteral(": cannot be changed: its folder cannot be written")
+                                 : QStringLiteral(": cannot be written")));
     case SQLITE_ERROR:
       // The statements are right, so it is the file's tables that are wrong.
       throw Damage(shown, QString::fromUtf8(message));
