@@ -126,7 +126,7 @@ void FlushOrSay() {
   } catch (const Failure& failure) {
     if (Console::Printed().isEmpty()) throw;
     Console::Message(QString::fromUtf8(failure.what()) + QStringLiteral("; this was done:\n") +
-                     Console::Printed());
+                     Console::Printed().trimmed());
   }
 }
 

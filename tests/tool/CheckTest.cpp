@@ -136,6 +136,26 @@ INSTANTIATE_TEST_SUITE_P(
              "Orientation row 2)"},
             4,
             4},
+        // Angles are read as numbers of 32 bits, places as numbers of 64.
+        Damage{"TooLarge",
+               "m",
+               "UPDATE Orientation SET AzimuthDegrees = 1e39 WHERE OrientationKey = 1;"
+               "UPDATE Geolocation SET LatitudeDegreesNorth = 1e39",
+               {"ERROR    values of a wrong type or not finite in m: 1 (Orientation row 1)"},
+               4,
+               4},
+        Damage{"Keys",
+               "m",
+               "UPDATE AntennaAlignment SET AntennaAlignmentKey = 4294967296;"
+               "UPDATE PathAlignment SET PathAlignmentKey = -1",
+               {"ERROR    values of a wrong type or not finite in m: 2 (AntennaAlignment row 4294967296, "
+                "PathAlignment row -1)",
+                "WARNING  site alignments without thresholds in t: 1 (4294967296)",
+                "WARNING  path alignments without thresholds in t: 1 (-1)",
+                "note     thresholds without site alignment in t: 1 (1)",
+                "note     thresholds without path alignment in t: 1 (1)"},
+               4,
+               4},
         Damage{"Column",
                "m",
                "ALTER TABLE Height ADD Extra INTEGER",
@@ -231,6 +251,14 @@ TEST_F(CheckTest, MainFilesOfEarlierVersionsStandAlone) {
     EXPECT_EQ(LineAbout(outcome, "sites that"),
               "WARNING  sites that no alignment refers to in " + name + ": 1 (6 Site without alignments)");
   }
+}
+
+TEST_F(CheckTest, TheThresholdsFileHasToFitTheVersion) {
+  CreateFiles();
+  ExpectFailure({"check", "m"}, "m: is of version 7, so THRESHOLDS has to be given" + Hint, 2);
+  LoadSqlFile(Path("v6"), TARNBEAM_GOLDEN_FOLDER "/version_6.sql");
+  ExpectFailure({"check", "v6", "t"},
+                "v6: is of version 6, which has no thresholds file: leave THRESHOLDS out" + Hint, 2);
 }
 
 // A view that never comes to an end stands where a table has to be.

@@ -179,6 +179,11 @@ TEST_F(DiffCommandTest, WhatCannotBeRead) {
     const Holder holder(Path("om"), "BEGIN EXCLUSIVE");
     ExpectFailure({"diff", "m", "t", "om", "ot", "--wait", "0"}, InUse("om"), 3);
   }
+  const QByteArray thresholds = ReadFile("ot");
+  RunSql(Path("ot"), "DROP TABLE PathAlignmentThresholds");
+  ExpectFailure({"diff", "m", "t", "om", "ot"},
+                "ot: has no table PathAlignmentThresholds; 'tarnbeam-db check' tells more", 4);
+  WriteFile("ot", thresholds);
   RunSql(Path("om"), "DELETE FROM Orientation");
   ExpectFailure({"diff", "m", "t", "om", "ot"},
                 "om: 1 alignment without all the rows that belong to it; 'tarnbeam-db check' "

@@ -159,6 +159,12 @@ TEST_F(FilesTest, Preferences) {
         "ShowTarget                  off", "AzimuthOffset               (stored, but not read back)"}) {
     EXPECT_TRUE(lines.contains(line)) << line;
   }
+  RunSql(Path("m"), "UPDATE Preferences SET AzimuthThreshold = 9e999");
+  for (const char* format : {"table", "json"}) {
+    ExpectFailure({"preferences", "m", "t", "--format", format},
+                  "m: row 1 of Preferences holds what is no finite number; 'tarnbeam-db check' tells more",
+                  4);
+  }
   RunSql(Path("m"), "DROP TABLE Preferences");
   const Outcome broken = Run({"preferences", "m", "t"});
   EXPECT_EQ(broken.status, 4);

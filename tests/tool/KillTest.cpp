@@ -58,6 +58,43 @@ TEST_P(KillInWalModeTest, BothFilesAreBeforeOrAfter) { Sweep(); }
 INSTANTIATE_TEST_SUITE_P(Tool, KillInWalModeTest,
                          testing::Values(Change{"Import", {"import", "m", "t", "more.json"}, 9}), NameOf);
 
+// Whole files take the place of others.
+class KillRestoreTest : public KillTest {
+ protected:
+  void SetUp() override {
+    KillTest::SetUp();
+    RunWell({"backup", "source/m", "source/t", "b"});
+  }
+  QStringList ChangeAgain() override { return QStringList{"b"} + KillTest::ChangeAgain(); }
+};
+
+TEST_P(KillRestoreTest, BothFilesAreBeforeOrAfter) { Sweep(); }
+
+INSTANTIATE_TEST_SUITE_P(Tool, KillRestoreTest,
+                         testing::Values(Change{"Restore", {"restore", "b", "m", "t", "--yes"}, 9}), NameOf);
+
+// What goes is a site without reports.
+class KillRepairTest : public KillTest {
+ protected:
+  void SetUp() override {
+    KillTest::SetUp();
+    RunSql(Path("m"), "INSERT INTO Sites VALUES (7, 'nobody refers to it')");
+    Keep();
+  }
+  QString Seen() override { return RunWell({"list", "m", "t"}); }
+  // The copies of both files stay.
+  QStringList ChangeAgain() override {
+    QStringList files = KillTest::ChangeAgain() + FilesInFolder().filter("before-repair");
+    files.sort();
+    return files;
+  }
+};
+
+TEST_P(KillRepairTest, BothFilesAreBeforeOrAfter) { Sweep(); }
+
+INSTANTIATE_TEST_SUITE_P(Tool, KillRepairTest, testing::Values(Change{"Repair", {"repair", "m", "t"}, 9}),
+                         NameOf);
+
 // Before there are files. One that stands alone is completed by whoever runs it again.
 class KillCreateTest : public KillSweep {
  protected:
@@ -81,6 +118,31 @@ TEST_P(KillCreateTest, BothFilesAreWholeOrNotThere) { Sweep(); }
 
 INSTANTIATE_TEST_SUITE_P(Tool, KillCreateTest, testing::Values(Change{"Create", {"create", "m", "t"}, 1}),
                          NameOf);
+
+using KilledBackupTest = ToolTest;
+
+// At its place the folder is whole or not there, and the next backup takes away what was left.
+TEST_F(KilledBackupTest, FolderIsWholeOrAbsent) {
+  CreateFilesWith({SiteEntry("S", "1"), PathEntry("P")});
+  const QStringList words{"backup", "m", "t", "b"};
+  int absent = 0;
+  for (int number = 1;; ++number) {
+    SCOPED_TRACE(number);
+    Traced killed(Folder(), words);
+    if (!killed.KillAt(number)) break;
+    if (!FilesInFolder().contains("b")) {
+      ++absent;
+      RunWell(words);
+    }
+    EXPECT_EQ(FilesInFolder(), (QStringList{"b", "in.json", "m", "t"}));
+    RunWell({"restore", "b", "new", "newt"});
+    EXPECT_EQ(ReadFile("new"), ReadFile("m"));
+    for (const char* name : {"new", "newt"}) QFile::remove(Path(name));
+    QDir(Path("b")).removeRecursively();
+    if (HasFailure()) return;
+  }
+  EXPECT_GT(absent, 5);
+}
 
 // Large files are changed by thousands of calls, so a run is killed at moments by chance.
 class KillLargeTest : public ToolTest {

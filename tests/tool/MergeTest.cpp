@@ -366,7 +366,7 @@ TEST_F(MergeTest, StandardOutputThatCannotBeWritten) {
   EXPECT_EQ(done.first, 0);
   EXPECT_EQ(done.second,
             "tarnbeam-db: standard output cannot be written; this was done:\n"
-            "1 added, 0 already there, 0 conflicts\n\n");
+            "1 added, 0 already there, 0 conflicts\n");
 }
 
 }  // namespace

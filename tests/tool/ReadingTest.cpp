@@ -100,6 +100,50 @@ TEST_F(ReadingTest, IdentifiersThatAreNoUtf8AreNotLost) {
   EXPECT_TRUE(RunWell({"list", "m", "t"}).contains(QString("S") + QChar(QChar::ReplacementCharacter)));
 }
 
+// The library reads zeros in place of rows that are not there.
+TEST_F(ReadingTest, AlignmentsThatAreNotWholeAreNotShown) {
+  RunSql(Path("m"), "DELETE FROM Height WHERE HeightKey = 1");
+  for (const QStringList& words :
+       {QStringList{"export", "m", "t"}, QStringList{"report", "m", "t", "--all"},
+        QStringList{"report", "m", "t", "--site", "S"}, QStringList{"list", "m", "t", "--format", "json"},
+        QStringList{"map", "m", "t", "--format", "kml"}}) {
+    ExpectFailure(words,
+                  "m: 1 alignment without all the rows that belong to it; 'tarnbeam-db check' tells more", 4);
+  }
+  EXPECT_EQ(RunWell({"list", "m", "t"}), listed_);
+  EXPECT_EQ(Run({"delete", "m", "t", "--site", "S", "--yes"}).status, 0);
+  EXPECT_EQ(Run({"export", "m", "t"}).status, 0);
+}
+
+TEST_F(ReadingTest, AnglesThatAreTooLarge) {
+  RunSql(Path("t"), "UPDATE AntennaAlignmentThresholds SET TiltThreshold = 1e39");
+  for (const char* format : {"json", "csv"}) {
+    ExpectFailure({"export", "m", "t", "--format", format},
+                  "t: row 1 of AntennaAlignmentThresholds holds what is no finite number; 'tarnbeam-db "
+                  "check' tells more",
+                  4);
+  }
+}
+
+TEST_F(ReadingTest, AFolderForTemporaryFilesThatIsNotThere) {
+  const Outcome outcome = RunProgram(TARNBEAM_TOOL, {"list", "m", "t"}, {{"TMPDIR", "/none"}});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err,
+            "tarnbeam-db: /none: cannot take temporary files (No such file or directory); TMPDIR can name "
+            "another folder\n");
+}
+
+TEST_F(ReadingTest, ChangesNeedAFolderThatCanBeWritten) {
+  ASSERT_EQ(chmod(Folder().toUtf8().constData(), 0555), 0);
+  const Outcome outcome = RunUnprivileged({"delete", "m", "t", "--site", "S", "--yes"});
+  ASSERT_EQ(chmod(Folder().toUtf8().constData(), 0755), 0);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err,
+            "tarnbeam-db: site S and 1 report in all its sectors will be deleted\n"
+            "tarnbeam-db: m: cannot be changed: its folder cannot be written; both files are as they were\n");
+  EXPECT_EQ(RunWell({"list", "m", "t"}), listed_);
+}
+
 TEST_F(ReadingTest, ThresholdsOfSomethingElseAreNotBelieved) {
   const QString exported = RunWell({"export", "m", "t"});
   RunSql(

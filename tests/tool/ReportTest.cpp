@@ -1,5 +1,8 @@
 // Reports in all forms.
+#include <sys/stat.h>
+
 #include <QDir>
+#include <QFile>
 #include <QJsonDocument>
 #include <QProcess>
 
@@ -145,7 +148,29 @@ TEST_F(ReportTest, PageThatCannotBeWritten) {
   ExpectFailure({"report", "m", "t", "--site", "B", "--pdf", "none"}, "none: no such folder");
   ASSERT_TRUE(QDir().mkpath(Path("out/B-A-Report.pdf")));
   ExpectFailure({"report", "m", "t", "--site", "B", "--pdf", "out"},
-                "out/B-A-Report.pdf: cannot be written (Filename refers to a directory)");
+                "out/B-A-Report.pdf: is there and is not a file");
+}
+
+// Where it was replaced, it could be a device.
+TEST_F(ReportTest, ALinkToWhatIsNotAFileStays) {
+  ASSERT_EQ(mkfifo(Path("pipe").toUtf8().constData(), 0600), 0);
+  ASSERT_TRUE(QFile::link("pipe", Path("B-A-Report.pdf")));
+  ExpectFailure({"report", "m", "t", "--site", "B", "--pdf", "."},
+                "./B-A-Report.pdf: is there and is not a file");
+  struct stat status {};
+  ASSERT_EQ(stat(Path("pipe").toUtf8().constData(), &status), 0);
+  EXPECT_TRUE(S_ISFIFO(status.st_mode));
+  QFile::remove(Path("pipe"));
+}
+
+TEST_F(ReportTest, LongIdentifiersAreCutInNames) {
+  // Each character has two bytes.
+  const QString start(100, QChar(0xE9));
+  WriteJson("long.json", {SiteEntry(start + "1"), SiteEntry(start + "2")});
+  RunWell({"import", "m", "t", "long.json"});
+  const QStringList written = RunWell({"report", "m", "t", "--all", "--pdf", "."}).split('\n');
+  EXPECT_EQ(written.filter(QChar(0xE9)),
+            (QStringList{"./" + start + "-A-Report.pdf", "./" + start + "-A-Report-2.pdf"}));
 }
 
 #else

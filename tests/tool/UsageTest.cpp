@@ -32,7 +32,13 @@ INSTANTIATE_TEST_SUITE_P(
         Misuse{{"check", "m", "t", "x"}, "x is one too many"}, Misuse{{"version"}, "MAIN is missing"},
         Misuse{{"migrate", "m", "t", "b"}, "b is one too many"},
         Misuse{{"migrate", "m", "--backup"}, "Missing value after '--backup'."},
-        Misuse{{"export"}, "MAIN is missing"}, Misuse{{"preferences"}, "MAIN is missing"},
+        Misuse{{"backup"}, "MAIN is missing"}, Misuse{{"backup", "m"}, "FOLDER is missing"},
+        Misuse{{"backup", "m", "t", "b", "x"}, "x is one too many"}, Misuse{{"restore"}, "FOLDER is missing"},
+        Misuse{{"restore", "b"}, "MAIN is missing"},
+        Misuse{{"restore", "b", "m", "t", "x"}, "x is one too many"}, Misuse{{"export"}, "MAIN is missing"},
+        Misuse{{"preferences"}, "MAIN is missing"}, Misuse{{"repair", "m"}, "THRESHOLDS is missing"},
+        Misuse{{"salvage"}, "MAIN is missing"}, Misuse{{"salvage", "m", "nm"}, "NEW_THRESHOLDS is missing"},
+        Misuse{{"salvage", "m", "t", "nm", "nt", "x"}, "x is one too many"},
         Misuse{{"list", "m", "t", "--site", "S"}, "Unknown option 'site'."},
         Misuse{{"report", "m", "t"}, "either --site or --path has to be given"},
         Misuse{{"report", "m", "t", "--site", "S", "--path", "P"}, "either --site or --path has to be given"},
@@ -74,6 +80,10 @@ INSTANTIATE_TEST_SUITE_P(
                          "[options]"},
                     Help{"diff", "diff MAIN [THRESHOLDS] OTHER_MAIN [OTHER_THRESHOLDS] [options]"},
                     Help{"export", "export MAIN [THRESHOLDS] [options]"},
+                    Help{"backup", "backup MAIN [THRESHOLDS] FOLDER [options]"},
+                    Help{"restore", "restore FOLDER MAIN [THRESHOLDS] [options]"},
+                    Help{"repair", "repair MAIN THRESHOLDS [options]"},
+                    Help{"salvage", "salvage MAIN [THRESHOLDS] NEW_MAIN NEW_THRESHOLDS [options]"},
                     Help{"preferences", "preferences MAIN [THRESHOLDS] [options]"}));
 
 using UsageTest = ToolTest;

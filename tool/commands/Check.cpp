@@ -66,6 +66,7 @@ int Run(const Arguments& arguments) {
   Snapshot files(arguments.operands.at(0), arguments.operands.value(1), arguments.Waiting(),
                  Snapshot::Look::AsItIs);
   const FileCheck check(&files.Files());
+  files.Files().RequireOperandsOf(check.Version());
   Console::Print(format == QLatin1String("json") ? Json(check) : Table(check));
   const bool strict = arguments.options.isSet(QStringLiteral("strict"));
   const auto bad = strict ? Finding::Severity::Warning : Finding::Severity::Error;

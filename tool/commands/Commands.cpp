@@ -28,6 +28,7 @@ const std::vector<Command>& AllCommands() {
   static const std::vector<Command> commands = {
       CreateCommand(),      ImportCommand(),  ListCommand(),    ReportCommand(), DeleteCommand(),
       MapCommand(),         VersionCommand(), MigrateCommand(), CheckCommand(),  ExportCommand(),
-      PreferencesCommand(), MergeCommand(),   DiffCommand()};
+      PreferencesCommand(), BackupCommand(),  RestoreCommand(), RepairCommand(), SalvageCommand(),
+      MergeCommand(),       DiffCommand()};
   return commands;
 }

@@ -36,6 +36,7 @@ QCommandLineOption WaitOption();
 const std::vector<Command>& AllCommands();
 
 // Each is defined in a file of its own.
+Command BackupCommand();
 Command CheckCommand();
 Command CreateCommand();
 Command DeleteCommand();
@@ -47,5 +48,8 @@ Command MapCommand();
 Command MergeCommand();
 Command MigrateCommand();
 Command PreferencesCommand();
+Command RepairCommand();
 Command ReportCommand();
+Command RestoreCommand();
+Command SalvageCommand();
 Command VersionCommand();

@@ -6,6 +6,8 @@
 namespace {
 
 constexpr int AllReports = -1;
+const QString Question = QStringLiteral("Delete?");
+const QString NothingDone = QStringLiteral("nothing was deleted");
 
 int IndexOf(const Arguments& arguments) {
   if (!arguments.options.isSet(QStringLiteral("index"))) return AllReports;
@@ -13,15 +15,6 @@ int IndexOf(const Arguments& arguments) {
   const int index = arguments.options.value(QStringLiteral("index")).toInt(&isNumber);
   if (!isNumber || index < 0) throw WrongUsage(QStringLiteral("--index must be a number from 0"));
   return index;
-}
-
-void Confirm(const Arguments& arguments, const QString& what) {
-  Console::Message(what);
-  if (arguments.options.isSet(QStringLiteral("yes"))) return;
-  if (!Console::CanAsk()) {
-    throw Failure(QStringLiteral("nothing was deleted: without a terminal to ask on, --yes has to be given"));
-  }
-  if (!Console::Confirm(QStringLiteral("Delete?"))) throw Failure(QStringLiteral("nothing was deleted"));
 }
 
 QString DescribeAll(const Reports& reports) {
@@ -46,18 +39,22 @@ int Run(const Arguments& arguments) {
   Deletion deletion;
   {
     const Snapshot files(mainName, thresholdsName, arguments.Waiting());
+    files.Files().RequireBelonging();
     const Reports reports = files.ReadOne(subject.kind, subject.identifier);
     if (index == AllReports) {
       const QString sectors = reports.kind == Kind::Site ? QStringLiteral(" in all its sectors") : QString();
-      Confirm(arguments, DescribeAll(reports) + sectors + QStringLiteral(" will be deleted"));
+      Confirm(arguments, DescribeAll(reports) + sectors + QStringLiteral(" will be deleted"), Question,
+              NothingDone);
       done = QStringLiteral("deleted ") + DescribeAll(reports);
       deletion = Deletion::OfAll(files, subject.kind, subject.identifier);
     } else {
       const Alignment& report = ReportAt(reports, index);
       const QString shown = ShownSubject(reports.kind, reports.identifier);
-      Confirm(arguments, QStringLiteral("1 report of ") + shown + QStringLiteral(" will be deleted: ") +
-                             report.time.toUTC().toString(Qt::ISODate) + QStringLiteral(", of ") +
-                             QString::number(reports.alignments.size()) + QStringLiteral(" that there are"));
+      Confirm(arguments,
+              QStringLiteral("1 report of ") + shown + QStringLiteral(" will be deleted: ") +
+                  report.time.toUTC().toString(Qt::ISODate) + QStringLiteral(", of ") +
+                  QString::number(reports.alignments.size()) + QStringLiteral(" that there are"),
+              Question, NothingDone);
       done = QStringLiteral("deleted report ") + QString::number(index) + QStringLiteral(" of ") + shown;
       deletion = Deletion::OfOne(files, subject.kind, subject.identifier, report.key);
     }

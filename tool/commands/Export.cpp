@@ -23,8 +23,10 @@ int Run(const Arguments& arguments) {
   const CsvForm csv = CsvFormOf(arguments, false);
   const AlignmentFilter filter = FilterOf(arguments);
   const Snapshot files(arguments.operands.at(0), arguments.operands.value(1), arguments.Waiting());
+  // Read before anything is printed: of damaged files not even a header.
+  std::vector<Reports> all = files.ReadAll();
   const std::unique_ptr<AlignmentWriter> writer = MakeWriter(format, csv);
-  for (Reports& reports : files.ReadAll()) {
+  for (Reports& reports : all) {
     reports.alignments = filter.Apply(reports.alignments);
     writer->Write(reports);
   }

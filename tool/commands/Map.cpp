@@ -28,8 +28,9 @@ int Run(const Arguments& arguments) {
   const double rayMeters = RayOf(arguments);
   const AlignmentFilter filter = FilterOf(arguments);
   const Snapshot files(arguments.operands.at(0), arguments.operands.value(1), arguments.Waiting());
+  std::vector<Reports> all = files.ReadAll();
   const std::unique_ptr<AlignmentWriter> writer = MakeWriter(format, rayMeters);
-  for (Reports& reports : files.ReadAll()) {
+  for (Reports& reports : all) {
     reports.alignments = LatestOfEach(filter.Apply(reports.alignments));
     if (!reports.alignments.empty()) writer->Write(reports);
   }

@@ -110,6 +110,16 @@ std::vector<QCommandLineOption> Together(std::initializer_list<std::vector<QComm
   return all;
 }
 
+void Confirm(const Arguments& arguments, const QString& what, const QString& question,
+             const QString& nothingDone) {
+  Console::Message(what);
+  if (arguments.options.isSet(QStringLiteral("yes"))) return;
+  if (!Console::CanAsk()) {
+    throw Failure(nothingDone + QStringLiteral(": without a terminal to ask on, --yes has to be given"));
+  }
+  if (!Console::Confirm(question)) throw Failure(nothingDone);
+}
+
 QString ShownSubject(Kind kind, const QString& identifier) {
   return KindName(kind) + QLatin1Char(' ') + Console::Printable(identifier);
 }

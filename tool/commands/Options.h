@@ -38,6 +38,10 @@ CsvForm CsvFormOf(const Arguments& arguments, bool guardsFormulas);
 /// Options of a command, in order.
 std::vector<QCommandLineOption> Together(std::initializer_list<std::vector<QCommandLineOption>> options);
 
+/// Says what is to be done and asks, unless --yes is given. Without a yes a Failure says what was not done.
+void Confirm(const Arguments& arguments, const QString& what, const QString& question,
+             const QString& nothingDone);
+
 /// "site S".
 QString ShownSubject(Kind kind, const QString& identifier);
 

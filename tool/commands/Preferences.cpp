@@ -38,6 +38,7 @@ QString Json(const Snapshot& files) {
 int Run(const Arguments& arguments) {
   const QString format = FormatOf(arguments, {QStringLiteral("table"), QStringLiteral("json")});
   const Snapshot files(arguments.operands.at(0), arguments.operands.value(1), arguments.Waiting());
+  files.RequirePreferences();
   if (format == QLatin1String("json")) {
     Console::Print(Json(files));
     return Status::Done;

@@ -37,6 +37,7 @@ std::vector<Reports> ReadReports(const Snapshot& files, const std::optional<Subj
   std::vector<Reports> all;
   if (subject) {
     all.push_back(files.ReadOne(subject->kind, subject->identifier));
+    files.RequireComplete();
   } else {
     all = files.ReadAll();
   }

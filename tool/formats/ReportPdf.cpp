@@ -457,6 +457,11 @@ Writer::Writer(const QString& folder, const Head& head) : folder_(folder), head_
 
 QString Writer::Write(const Reports& reports) {
   QString path = NewPath(reports);
+  const QFileInfo there(path);
+  // It would be replaced, even a device that a symbolic link leads to.
+  if (there.exists() && !there.isFile()) {
+    throw Failure(FileName::Shown(path) + QStringLiteral(": is there and is not a file"));
+  }
   QSaveFile file(path);
   if (!file.open(QIODevice::WriteOnly)) {
     throw Failure(FileName::Shown(path) + QStringLiteral(": cannot be written (%1)").arg(file.errorString()));
@@ -475,8 +480,12 @@ QString Writer::Write(const Reports& reports) {
 }
 
 QString Writer::NewPath(const Reports& reports) {
-  // An identifier may hold folder separators, and characters that act on a terminal.
-  const QString name = Console::Printable(reports.pdfName).replace(QLatin1Char('/'), QLatin1Char('_'));
+  // An identifier may hold folder separators, and characters that act on a terminal, and be longer than the
+  // 255 bytes that a name may have, of which some are for a number and for the name until the file is whole.
+  constexpr int Longest = 200;
+  QString shown = Console::Printable(reports.identifier).replace(QLatin1Char('/'), QLatin1Char('_'));
+  while (shown.toUtf8().size() > Longest) shown.chop(shown.at(shown.size() - 1).isLowSurrogate() ? 2 : 1);
+  const QString name = shown + reports.pdfName.mid(reports.identifier.size());
   QString unique = name;
   for (int number = 2; names_.contains(unique); ++number) {
     unique = QFileInfo(name).completeBaseName() + QStringLiteral("-%1.pdf").arg(number);

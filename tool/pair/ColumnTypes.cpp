@@ -8,14 +8,20 @@
 
 namespace {
 
+template <typename Width>
 bool IsNumber(sqlite3_value* value) {
   const int type = sqlite3_value_type(value);
-  return type == SQLITE_INTEGER || (type == SQLITE_FLOAT && std::isfinite(sqlite3_value_double(value)));
+  return type == SQLITE_INTEGER || (type == SQLITE_FLOAT && std::fabs(sqlite3_value_double(value)) <=
+                                                                std::numeric_limits<Width>::max());
 }
 
+template <typename Width>
 bool IsNumberOrNull(sqlite3_value* value) {
-  return sqlite3_value_type(value) == SQLITE_NULL || IsNumber(value);
+  return sqlite3_value_type(value) == SQLITE_NULL || IsNumber<Width>(value);
 }
+
+/// Tables whose angles are read as numbers of 32 bits: what is too large for these would be an infinity.
+bool HoldsAngles(const QByteArray& table) { return table == "Orientation" || table.contains("Alignment"); }
 
 bool IsText(sqlite3_value* value) { return sqlite3_value_type(value) == SQLITE_TEXT; }
 
@@ -50,9 +56,13 @@ namespace ColumnTypes {
 
 std::vector<qint64> WrongRows(const Sqlite& db, const QByteArray& schema, const QByteArray& table,
                               Looked looked, std::size_t most) {
-  std::array<Group, 3> groups{{{"all_numbers", All<IsNumber>, {}},
-                               {"all_numbers_or_null", All<IsNumberOrNull>, {}},
+  std::array<Group, 3> groups{{{"all_numbers", All<IsNumber<double>>, {}},
+                               {"all_numbers_or_null", All<IsNumberOrNull<double>>, {}},
                                {"all_texts", All<IsText>, {}}}};
+  if (HoldsAngles(table)) {
+    groups[0] = {"all_narrow_numbers", All<IsNumber<float>>, {}};
+    groups[1] = {"all_narrow_numbers_or_null", All<IsNumberOrNull<float>>, {}};
+  }
   Sort(db, schema, table, &groups);
   if (looked == Looked::Numbers) groups.back().columns.clear();
   QByteArray right = "1";

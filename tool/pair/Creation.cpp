@@ -39,7 +39,7 @@ bool FileExists(const QString& name) {
 void RequireThresholdsFile(const QString& name, const Deadline& deadline) {
   Snapshot file(name, QString(), deadline, Snapshot::Look::AsItIs);
   file.Files().Open();
-  if (!IsThresholdsFile(file.Files().Db())) {
+  if (!IsThresholdsFile(file.Files().Db(), Has::AllTables)) {
     throw Failure(FileName::Shown(name) + QStringLiteral(": is no thresholds file"), Status::Damaged);
   }
 }
@@ -68,13 +68,7 @@ QStringList CreateMissing(const QString& mainName, const QString& thresholdsName
   std::unique_ptr<NewFile> thresholdsFile;
   if (makesMain) mainFile = std::make_unique<NewFile>(fresh.MainPath(), mainName);
   if (makesThresholds) thresholdsFile = std::make_unique<NewFile>(fresh.ThresholdsPath(), thresholdsName);
-  if (thresholdsFile) thresholdsFile->Place();
-  try {
-    if (mainFile) mainFile->Place();
-  } catch (...) {
-    if (thresholdsFile) thresholdsFile->TakeBack();
-    throw;
-  }
+  PlaceTogether(mainFile.get(), thresholdsFile.get());
   QStringList created;
   for (const auto* file : {mainFile.get(), thresholdsFile.get()}) {
     if (file != nullptr) created.append(file->Shown());

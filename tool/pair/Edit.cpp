@@ -1,8 +1,6 @@
 #include "tool/pair/Edit.h"
 
-#include <glob.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -10,7 +8,7 @@
 #include "tool/Console.h"
 #include "tool/FileName.h"
 #include "tool/pair/FileCopy.h"
-#include "tool/pair/NewFile.h"
+#include "tool/pair/Leftovers.h"
 #include "tool/pair/RowChanges.h"
 #include "tool/pair/SourceFile.h"
 
@@ -44,26 +42,6 @@ quint32 ChangeCounter(const Sqlite& db, const char* schema) {
   return counter;
 }
 
-/// A journal that a killed run had only begun: it is empty or starts with a zero, and SQLite ignores it.
-void RemoveIfBegun(const QByteArray& journal) {
-  char first = 0;
-  const Descriptor file(journal, O_RDONLY);
-  if (file.IsOpen() && pread(file.Number(), &first, 1, 0) >= 0 && first == 0) unlink(journal.constData());
-}
-
-/// A journal that two files shared in a transaction. It is of no use once neither has a journal of its own.
-void RemoveIfAbandoned(const QByteArray& superJournal) {
-  const Descriptor file(superJournal, O_RDONLY);
-  if (!file.IsOpen()) return;
-  std::array<char, 1 << 14> names{};
-  const ssize_t size = pread(file.Number(), names.data(), names.size(), 0);
-  if (size < 0) return;
-  for (const QByteArray& name : QByteArray(names.data(), int(size)).split('\0')) {
-    if (!name.isEmpty() && access(name.constData(), F_OK) == 0) return;
-  }
-  unlink(superJournal.constData());
-}
-
 }  // namespace
 
 Edit::Edit(const QString& mainName, const QString& thresholdsName, const Deadline& deadline, Files files)
@@ -74,7 +52,10 @@ Edit::Edit(const QString& mainName, const QString& thresholdsName, const Deadlin
   try {
     Lock(deadline);
     RequireWritable();
-    RemoveLeftovers();
+    // The journal of a file that was in WAL mode until now is this connection's own, in use and empty.
+    if (!mainHasLog_) Leftovers::RemoveBegunJournal(mainPath_);
+    if (copies_.HasThresholds() && !thresholdsHaveLog_) Leftovers::RemoveBegunJournal(thresholdsPath_);
+    Leftovers::Remove(mainPath_, thresholdsPath_);
     CopyLocked("main", copies_.MainPath());
     if (copies_.HasThresholds()) CopyLocked("thresholds", copies_.ThresholdsPath());
     LookAtCopies(files);
@@ -149,19 +130,6 @@ void Edit::RequireWritable() const {
   }
 }
 
-// The journal of a file that was in WAL mode until now is this connection's own, in use and empty.
-void Edit::RemoveLeftovers() const {
-  if (!mainHasLog_) RemoveIfBegun(mainPath_ + "-journal");
-  if (copies_.HasThresholds() && !thresholdsHaveLog_) RemoveIfBegun(thresholdsPath_ + "-journal");
-  glob_t found{};
-  if (glob((EscapedForPattern(mainPath_) + "-mj?????????").constData(), GLOB_NOSORT, nullptr, &found) == 0) {
-    for (std::size_t number = 0; number < found.gl_pathc; ++number) RemoveIfAbandoned(found.gl_pathv[number]);
-  }
-  globfree(&found);
-  NewFile::RemoveLeftovers(mainPath_);
-  if (copies_.HasThresholds()) NewFile::RemoveLeftovers(thresholdsPath_);
-}
-
 void Edit::CopyLocked(const char* schema, const QByteArray& target) const {
   sqlite3_file* const file = FileOf(*db_, schema);
   sqlite3_int64 size = 0;
@@ -213,7 +181,8 @@ void Edit::Commit() {
 void Edit::RemoveSharedJournal() const {
   sqlite3* const db = db_->Handle();
   sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
-  if (sqlite3_exec(db, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr) == SQLITE_OK) RemoveLeftovers();
+  if (sqlite3_exec(db, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr) == SQLITE_OK)
+    Leftovers::Remove(mainPath_, thresholdsPath_);
 }
 
 template <typename Work>

@@ -43,7 +43,6 @@ class Edit {
   QString FindInUse() const;
   void SetRollbackJournal(const char* schema, bool* hasLog) const;
   void RequireWritable() const;
-  void RemoveLeftovers() const;
   void RemoveSharedJournal() const;
   void CopyLocked(const char* schema, const QByteArray& target) const;
   void LookAtCopies(Files files);

@@ -4,6 +4,8 @@
 #include <memory>
 
 #include "tool/Console.h"
+#include "tool/pair/Belonging.h"
+#include "tool/pair/CheckRules.h"
 #include "tool/pair/ColumnTypes.h"
 #include "tool/pair/Schema.h"
 #include "tool/pair/Versions.h"
@@ -12,7 +14,6 @@ using Severity = Finding::Severity;
 
 namespace {
 
-constexpr char Integrity[] = "integrity errors";
 constexpr char ForeignKeys[] = "foreign key violations";
 constexpr char UnknownVersion[] = "unknown version";
 constexpr char Differences[] = "schema differences";
@@ -42,6 +43,20 @@ QStringList ForeignKeyViolations(const Sqlite& db) {
   return violations;
 }
 
+/// The library handles keys of alignments as unsigned numbers of 32 bits.
+QStringList KeysThatCannotBeRead(const Sqlite& db) {
+  QStringList wrong;
+  for (const Kind kind : {Kind::Site, Kind::Path}) {
+    const Belonging::Tables& tables = Belonging::Of(kind);
+    for (const QString& key :
+         Column(db, QByteArray("SELECT ") + tables.alignmentKey + " FROM main." + tables.alignments +
+                        " WHERE " + tables.alignmentKey + " NOT BETWEEN 0 AND 4294967295")) {
+      wrong.append(QLatin1String(tables.alignments) + QStringLiteral(" row ") + key);
+    }
+  }
+  return wrong;
+}
+
 QStringList WrongTypes(const Sqlite& db, const Sqlite& fresh) {
   QStringList wrong;
   for (const QString& name : Column(fresh,
@@ -59,7 +74,8 @@ QStringList WrongTypes(const Sqlite& db, const Sqlite& fresh) {
 
 FileCheck::FileCheck(PrivatePair* files) : files_(files), main_(files->MainPath(), files->ShownMain()) {
   LookAtMain();
-  if (!files_->HasThresholds()) return;
+  const bool isEarlier = Versions::IsKnown(version_) && version_ < Versions::FirstWithThresholds;
+  if (!files_->HasThresholds() || isEarlier) return;
   LookAtThresholds();
   LookAtPair();
 }
@@ -121,7 +137,8 @@ bool FileCheck::LookAtFile(About file, const Sqlite& db) {
     Skip(file, WrongValues);
     return false;
   }
-  Look(file, WrongValues, Severity::Error, [&] { return WrongTypes(db, fresh); });
+  Look(file, WrongValues, Severity::Error,
+       [&] { return inMain ? WrongTypes(db, fresh) + KeysThatCannotBeRead(db) : WrongTypes(db, fresh); });
   return true;
 }
 
@@ -142,22 +159,17 @@ bool FileCheck::LookAtSchema(About file, const Sqlite& db, const Sqlite& fresh) 
 
 void FileCheck::LookAtMain() {
   mainIsSound_ = LookAtFile(About::Main, main_);
-  constexpr struct {
-    const char* name;
-    KeyUse::Of table;
-  } Rules[] = {{"sites that no alignment refers to", KeyUse::Of::Sites},
-               {"paths that no alignment refers to", KeyUse::Of::Paths},
-               {"orientations that no alignment refers to", KeyUse::Of::Orientations},
-               {"locations that no alignment refers to", KeyUse::Of::Locations},
-               {"heights that no alignment refers to", KeyUse::Of::Heights}};
   if (!mainIsSound_) {
-    for (const auto& rule : Rules) Skip(About::Main, rule.name);
+    for (const auto& rule : CheckRules::Unused) Skip(About::Main, rule.name);
     return;
   }
   const Sqlite db(files_->MainPath(), files_->ShownMain());
   used_ = std::make_unique<KeyUse>(db);
-  for (const auto& rule : Rules)
-    Add(About::Main, rule.name, Severity::Warning, used_->Unused(db, rule.table));
+  for (const auto& rule : CheckRules::Unused) {
+    QStringList shown;
+    for (const KeyUse::Row& row : used_->Unused(db, rule.table)) shown.append(row.shown);
+    Add(About::Main, rule.name, Severity::Warning, shown);
+  }
 }
 
 void FileCheck::LookAtThresholds() {
@@ -171,22 +183,8 @@ bool FileCheck::IsConverted() const {
 }
 
 void FileCheck::LookAtPair() {
-  constexpr struct {
-    const char* ofSites;
-    const char* ofPaths;
-    QStringList ThresholdsUse::*found;
-    Severity severity;
-  } Rules[] = {{"site alignments without thresholds", "path alignments without thresholds",
-                &ThresholdsUse::alignmentsWithout, Severity::Warning},
-               {"thresholds without site alignment", "thresholds without path alignment",
-                &ThresholdsUse::rowsWithout, Severity::Note},
-               {"two thresholds rows for one site alignment", "two thresholds rows for one path alignment",
-                &ThresholdsUse::doubled, Severity::Warning},
-               {"thresholds that name another site than their alignment",
-                "thresholds that name another path than their alignment", &ThresholdsUse::ofOthers,
-                Severity::Warning}};
   if (!mainIsSound_ || !thresholdsAreSound_) {
-    for (const auto& rule : Rules) {
+    for (const auto& rule : CheckRules::Thresholds) {
       for (const char* name : {rule.ofSites, rule.ofPaths}) Skip(About::Thresholds, name);
     }
     return;
@@ -195,7 +193,7 @@ void FileCheck::LookAtPair() {
   const ThresholdsUse sites(*used_, main_, Kind::Site);
   const ThresholdsUse paths(*used_, main_, Kind::Path);
   const bool isConverted = IsConverted();
-  for (const auto& rule : Rules) {
+  for (const auto& rule : CheckRules::Thresholds) {
     const bool isMissing = rule.found == &ThresholdsUse::alignmentsWithout;
     const Severity severity = isMissing && isConverted ? Severity::Note : rule.severity;
     Add(About::Thresholds, rule.ofSites, severity, sites.*rule.found);

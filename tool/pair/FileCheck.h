@@ -30,6 +30,9 @@ struct Finding {
 /// Checks private copies by every rule there is.
 class FileCheck {
  public:
+  /// The rule that what is damaged breaks.
+  static constexpr char Integrity[] = "integrity errors";
+
   explicit FileCheck(PrivatePair* files);
 
   const std::vector<Finding>& Findings() const { return findings_; }

@@ -1,6 +1,10 @@
 #include "tool/pair/FileCopy.h"
 
+#include <QCryptographicHash>
+#include <array>
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <vector>
 
 #include "tool/Console.h"
@@ -22,7 +26,11 @@ void FailWithErrno(const QString& shown) {
 
 void FailWithErrno(const QByteArray& path) { FailWithErrno(FileName::Shown(FileName::FromBytes(path))); }
 
-void CopyContent(int from, const QString& shown, int to, const QByteArray& target) {
+namespace {
+
+/// Hands on an open file from its beginning, piece by piece.
+template <typename Take>
+void ReadContent(int from, const QString& shown, Take take) {
   constexpr std::size_t BlockSize = 1 << 20;
   std::vector<char> block(BlockSize);
   for (off_t at = 0;;) {
@@ -30,9 +38,35 @@ void CopyContent(int from, const QString& shown, int to, const QByteArray& targe
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) FailWithErrno(shown);
     if (count == 0) return;
-    WriteAll(to, block.data(), count, target);
+    take(block.data(), count);
     at += count;
   }
+}
+
+}  // namespace
+
+void CopyContent(int from, const QString& shown, int to, const QByteArray& target) {
+  ReadContent(from, shown, [&](const char* content, ssize_t size) { WriteAll(to, content, size, target); });
+}
+
+QByteArray Sha256(int descriptor, const QString& shown) {
+  QCryptographicHash hash(QCryptographicHash::Sha256);
+  ReadContent(descriptor, shown, [&](const char* content, ssize_t size) {
+    hash.addData(QByteArray::fromRawData(content, int(size)));
+  });
+  return hash.result().toHex();
+}
+
+QByteArray ResolvedPath(const QString& name) {
+  std::array<char, PATH_MAX> resolved{};
+  if (realpath(FileName::ToBytes(name).constData(), resolved.data()) != nullptr) return resolved.data();
+  if (errno == ENOENT) throw Failure(FileName::Shown(name) + QStringLiteral(": no such file"));
+  FailWithErrno(FileName::Shown(name));
+}
+
+qint64 SizeOf(int descriptor) {
+  struct stat status {};
+  return fstat(descriptor, &status) == 0 ? status.st_size : 0;
 }
 
 void CopyFile(const QByteArray& from, const QByteArray& target) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QByteArray>
@@ -23,6 +24,19 @@ class Descriptor {
   int number_;
 };
 
+/// Shows whether a file was written to meanwhile.
+struct Stamp {
+  explicit Stamp(const QByteArray& path) { there = stat(path.constData(), &status) == 0; }
+  bool operator==(const Stamp& other) const {
+    return there == other.there &&
+           (!there || (status.st_size == other.status.st_size && status.st_ino == other.status.st_ino &&
+                       status.st_mtim.tv_sec == other.status.st_mtim.tv_sec &&
+                       status.st_mtim.tv_nsec == other.status.st_mtim.tv_nsec));
+  }
+  bool there = false;
+  struct stat status {};
+};
+
 /// Throws a Failure that says what errno stands for.
 [[noreturn]] void FailWithErrno(const QString& shown);
 [[noreturn]] void FailWithErrno(const QByteArray& path);
@@ -35,5 +49,10 @@ void CopyContent(int from, const QString& shown, int to, const QByteArray& targe
 void CopyFile(const QByteArray& from, const QByteArray& target);
 /// Makes sure that what was written to a file, or renamed in a folder, is on the disk.
 void Sync(const QByteArray& path);
+/// Absolute, links resolved. Throws a Failure where nothing stands.
+QByteArray ResolvedPath(const QString& name);
+qint64 SizeOf(int descriptor);
+/// Of all that an open file holds.
+QByteArray Sha256(int descriptor, const QString& shown);
 /// The folder that a file is in.
 QByteArray FolderOf(const QByteArray& path);

@@ -10,17 +10,26 @@
 /// large and searches from one to another take longer than all else that a check does.
 class KeyUse {
  public:
-  /// A row about an alignment: the alignment's key, and that of the site or path that the row says it is of.
+  /// A row about an alignment: the alignment's key, that of the site or path that the row says it is of, and
+  /// the row's own.
   struct Owned {
     qint64 alignment;
     qint64 owner;
+    qint64 row;
   };
 
   explicit KeyUse(const Sqlite& db);
 
   enum class Of { Sites, Paths, Orientations, Locations, Heights };
-  /// Rows that no alignment refers to: keys, with names if there are any.
-  QStringList Unused(const Sqlite& db, Of table) const;
+  struct Row {
+    qint64 key;
+    /// The key, with the name where there is one.
+    QString shown;
+  };
+  /// Rows that no alignment refers to.
+  std::vector<Row> Unused(const Sqlite& db, Of table) const;
+  /// A statement that deletes one of them, by its key.
+  static QByteArray Deletion(Of table);
 
   const std::vector<Owned>& Alignments(Kind kind) const { return kind == Kind::Site ? ofSites_ : ofPaths_; }
 
@@ -42,4 +51,11 @@ struct ThresholdsUse {
   QStringList doubled;
   /// Rows that name another site or path than their alignment.
   QStringList ofOthers;
+
+  /// The rows, by their own keys, that can be done without: of several for one alignment all but the last,
+  /// which is the one that the library goes by.
+  std::vector<qint64> deletableWithout;
+  std::vector<qint64> deletableDoubled;
+  /// A statement that deletes one of them, by its key.
+  static QByteArray Deletion(Kind kind);
 };

@@ -15,16 +15,12 @@
 #include "tool/FileName.h"
 #include "tool/pair/FileCopy.h"
 
-namespace {
-
-/// The mode that a program's files have if it asks for nothing special.
 mode_t OrdinaryMode() {
   const mode_t mask = umask(0);
   umask(mask);
   return 0666 & ~mask;
 }
 
-/// Never over another file, even if one appears there meanwhile.
 bool MoveToFreePlace(const QByteArray& from, const QByteArray& to) {
   if (renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS) return false;
@@ -32,8 +28,6 @@ bool MoveToFreePlace(const QByteArray& from, const QByteArray& to) {
   unlink(from.constData());
   return true;
 }
-
-}  // namespace
 
 NewFile::NewFile(const QByteArray& content, const QString& name)
     : shown_(FileName::Shown(name)), path_(FileName::ToBytes(name)) {
@@ -65,7 +59,9 @@ void NewFile::Place() {
   Sync(FolderOf(path_));
 }
 
-void NewFile::TakeBack() { unlink(path_.constData()); }
+void NewFile::TakeBack() {
+  if (beside_.isEmpty()) unlink(path_.constData());
+}
 
 void NewFile::RemoveLeftovers(const QByteArray& path) {
   glob_t found{};
@@ -76,6 +72,16 @@ void NewFile::RemoveLeftovers(const QByteArray& path) {
     }
   }
   globfree(&found);
+}
+
+void PlaceTogether(NewFile* mainFile, NewFile* thresholdsFile) {
+  if (thresholdsFile != nullptr) thresholdsFile->Place();
+  try {
+    if (mainFile != nullptr) mainFile->Place();
+  } catch (...) {
+    if (thresholdsFile != nullptr) thresholdsFile->TakeBack();
+    throw;
+  }
 }
 
 QByteArray EscapedForPattern(const QByteArray& path) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <QByteArray>
 #include <QString>
 
@@ -30,5 +32,13 @@ class NewFile {
   int descriptor_ = -1;
 };
 
+/// Places those of the two that are there, the thresholds file first: in the main file alone an alignment
+/// would stand without its thresholds. Both or, unless the run is killed, neither.
+void PlaceTogether(NewFile* mainFile, NewFile* thresholdsFile);
+
+/// The mode that a program's files have if it asks for nothing special.
+mode_t OrdinaryMode();
+/// Never over another file, even if one appears there meanwhile; else false, with errno.
+bool MoveToFreePlace(const QByteArray& from, const QByteArray& to);
 /// The path without anything that a name pattern would take for more than itself.
 QByteArray EscapedForPattern(const QByteArray& path);

@@ -4,12 +4,13 @@
 #include "tool/FileName.h"
 #include "tool/pair/Snapshot.h"
 
-bool IsThresholdsFile(const Sqlite& db) {
+bool IsThresholdsFile(const Sqlite& db, Has has) {
   constexpr qint64 Tables = 3;
-  return db.Number(
-             "SELECT total(CASE name WHEN 'Version' THEN -1 ELSE 1 END) FROM main.sqlite_schema WHERE type = "
-             "'table' AND name IN ('PreferencesPathLength', 'AntennaAlignmentThresholds', "
-             "'PathAlignmentThresholds', 'Version')") == Tables;
+  const qint64 there = db.Number(
+      "SELECT total(CASE name WHEN 'Version' THEN -3 ELSE 1 END) FROM main.sqlite_schema WHERE type = "
+      "'table' AND name IN ('PreferencesPathLength', 'AntennaAlignmentThresholds', "
+      "'PathAlignmentThresholds', 'Version')");
+  return has == Has::AllTables ? there == Tables : there > 0;
 }
 
 std::vector<PairNames> PairsOf(const QStringList& names, const Deadline& deadline) {
@@ -17,7 +18,8 @@ std::vector<PairNames> PairsOf(const QStringList& names, const Deadline& deadlin
   for (const QString& name : names) {
     Snapshot file(name, QString(), deadline, Snapshot::Look::AsItIs);
     file.Files().Open();
-    if (!IsThresholdsFile(file.Files().Db())) {
+    // One with a table missing is a damaged thresholds file, not a main file.
+    if (!IsThresholdsFile(file.Files().Db(), Has::AnyTable)) {
       pairs.push_back({name, QString()});
     } else if (!pairs.empty() && pairs.back().thresholdsName.isEmpty()) {
       pairs.back().thresholdsName = name;

@@ -12,8 +12,10 @@ struct PairNames {
   QString thresholdsName;
 };
 
-/// Whether a database has the tables of a thresholds file and is no main file.
-bool IsThresholdsFile(const Sqlite& db);
+/// Whether a database has all tables of a thresholds file, or with `AnyTable` one of them, and is no main
+/// file.
+enum class Has { AllTables, AnyTable };
+bool IsThresholdsFile(const Sqlite& db, Has has);
 
 /// Which files belong together if any main file may come without a thresholds file: what they hold shows it,
 /// and a thresholds file goes with the main file before it. Throws WrongUsage for one without such a main

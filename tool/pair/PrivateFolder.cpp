@@ -98,8 +98,9 @@ PrivateFolder::PrivateFolder() {
   while (descriptor_ < 0) {
     path_ = place + Prefix + "XXXXXX";
     if (path_.size() >= static_cast<int>(thisRuns.size()) || mkdtemp(path_.data()) == nullptr) {
-      throw Failure(FileName::Shown(FileName::FromBytes(place)) + QStringLiteral(": ") +
-                    FileName::SystemError(errno));
+      throw Failure(FileName::Shown(FileName::FromBytes(place)) +
+                    QStringLiteral(": cannot take temporary files (") + FileName::SystemError(errno) +
+                    QStringLiteral("); TMPDIR can name another folder"));
     }
     descriptor_ = open(path_.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor_ >= 0 && !(LockFolder(descriptor_) && IsStillThere(path_, descriptor_))) {

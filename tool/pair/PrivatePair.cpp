@@ -103,17 +103,18 @@ void PrivatePair::RequireShape() {
   if (HasThresholds()) RequireShapeOf("thresholds", FreshThresholdsPath(), shownThresholds_);
 }
 
+void PrivatePair::RequireOperandsOf(qint64 version) const {
+  const bool needsThresholds = version >= Versions::FirstWithThresholds;
+  if (!Versions::IsKnown(version) || needsThresholds == HasThresholds()) return;
+  throw WrongUsage(shownMain_ + QStringLiteral(": is of version ") + QString::number(version) +
+                   (needsThresholds
+                        ? QStringLiteral(", so THRESHOLDS has to be given")
+                        : QStringLiteral(", which has no thresholds file: leave THRESHOLDS out")));
+}
+
 void PrivatePair::RequirePair() {
   Open();
-  RequireVersion();
-  if (version_ >= Versions::FirstWithThresholds && !HasThresholds()) {
-    throw WrongUsage(shownMain_ + QStringLiteral(": is of version ") + QString::number(version_) +
-                     QStringLiteral(", so THRESHOLDS has to be given"));
-  }
-  if (version_ < Versions::FirstWithThresholds && HasThresholds()) {
-    throw WrongUsage(shownMain_ + QStringLiteral(": is of version ") + QString::number(version_) +
-                     QStringLiteral(", which has no thresholds file: leave THRESHOLDS out"));
-  }
+  RequireOperandsOf(RequireVersion());
   RequireShape();
 }
 

@@ -38,7 +38,9 @@ class PrivatePair {
   unsigned int RequireVersion();
   /// Throws the same unless both have the tables and columns of their version.
   void RequireShape();
-  /// All of these; and whether a thresholds file was given has to fit the version (else WrongUsage).
+  /// Throws WrongUsage if a thresholds file was given for a version that has none, or none for one that has.
+  void RequireOperandsOf(qint64 version) const;
+  /// All of these.
   void RequirePair();
   /// Throws the same unless they are a pair that can be changed: of the current version and belonging
   /// together.

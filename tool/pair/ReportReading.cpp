@@ -123,31 +123,55 @@ bool StandsBefore(const Alignment& a, const Alignment& b) {
   return byPosition != 0 ? byPosition < 0 : a.key < b.key;
 }
 
+/// How many alignments name a row that is not there.
+qint64 Incomplete(const Sqlite& db, Kind kind) {
+  const Tables& tables = Belonging::Of(kind);
+  const auto misses = [](const char* column, const char* table, const char* key) {
+    return QByteArray(column) + " NOT IN (SELECT " + key + " FROM main." + table + ')';
+  };
+  QByteArray condition = misses(tables.ownerKey, tables.owners, tables.ownerKey) + " OR " +
+                         misses("TargetOrientationKey", "Orientation", "OrientationKey") + " OR " +
+                         misses("MeasuredOrientationKey", "Orientation", "OrientationKey") + " OR " +
+                         misses("LocationKey", "Geolocation", "GeolocationKey") + " OR " +
+                         misses("SiteHeightKey", "Height", "HeightKey");
+  if (kind == Kind::Path) condition += " OR " + misses("PathLocationKey", "Geolocation", "GeolocationKey");
+  return db.Number(QByteArray("SELECT count(*) FROM main.") + tables.alignments + " WHERE " + condition);
+}
+
+void RequireNumbersOf(const PrivatePair& files, const char* schema, const char* table) {
+  const std::vector<qint64> wrong =
+      ColumnTypes::WrongRows(files.Db(), schema, table, ColumnTypes::Looked::Numbers, 1);
+  if (wrong.empty()) return;
+  const bool inMain = qstrcmp(schema, "main") == 0;
+  throw Damage(inMain ? files.ShownMain() : files.ShownThresholds(),
+               QStringLiteral("row ") + QString::number(wrong.front()) + QStringLiteral(" of ") +
+                   QLatin1String(table) + QStringLiteral(" holds what is no finite number"));
+}
+
 }  // namespace
 
 namespace ReportReading {
 
+void RequireComplete(const PrivatePair& files) {
+  const qint64 incomplete = Incomplete(files.Db(), Kind::Site) + Incomplete(files.Db(), Kind::Path);
+  if (incomplete == 0) return;
+  throw Damage(files.ShownMain(), Console::Counted(incomplete, QStringLiteral("alignment")) +
+                                      QStringLiteral(" without all the rows that belong to it"));
+}
+
 void RequireNumbers(const PrivatePair& files) {
-  constexpr struct {
-    const char* schema;
-    const char* table;
-  } Checked[] = {{"main", "Orientation"},
-                 {"main", "Geolocation"},
-                 {"main", "Height"},
-                 {"main", "AntennaAlignment"},
-                 {"main", "PathAlignment"},
-                 {"thresholds", "AntennaAlignmentThresholds"},
-                 {"thresholds", "PathAlignmentThresholds"}};
-  for (const auto& checked : Checked) {
-    if (qstrcmp(checked.schema, "thresholds") == 0 && !files.HasThresholds()) continue;
-    const std::vector<qint64> wrong =
-        ColumnTypes::WrongRows(files.Db(), checked.schema, checked.table, ColumnTypes::Looked::Numbers, 1);
-    if (wrong.empty()) continue;
-    const bool inMain = qstrcmp(checked.schema, "main") == 0;
-    throw Damage(inMain ? files.ShownMain() : files.ShownThresholds(),
-                 QStringLiteral("row ") + QString::number(wrong.front()) + QStringLiteral(" of ") +
-                     QLatin1String(checked.table) + QStringLiteral(" holds what is no finite number"));
+  for (const char* table : {"Orientation", "Geolocation", "Height", "AntennaAlignment", "PathAlignment"}) {
+    RequireNumbersOf(files, "main", table);
   }
+  if (!files.HasThresholds()) return;
+  for (const char* table : {"AntennaAlignmentThresholds", "PathAlignmentThresholds"}) {
+    RequireNumbersOf(files, "thresholds", table);
+  }
+}
+
+void RequirePreferences(const PrivatePair& files) {
+  RequireNumbersOf(files, "main", "Preferences");
+  if (files.HasThresholds()) RequireNumbersOf(files, "thresholds", "PreferencesPathLength");
 }
 
 std::map<qint64, std::vector<Alignment>> Read(const PrivatePair& files, Kind kind, const qint64* onlyOwner) {

@@ -68,21 +68,6 @@ std::vector<Snapshot::Summary> SummariesOf(const PrivatePair& files, Kind kind) 
   return summaries;
 }
 
-/// How many alignments name a row that is not there: the library reads zeros in its place.
-qint64 Incomplete(const Sqlite& db, Kind kind) {
-  const Belonging::Tables& tables = Belonging::Of(kind);
-  const auto misses = [](const char* column, const char* table, const char* key) {
-    return QByteArray(column) + " NOT IN (SELECT " + key + " FROM main." + table + ')';
-  };
-  QByteArray condition = misses(tables.ownerKey, tables.owners, tables.ownerKey) + " OR " +
-                         misses("TargetOrientationKey", "Orientation", "OrientationKey") + " OR " +
-                         misses("MeasuredOrientationKey", "Orientation", "OrientationKey") + " OR " +
-                         misses("LocationKey", "Geolocation", "GeolocationKey") + " OR " +
-                         misses("SiteHeightKey", "Height", "HeightKey");
-  if (kind == Kind::Path) condition += " OR " + misses("PathLocationKey", "Geolocation", "GeolocationKey");
-  return db.Number(QByteArray("SELECT count(*) FROM main.") + tables.alignments + " WHERE " + condition);
-}
-
 }  // namespace
 
 Snapshot::Snapshot(const QString& mainName, const QString& thresholdsName, const Deadline& deadline,
@@ -113,6 +98,7 @@ std::vector<Snapshot::Summary> Snapshot::Summaries() const {
 
 std::vector<Reports> Snapshot::ReadAllOf(const PrivatePair& files) {
   ReportReading::RequireNumbers(files);
+  ReportReading::RequireComplete(files);
   std::vector<Reports> all;
   for (const Kind kind : {Kind::Site, Kind::Path}) {
     auto byOwner = ReportReading::Read(files, kind, nullptr);
@@ -128,10 +114,7 @@ std::vector<Alignment> Snapshot::ReadWhole() const {
   for (Reports& reports : ReadAll()) {
     std::move(reports.alignments.begin(), reports.alignments.end(), std::back_inserter(whole));
   }
-  const qint64 incomplete = Incomplete(files_.Db(), Kind::Site) + Incomplete(files_.Db(), Kind::Path);
-  if (incomplete == 0) return whole;
-  throw Damage(files_.ShownMain(), Console::Counted(incomplete, QStringLiteral("alignment")) +
-                                       QStringLiteral(" without all the rows that belong to it"));
+  return whole;
 }
 
 Snapshot::Summary Snapshot::Find(Kind kind, const QString& identifier) const {
@@ -150,6 +133,10 @@ Reports Snapshot::ReadOne(Kind kind, const QString& identifier) const {
   auto byOwner = ReportReading::Read(files_, kind, &summary.key);
   return ReportsOf(Version(), summary, std::move(byOwner[summary.key]));
 }
+
+void Snapshot::RequireComplete() const { ReportReading::RequireComplete(files_); }
+
+void Snapshot::RequirePreferences() const { ReportReading::RequirePreferences(files_); }
 
 bool Snapshot::RestorePreferences(IPreferencesModel* model) const {
   LibraryCall call;

@@ -40,15 +40,21 @@ class Snapshot {
   /// The key of a site or path; fails for an identifier that is not stored.
   qint64 KeyOf(Kind kind, const QString& identifier) const;
 
-  /// All alignments, through the library; throws a Failure (4) for values that are not finite numbers.
+  /// All alignments, through the library; throws a Failure (4) for values that are not finite numbers, and if
+  /// one of the alignments names a row that is not there.
   std::vector<Reports> ReadAll() const { return ReadAllOf(files_); }
   /// The same for private copies that were checked.
   static std::vector<Reports> ReadAllOf(const PrivatePair& files);
-  /// All alignments, one after the other; throws a Failure (4) also if one of them names a row that is not
-  /// there.
+  /// All alignments, one after the other.
   std::vector<Alignment> ReadWhole() const;
-  /// Of one site or path; fails for an identifier that is not stored.
+  /// Of one site or path; fails for an identifier that is not stored. Zeros stand for rows that are not
+  /// there.
   Reports ReadOne(Kind kind, const QString& identifier) const;
+
+  /// Throws a Failure (4) if an alignment names a row that is not there.
+  void RequireComplete() const;
+  /// Throws the same if one of the preferences' values is not a finite number.
+  void RequirePreferences() const;
 
   /// False if none are stored.
   bool RestorePreferences(IPreferencesModel* model) const;

@@ -29,11 +29,6 @@ bool ReadAt(int descriptor, off_t at, char* to, std::size_t size) {
   return pread(descriptor, to, size, at) == static_cast<ssize_t>(size);
 }
 
-off_t SizeOf(int descriptor) {
-  struct stat status {};
-  return fstat(descriptor, &status) == 0 ? status.st_size : 0;
-}
-
 quint32 BigEndian(const char* bytes) {
   quint32 number = 0;
   for (int at = 0; at < 4; ++at) number = number << 8 | static_cast<unsigned char>(bytes[at]);
@@ -45,29 +40,10 @@ bool Exists(const QByteArray& path) {
   return stat(path.constData(), &status) == 0;
 }
 
-/// Shows whether a file was written to meanwhile.
-struct Stamp {
-  explicit Stamp(const QByteArray& path) { there = stat(path.constData(), &status) == 0; }
-  bool operator==(const Stamp& other) const {
-    return there == other.there &&
-           (!there || (status.st_size == other.status.st_size && status.st_ino == other.status.st_ino &&
-                       status.st_mtim.tv_sec == other.status.st_mtim.tv_sec &&
-                       status.st_mtim.tv_nsec == other.status.st_mtim.tv_nsec));
-  }
-  bool there = false;
-  struct stat status {};
-};
-
 }  // namespace
 
-SourceFile::SourceFile(const QString& name) : shown_(FileName::Shown(name)) {
-  const QByteArray bytes = FileName::ToBytes(name);
-  std::array<char, PATH_MAX> resolved{};
-  if (realpath(bytes.constData(), resolved.data()) == nullptr) {
-    if (errno == ENOENT) throw Failure(shown_ + QStringLiteral(": no such file"));
-    FailWithErrno(shown_);
-  }
-  path_ = resolved.data();
+SourceFile::SourceFile(const QString& name, Needs needs) : shown_(FileName::Shown(name)) {
+  path_ = ResolvedPath(name);
   // Without waiting for the other end, should it be a pipe.
   descriptor_ = open(path_.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor_ < 0) FailWithErrno(shown_);
@@ -77,6 +53,7 @@ SourceFile::SourceFile(const QString& name) : shown_(FileName::Shown(name)) {
     throw Failure(shown_ + QStringLiteral(": is not a file"));
   }
   std::array<char, 16> start{};
+  if (needs == Needs::AnyFile) return;
   if (!ReadAt(descriptor_, 0, start.data(), start.size()) ||
       std::memcmp(start.data(), "SQLite format 3", start.size()) != 0) {
     close(descriptor_);
@@ -105,6 +82,17 @@ bool SourceFile::LockBytes(short type, off_t from, off_t length) const {
   lock.l_len = length;
   if (fcntl(descriptor_, F_SETLK, &lock) == 0) return true;
   if (errno != EACCES && errno != EAGAIN) FailWithErrno(shown_);
+  return false;
+}
+
+bool LockExclusively(int descriptor, const QString& shown) {
+  struct flock lock {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = PendingByte;
+  lock.l_len = SharedFirst + SharedSize - PendingByte;
+  if (fcntl(descriptor, F_SETLK, &lock) == 0) return true;
+  if (errno != EACCES && errno != EAGAIN) FailWithErrno(shown);
   return false;
 }
 

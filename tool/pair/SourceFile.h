@@ -12,8 +12,12 @@
 /// goes with it is copied too, for SQLite to apply to the copy.
 class SourceFile {
  public:
+  enum class Needs {
+    Database,  ///< It begins as a database does.
+    AnyFile    ///< What a damaged one begins with does not matter.
+  };
   /// Throws a Failure if there is no file, if it is not a database, or if it cannot be read.
-  explicit SourceFile(const QString& name);
+  explicit SourceFile(const QString& name, Needs needs = Needs::Database);
   SourceFile(const SourceFile&) = delete;
   SourceFile& operator=(const SourceFile&) = delete;
   ~SourceFile();
@@ -50,6 +54,10 @@ class SourceFile {
   bool rollsBack_ = false;
   bool namesSuperJournal_ = false;
 };
+
+/// Takes every lock that SQLite has on a database file, so nobody reads or writes it; false while others do.
+/// It goes when the process closes the file, by whatever descriptor.
+bool LockExclusively(int descriptor, const QString& shown);
 
 /// Copies of one or two files that show one moment.
 void CopyTogether(SourceFile* mainFile, const QByteArray& mainTarget, SourceFile* thresholdsFile,

@@ -16,6 +16,10 @@ namespace {
       throw Damage(shown, QStringLiteral("is damaged (") + QString::fromUtf8(message) + QLatin1Char(')'));
     case SQLITE_NOTADB:
       throw Failure(shown + QStringLiteral(": is no database"), Status::Damaged);
+    case SQLITE_READONLY:
+      throw Failure(shown + (code == SQLITE_READONLY_DIRECTORY
+                                 ? QStringLiteral(": cannot be changed: its folder cannot be written")
+                                 : QStringLiteral(": cannot be written")));
     case SQLITE_ERROR:
       // The statements are right, so it is the file's tables that are wrong.
       throw Damage(shown, QString::fromUtf8(message));
@@ -98,6 +102,17 @@ Sqlite::Rows& Sqlite::Rows::Bind(int number, const QByteArray& text) {
       sqlite3_bind_text(statement_.get(), number, text.constData(), text.size(), SQLITE_TRANSIENT);
   if (result != SQLITE_OK) db_->Throw(result);
   return *this;
+}
+
+Sqlite::Rows& Sqlite::Rows::Bind(int number, double value) {
+  const int result = sqlite3_bind_double(statement_.get(), number, value);
+  if (result != SQLITE_OK) db_->Throw(result);
+  return *this;
+}
+
+void Sqlite::Rows::Restart() {
+  sqlite3_reset(statement_.get());
+  sqlite3_clear_bindings(statement_.get());
 }
 
 QByteArray Quoted(const QByteArray& name) {

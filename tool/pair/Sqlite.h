@@ -28,6 +28,9 @@ class Sqlite {
 
     Rows& Bind(int number, qint64 value);
     Rows& Bind(int number, const QByteArray& text);
+    Rows& Bind(int number, double value);
+    /// For another run of the statement, with all values null.
+    void Restart();
 
    private:
     friend class Sqlite;

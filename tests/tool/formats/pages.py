@@ -3,6 +3,7 @@
 
 pages.py TOOL SURVEY: SURVEY is a JSON file whose first entries are copied.
 """
+import contextlib
 import copy
 import glob
 import json
@@ -80,7 +81,7 @@ def survey():
 
 def store_preferences():
     """As an instrument does; what does not matter here is 0."""
-    with sqlite3.connect("m") as main:
+    with contextlib.closing(sqlite3.connect("m", isolation_level=None)) as main:
         columns = [row[1] for row in main.execute("PRAGMA table_info(Preferences)")]
         known = {"SerialNumber": 734211, "SerialNumberValid": 1, "CalibrationDate": "2024-01-08", "UserTechId": "ż-07"}
         main.execute("INSERT INTO Preferences (%s) VALUES (%s)" % (", ".join(columns), ", ".join("?" * len(columns))),

@@ -3,12 +3,14 @@
 
 standards.py TOOL SURVEY: SURVEY is a JSON file to import.
 """
+import contextlib
 import copy
 import csv
 import io
 import json
 import math
 import os
+import sqlite3
 import subprocess
 import sys
 import tempfile
@@ -215,9 +217,10 @@ class Standards(unittest.TestCase):
         with open("a.csv", "wb") as file:
             file.write(tool("export", "--format", "csv"))
         run("sqlite3", "a.sqlite", ".mode csv", ".import a.csv alignments")
-        rows = run("sqlite3", "-json", "a.sqlite", 'SELECT uid, "options.note" AS note FROM alignments')
-        exported = [{"uid": entry["uid"], "note": entry["options"]["note"]} for entry in json.loads(tool("export"))]
-        self.assertEqual(json.loads(rows), exported)
+        # Not asked through the program: some versions write control characters as faulty JSON.
+        with contextlib.closing(sqlite3.connect("a.sqlite")) as imported:
+            rows = imported.execute('SELECT uid, "options.note" FROM alignments').fetchall()
+        self.assertEqual(rows, [(entry["uid"], entry["options"]["note"]) for entry in json.loads(tool("export"))])
 
 
 if __name__ == "__main__":
