@@ -532,7 +532,7 @@ TEST_F(OperationGuardTest, WatchesItsOwnThreadAlone) {
     steps = StepsOfAFailingLoop(db, 100);
     const OperationGuard own;
     Sql::Execute(db, "garbage", "Garbage");
-    failures = own.Failures().size();
+    failures = static_cast<int>(own.Failures().size());
   });
   other.join();
   EXPECT_EQ(steps, 101);

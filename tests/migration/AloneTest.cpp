@@ -38,7 +38,7 @@ TEST_P(AloneTest, LocksFromBeforeTheScratchFileUntilTheSwapIsDone) {
   EXPECT_TRUE(Convert(Tested(), Main()).result);
   const QStringList calls = FileCalls::TakeTrace();
   FileCalls::Reset();
-  const int locked = calls.indexOf("flock " + scratchFolder);
+  const auto locked = calls.indexOf("flock " + scratchFolder);
   EXPECT_EQ(calls.count("flock " + scratchFolder), 1);
   EXPECT_LT(calls.indexOf("create " + Main()), locked);
   EXPECT_GE(calls.indexOf("create " + Main()), 0);

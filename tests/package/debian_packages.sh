@@ -10,7 +10,7 @@ if [ "$qt" = 5 ]; then
   runtime=libtarnbeamdatabase1 development=libtarnbeamdatabase-dev tool=tarnbeam-db
   qt_runtime=libqt5core5a qt_development=qtbase5-dev
 else
-  runtime=libtarnbeamdatabase-qt$qt-1 development=libtarnbeamdatabase-qt$qt-dev tool=tarnbeam-db-qt$qt
+  runtime=libtarnbeamdatabaseqt$qt-1 development=libtarnbeamdatabaseqt$qt-dev tool=tarnbeam-db-qt$qt
   qt_runtime=libqt${qt}core$qt qt_development=qt$qt-base-dev
 fi
 cpack -G DEB --config "$build/CPackConfig.cmake" -B "$work/packages" >"$work/log" 2>&1 ||

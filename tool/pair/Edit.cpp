@@ -168,11 +168,21 @@ void Edit::Commit() {
     RequireEqual(*db_);
     db_->Execute("COMMIT");
   } catch (const Failure& failure) {
+    RemoveSharedJournal();
     throw Failure(QString::fromUtf8(failure.what()) + QStringLiteral("; both files are as they were"),
                   failure.ExitStatus());
   }
   Release();
   ReadBack();
+}
+
+/// SQLite leaves the journal that both files share where a commit fails. Removed under the lock alone, since
+/// another program may have just begun one.
+void Edit::RemoveSharedJournal() const {
+  sqlite3* const db = db_->Handle();
+  sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
+  if (sqlite3_exec(db, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr) == SQLITE_OK)
+    Leftovers::Remove(mainPath_, thresholdsPath_);
 }
 
 template <typename Work>

@@ -43,6 +43,7 @@ class Edit {
   QString FindInUse() const;
   void SetRollbackJournal(const char* schema, bool* hasLog) const;
   void RequireWritable() const;
+  void RemoveSharedJournal() const;
   void CopyLocked(const char* schema, const QByteArray& target) const;
   void LookAtCopies(Files files);
   void RequireEqual(const Sqlite& db) const;

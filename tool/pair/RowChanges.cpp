@@ -121,7 +121,7 @@ Objects ObjectsOf(const Sqlite& db, const QByteArray& schema) {
 /// Texts are kept as they are in the file, whose tables they are, so each names its object without a schema:
 /// after CREATE TABLE, CREATE UNIQUE INDEX and so on.
 QByteArray InSchema(const QByteArray& type, const QByteArray& text, const QByteArray& schema) {
-  const int at = text.indexOf(type.toUpper() + ' ') + type.size() + 1;
+  const auto at = text.indexOf(type.toUpper() + ' ') + type.size() + 1;
   return text.left(at) + schema + '.' + text.mid(at);
 }
 

@@ -50,7 +50,8 @@ void Sqlite::Throw(int code) const { ThrowFor(code, shown_, sqlite3_errmsg(db_.g
 
 Sqlite::Rows Sqlite::Select(const QByteArray& sql) const {
   sqlite3_stmt* statement = nullptr;
-  const int result = sqlite3_prepare_v2(db_.get(), sql.constData(), sql.size(), &statement, nullptr);
+  const int result =
+      sqlite3_prepare_v2(db_.get(), sql.constData(), static_cast<int>(sql.size()), &statement, nullptr);
   Rows rows(this, statement);
   if (result != SQLITE_OK) Throw(result);
   return rows;
@@ -98,8 +99,8 @@ Sqlite::Rows& Sqlite::Rows::Bind(int number, qint64 value) {
 }
 
 Sqlite::Rows& Sqlite::Rows::Bind(int number, const QByteArray& text) {
-  const int result =
-      sqlite3_bind_text(statement_.get(), number, text.constData(), text.size(), SQLITE_TRANSIENT);
+  const int result = sqlite3_bind_text(statement_.get(), number, text.constData(),
+                                       static_cast<int>(text.size()), SQLITE_TRANSIENT);
   if (result != SQLITE_OK) db_->Throw(result);
   return *this;
 }
