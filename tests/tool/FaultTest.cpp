@@ -23,17 +23,17 @@ class FaultTest : public ToolTest {
     }
     WriteJson("in.json", entries);
     for (const char* folder : {"files", "copies"}) ASSERT_TRUE(QDir(Folder()).mkdir(folder));
-    RunWell({"create", mainFile, thresholdsFile});
-    RunWell({"import", mainFile, thresholdsFile, "in.json"});
-    main_ = ReadFile(mainFile);
-    thresholds_ = ReadFile(thresholdsFile);
+    RunWell({"create", mainName, thresholdsName});
+    RunWell({"import", mainName, thresholdsName, "in.json"});
+    main_ = ReadFile(mainName);
+    thresholds_ = ReadFile(thresholdsName);
   }
 
   void Restore() {
     QDir(Path("files")).removeRecursively();
     QDir(Folder()).mkdir("files");
-    WriteFile(mainFile, main_);
-    WriteFile(thresholdsFile, thresholds_);
+    WriteFile(mainName, main_);
+    WriteFile(thresholdsName, thresholds_);
   }
 
   Outcome RunFailing(const QStringList& words, const char* kind, const QString& folder, int number) {
@@ -49,17 +49,17 @@ class FaultTest : public ToolTest {
   }
   bool HasFailed() const { return QFile::exists(Path("mark")); }
 
-  static constexpr const char* mainFile = "files/m";
-  static constexpr const char* thresholdsFile = "files/t";
+  static constexpr const char* mainName = "files/m";
+  static constexpr const char* thresholdsName = "files/t";
   QByteArray main_;
   QByteArray thresholds_;
 };
 
 TEST_F(FaultTest, AReadThatFailsIsNoShorterAnswer) {
-  const QList<QStringList> commands{{"export", mainFile, thresholdsFile},
-                                    {"list", mainFile, thresholdsFile},
-                                    {"report", mainFile, thresholdsFile, "--all", "--format", "csv"},
-                                    {"check", mainFile, thresholdsFile}};
+  const QList<QStringList> commands{{"export", mainName, thresholdsName},
+                                    {"list", mainName, thresholdsName},
+                                    {"report", mainName, thresholdsName, "--all", "--format", "csv"},
+                                    {"check", mainName, thresholdsName}};
   for (const QStringList& words : commands) {
     const QString right = RunWell(words);
     for (const char* folder : {"files", "copies"}) {
@@ -83,13 +83,13 @@ TEST_F(FaultTest, AReadThatFailsIsNoShorterAnswer) {
 }
 
 TEST_F(FaultTest, AWriteThatFailsChangesAllOrNothing) {
-  const QString before = RunWell({"export", mainFile, thresholdsFile});
+  const QString before = RunWell({"export", mainName, thresholdsName});
   for (const QStringList& words :
-       {QStringList{"import", mainFile, thresholdsFile, "in.json"},
-        QStringList{"delete", mainFile, thresholdsFile, "--site", "S1", "--yes"}}) {
+       {QStringList{"import", mainName, thresholdsName, "in.json"},
+        QStringList{"delete", mainName, thresholdsName, "--site", "S1", "--yes"}}) {
     Restore();
     ASSERT_EQ(Run(words).status, 0);
-    const QString after = RunWell({"export", mainFile, thresholdsFile});
+    const QString after = RunWell({"export", mainName, thresholdsName});
     for (const char* folder : {"files", "copies"}) {
       int told = 0;
       // Between the two files the disk is asked for most in the end.
@@ -100,7 +100,7 @@ TEST_F(FaultTest, AWriteThatFailsChangesAllOrNothing) {
         if (!HasFailed()) break;
         told += outcome.status != 0 ? 1 : 0;
         EXPECT_TRUE(outcome.status == 0 || outcome.status == 1) << outcome.status;
-        EXPECT_EQ(RunWell({"export", mainFile, thresholdsFile}), outcome.status == 0 ? after : before)
+        EXPECT_EQ(RunWell({"export", mainName, thresholdsName}), outcome.status == 0 ? after : before)
             << outcome.err.toStdString();
         if (HasFailure()) return;
       }
@@ -111,15 +111,15 @@ TEST_F(FaultTest, AWriteThatFailsChangesAllOrNothing) {
 
 // What the damage leaves readable may be another value: that is not for a program to know.
 TEST_F(FaultTest, DamagedPagesAreToldOrHarmless) {
-  const QList<QStringList> commands{{"list", mainFile, thresholdsFile},
-                                    {"export", mainFile, thresholdsFile},
-                                    {"report", mainFile, thresholdsFile, "--all", "--format", "json"},
-                                    {"map", mainFile, thresholdsFile, "--format", "geojson"},
-                                    {"check", mainFile, thresholdsFile},
-                                    {"preferences", mainFile, thresholdsFile},
-                                    {"version", mainFile},
-                                    {"import", mainFile, thresholdsFile, "none.json"},
-                                    {"delete", mainFile, thresholdsFile, "--site", "S1", "--yes"}};
+  const QList<QStringList> commands{{"list", mainName, thresholdsName},
+                                    {"export", mainName, thresholdsName},
+                                    {"report", mainName, thresholdsName, "--all", "--format", "json"},
+                                    {"map", mainName, thresholdsName, "--format", "geojson"},
+                                    {"check", mainName, thresholdsName},
+                                    {"preferences", mainName, thresholdsName},
+                                    {"version", mainName},
+                                    {"import", mainName, thresholdsName, "none.json"},
+                                    {"delete", mainName, thresholdsName, "--site", "S1", "--yes"}};
   WriteJson("none.json", {});
   std::mt19937 chance(7);
   const auto below = [&](qsizetype limit) {
@@ -129,7 +129,7 @@ TEST_F(FaultTest, DamagedPagesAreToldOrHarmless) {
   for (int round = 0; round < (AreAllWanted() ? 400 : 24); ++round) {
     SCOPED_TRACE(round);
     Restore();
-    const QString name = round % 3 == 0 ? thresholdsFile : mainFile;
+    const QString name = round % 3 == 0 ? thresholdsName : mainName;
     const QByteArray whole = ReadFile(name);
     QByteArray bytes(1 + below(300), '\0');
     for (char& byte : bytes) byte = static_cast<char>(chance());
@@ -137,11 +137,11 @@ TEST_F(FaultTest, DamagedPagesAreToldOrHarmless) {
     int at = 0;
     do {
       at = below(whole.size() - bytes.size());
-    } while (name == mainFile && (at + bytes.size()) / 4096 >= PageOf(mainFile, "Version") &&
-             at / 4096 <= PageOf(mainFile, "Version"));
+    } while (name == mainName && (at + bytes.size()) / 4096 >= PageOf(mainName, "Version") &&
+             at / 4096 <= PageOf(mainName, "Version"));
     Overwrite(name, at, bytes);
-    const QByteArray mainFile = ReadFile(mainFile);
-    const QByteArray thresholds = ReadFile(thresholdsFile);
+    const QByteArray mainFile = ReadFile(mainName);
+    const QByteArray thresholds = ReadFile(thresholdsName);
     // A few commands of each file that is damaged; all in the long form.
     for (int number = 0; number < commands.size(); ++number) {
       const QStringList& words = commands.at(number);
@@ -153,8 +153,8 @@ TEST_F(FaultTest, DamagedPagesAreToldOrHarmless) {
           << words.first().toStdString() << ": " << outcome.status << ' ' << outcome.err.toStdString();
       damaged += outcome.status == 4 ? 1 : 0;
       if (changes && outcome.status == 0) break;
-      EXPECT_EQ(ReadFile(mainFile), mainFile);
-      EXPECT_EQ(ReadFile(thresholdsFile), thresholds);
+      EXPECT_EQ(ReadFile(mainName), mainFile);
+      EXPECT_EQ(ReadFile(thresholdsName), thresholds);
       EXPECT_EQ(QDir(Path("files")).entryList(QDir::Files | QDir::Hidden), (QStringList{"m", "t"}));
     }
     if (HasFailure()) return;

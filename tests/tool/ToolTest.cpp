@@ -69,7 +69,7 @@ void ToolTest::Prepare(QProcess* process) const {
 
 Outcome ToolTest::Finish(QProcess* process) {
   constexpr int patience = 60'000;
-  EXPECT_TRUE(process->waitForFinished(Patience)) << process->errorString().toStdString();
+  EXPECT_TRUE(process->waitForFinished(patience)) << process->errorString().toStdString();
   EXPECT_EQ(process->exitStatus(), QProcess::NormalExit);
   return {process->exitCode(), QString::fromUtf8(process->readAllStandardOutput()),
           QString::fromUtf8(process->readAllStandardError())};
