@@ -484,9 +484,13 @@ QString Writer::NewPath(const Reports& reports) {
   // An identifier may hold folder separators, and characters that act on a terminal, and be longer than the
   // 255 bytes that a name may have, of which some are for a number and for the name until the file is whole.
   constexpr int longest = 200;
-  QString shown = Console::Printable(reports.identifier).replace(QLatin1Char('/'), QLatin1Char('_'));
-  while (shown.toUtf8().size() > longest) shown.chop(shown.at(shown.size() - 1).isLowSurrogate() ? 2 : 1);
-  const QString name = shown + reports.pdfName.mid(reports.identifier.size());
+  static const auto ending = QStringLiteral("-A-Report.pdf").size();
+  QString name = Console::Printable(reports.pdfName).replace(QLatin1Char('/'), QLatin1Char('_'));
+  const auto end = name.size() > ending ? name.size() - ending : 0;
+  auto kept = end < longest ? end : longest;
+  if (kept > 0 && name.at(kept - 1).isHighSurrogate()) --kept;
+  while (name.left(kept).toUtf8().size() > longest) kept -= name.at(kept - 1).isLowSurrogate() ? 2 : 1;
+  name.remove(kept, end - kept);
   QString unique = name;
   for (int number = 2; names_.contains(unique); ++number) {
     unique = QFileInfo(name).completeBaseName() + QStringLiteral("-%1.pdf").arg(number);
