@@ -23,9 +23,9 @@ bool Convert(QString* path) {
 }
 
 // The converter at index N - 1 starts from version N.
-constexpr auto Steps =
+constexpr auto steps =
     AllConverters::Table([](auto converter) { return &Convert<typename decltype(converter)::Type>; });
-static_assert(Steps.size() == currentSchemaVersion - 1, "a version without its converter");
+static_assert(steps.size() == currentSchemaVersion - 1, "a version without its converter");
 
 /// Tables whose rows every step has to carry over.
 constexpr const char* keptTables[] = {"AntennaAlignment", "PathAlignment", "Preferences",
@@ -94,7 +94,7 @@ class Conversion {
   bool TryStep(unsigned int version, const QString& step) const {
     QString path = QString::fromLocal8Bit(copies_->MainPath());
     LibraryCall call;
-    if (!Steps.at(version - 1)(&path)) {
+    if (!steps.at(version - 1)(&path)) {
       if (call.MetOnly(EWOULDBLOCK)) return false;
       call.RequireSuccess(false,
                           copies_->ShownMain() + QStringLiteral(": ") + step +

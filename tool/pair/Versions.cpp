@@ -18,9 +18,9 @@ std::shared_ptr<IAlignmentDatabase> CreateStore(const QString& mainPath, const Q
 }
 
 // The store at index N - 1 is that of version N.
-constexpr auto Openers =
+constexpr auto openers =
     AllStores::Table([](auto store) -> Opener { return &OpenStore<typename decltype(store)::Type>; });
-constexpr auto Creators =
+constexpr auto creators =
     AllStores::Table([](auto store) -> Opener { return &CreateStore<typename decltype(store)::Type>; });
 
 }  // namespace
@@ -31,12 +31,12 @@ bool IsKnown(qint64 version) { return version >= 1 && version <= qint64(currentS
 
 std::shared_ptr<IAlignmentDatabase> Open(unsigned int version, const QString& mainPath,
                                          const QString& thresholdsPath) {
-  return Openers.at(version - 1)(mainPath, thresholdsPath);
+  return openers.at(version - 1)(mainPath, thresholdsPath);
 }
 
 void Create(unsigned int version, const QString& mainPath, const QString& thresholdsPath) {
   LibraryCall call;
-  Creators.at(version - 1)(mainPath, thresholdsPath);
+  creators.at(version - 1)(mainPath, thresholdsPath);
   call.RequireSuccess(true, QStringLiteral("new files cannot be made in the folder for temporary files"));
 }
 
