@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# Shared by ./run-tests, ./quickstart and bench/run: what has to be installed, and where conversions can work.
-# Sourced, not run.
+# Shared by ./run-tests, ./quickstart, bench/run and the scripts beside it: what has to be installed, and where
+# conversions can work. Sourced, not run.
 
 # The top folder.
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)

@@ -10,11 +10,12 @@ PV = "1.0.0+git${SRCPV}"
 S = "${WORKDIR}/git"
 
 DEPENDS = "qtbase sqlite3"
-inherit cmake_qt5 useradd
+inherit cmake_qt5 pkgconfig useradd
 
 EXTRA_OECMAKE = "-DTARNBEAM_BUILD_TESTS=OFF -DTARNBEAM_BUILD_TOOL=${@bb.utils.contains('PACKAGECONFIG', 'tool', 'ON', 'OFF', d)}"
 PACKAGECONFIG ??= ""
-PACKAGECONFIG[tool] = ",,,"
+# The program draws lines on the globe.
+PACKAGECONFIG[tool] = ",,geographiclib"
 
 # Whoever converts files is a member of this group.
 USERADD_PACKAGES = "${PN}"

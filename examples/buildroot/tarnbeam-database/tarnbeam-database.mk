@@ -15,6 +15,10 @@ TARNBEAM_DATABASE_DEPENDENCIES = qt5base sqlite
 TARNBEAM_DATABASE_CONF_OPTS = \
 	-DTARNBEAM_BUILD_TESTS=OFF \
 	-DTARNBEAM_BUILD_TOOL=$(if $(BR2_PACKAGE_TARNBEAM_DATABASE_TOOL),ON,OFF)
+# The program draws lines on the globe.
+ifeq ($(BR2_PACKAGE_TARNBEAM_DATABASE_TOOL),y)
+TARNBEAM_DATABASE_DEPENDENCIES += geographiclib host-pkgconf
+endif
 
 # Conversions work in this folder; whoever converts is a member of the group.
 define TARNBEAM_DATABASE_PERMISSIONS
