@@ -79,9 +79,9 @@ class IAlignmentDatabase {
   virtual QVector<QString> GetPathIdentifiers() = 0;
 
   /// Deletes every alignment of the site, whatever its sector (`sectorName` is not read), what they refer to,
-  /// the site, and their thresholds. Deleting the site's row is repeated without end while it keeps failing,
-  /// as it does while an alignment names it; so it is for a path. True when the thresholds were deleted
-  /// or their delete could not be prepared, else whether the main file was changed.
+  /// the site, and their thresholds. Looking up what they refer to is repeated without end while it fails; so
+  /// is deleting the site's row, as while an alignment names it. So it is for a path. True when the
+  /// thresholds were deleted or their delete could not be prepared, else whether the main file was changed.
   virtual bool DeleteReportsBySiteAndSector(QString& siteIdentifier, QString& sectorName) = 0;
 
   /// Deletes every alignment of the path, what they refer to, the path, and their thresholds. Never rolls

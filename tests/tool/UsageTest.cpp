@@ -40,7 +40,7 @@ INSTANTIATE_TEST_SUITE_P(
         Misuse{{"salvage"}, "MAIN is missing"}, Misuse{{"salvage", "m", "nm"}, "NEW_THRESHOLDS is missing"},
         Misuse{{"salvage", "m", "t", "nm", "nt", "x"}, "x is one too many"},
         Misuse{{"list", "m", "t", "--site", "S"}, "Unknown option 'site'."},
-        Misuse{{"report", "m", "t"}, "either --site or --path has to be given"},
+        Misuse{{"report", "m", "t"}, "--site, --path or --all has to be given"},
         Misuse{{"report", "m", "t", "--site", "S", "--path", "P"}, "either --site or --path has to be given"},
         Misuse{{"report", "m", "t", "--site", "S", "--format", "xml"}, "--format must be table, json or csv"},
         Misuse{{"report", "m", "t", "--site", "S", "--format", "csv", "--pdf", "."},

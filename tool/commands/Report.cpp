@@ -14,11 +14,12 @@ namespace {
 
 /// Nothing if all sites and paths are asked for.
 std::optional<Subject> SubjectOrAll(const Arguments& arguments) {
-  if (!arguments.options.isSet(QStringLiteral("all"))) return SubjectOf(arguments);
-  if (arguments.options.isSet(QStringLiteral("site")) || arguments.options.isSet(QStringLiteral("path"))) {
-    throw WrongUsage(QStringLiteral("--all goes with neither --site nor --path"));
-  }
-  return {};
+  const bool isOne =
+      arguments.options.isSet(QStringLiteral("site")) || arguments.options.isSet(QStringLiteral("path"));
+  const bool isAll = arguments.options.isSet(QStringLiteral("all"));
+  if (isOne && isAll) throw WrongUsage(QStringLiteral("--all goes with neither --site nor --path"));
+  if (!isOne && !isAll) throw WrongUsage(QStringLiteral("--site, --path or --all has to be given"));
+  return isAll ? std::nullopt : std::optional(SubjectOf(arguments));
 }
 
 std::unique_ptr<AlignmentWriter> MakeWriter(const QString& format, const CsvForm& csv,
