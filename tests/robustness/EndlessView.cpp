@@ -4,11 +4,12 @@
 
 #include "tests/support/DatabaseDump.h"
 
-// The table's own rows, if it has any, come again and again.
+// The table's own rows, if it has any, come again and again. Without CROSS, some engines gather the rows
+// without end before they hand out the first.
 const std::vector<EndlessView>& EndlessView::All() {
   static const std::vector<EndlessView> views = {
-      {"rows without end", "Endless JOIN %1"},
-      {"a calculation without end", "%1 WHERE (SELECT count(*) FROM Endless) >= 0"},
+      {"rows without end", "Endless CROSS JOIN %1", true},
+      {"a calculation without end", "%1 WHERE (SELECT count(*) FROM Endless) >= 0", false},
   };
   return views;
 }

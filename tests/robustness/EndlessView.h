@@ -8,6 +8,7 @@
 struct EndlessView {
   const char* what;
   const char* from;  // its rows
+  bool hasFirstRow;
 
   static const std::vector<EndlessView>& All();
   void Replace(const QString& path, const QString& table) const;

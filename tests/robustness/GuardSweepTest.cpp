@@ -156,6 +156,8 @@ std::vector<StoreOperation> LookingUp() {
 class GuardOnEndlessViews : public GuardSweep {};
 
 TEST_P(GuardOnEndlessViews, CallsEnd) {
+  // A look-up is content with the first row.
+  const bool readsAll = !QByteArray(operation_.name).contains("Known");
   for (const EndlessView& view : EndlessView::All()) {
     int ended = 0;
     for (const char* table : {"Sites", "Paths", "AntennaAlignment", "PathAlignment"}) {
@@ -167,7 +169,7 @@ TEST_P(GuardOnEndlessViews, CallsEnd) {
       ExpectWritableByOthers();
       if (guarded.loopEnded) ++ended;
     }
-    EXPECT_GT(ended, 0) << view.what;
+    EXPECT_EQ(ended > 0, readsAll || !view.hasFirstRow) << view.what;
     GetTally().spun += ended;
   }
 }
