@@ -12,6 +12,7 @@ AlignmentDatabase::AlignmentDatabase(QString databasePath, QString secondDatabas
 bool AlignmentDatabase::GetDatabaseFileVersion(QString path, unsigned int* version) {
   if (version == nullptr) return false;
   const LibraryCall call;
+  // Required behaviour: opened for writing, so that a missing file is created empty.
   const Connection db(Sql::OpenForWriting(path));
   if (!db) return false;
   sqlite3_stmt* prepared = nullptr;

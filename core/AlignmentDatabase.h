@@ -54,7 +54,8 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabase : public IAlignmentDatabaseInter
   /// The instant in local time.
   QDateTime UnixUtcToQDate(unsigned int seconds);
 
-  /// Makes the version record and writes Version() into its only row.
+  /// Makes the version record unless it is there, and writes Version() into its only row. Whether that
+  /// succeeded; a step that fails is not logged.
   bool InitializeVersionTable(sqlite3* db);
 
   /// The main file.

@@ -15,7 +15,8 @@ void Discard(sqlite3* db) {
   if (result != SQLITE_OK) Watch::CloseRefused(db, result);
 }
 
-// A pragma that fails closes the connection but leaves the handle's value: callers go by the result alone.
+// Required behaviour: a pragma that fails closes the connection but leaves the handle's value. Callers go by
+// the result alone.
 bool SetPragma(sqlite3* db, const char* sql, const char* failureLine) {
   const int result = sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
   if (result == SQLITE_OK) return true;

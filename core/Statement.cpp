@@ -86,7 +86,12 @@ int Statement::IntColumn(int column) const { return sqlite3_column_int(statement
 double Statement::DoubleColumn(int column) const { return sqlite3_column_double(statement_, column); }
 
 QString Statement::TextColumn(int column) const {
-  return QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(statement_, column)));
+  const unsigned char* const text = sqlite3_column_text(statement_, column);
+  // NULL has no text either; only the connection can tell it from one for which there was no memory.
+  if (text == nullptr && statement_ != nullptr && Watch::IsOn() && sqlite3_errcode(db_) == SQLITE_NOMEM) {
+    Watch::CallFailed(db_, SQLITE_NOMEM, "read", sqlite3_sql(statement_));
+  }
+  return QString::fromUtf8(reinterpret_cast<const char*>(text));
 }
 
 void Statement::Finalize() { Sql::Finalize(Release()); }

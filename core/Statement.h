@@ -73,7 +73,7 @@ class Statement {
   int IntColumn(int column) const;
   double DoubleColumn(int column) const;
   float FloatColumn(int column) const { return static_cast<float>(DoubleColumn(column)); }
-  /// Decoded as UTF-8; empty for NULL.
+  /// Decoded as UTF-8; empty for NULL and for a text that cannot be read.
   QString TextColumn(int column) const;
 
   /// Finalises now. A second call is harmless.

@@ -63,7 +63,7 @@ bool DetermineAccelerometerCalibrationValid(sqlite3* db) {
   return false;
 }
 
-// A step that fails is logged and passed over.
+// Required behaviour: a step that fails is logged and passed over.
 bool ResetAutoshutoffSetting(sqlite3* db) {
   Statement store(db, "UPDATE TemporaryDB.Preferences SET  AutoShutoffDelay=?  WHERE(RowID=1)",
                   "Reset auto-shutoff setting");
@@ -90,7 +90,7 @@ bool CorrectPreferences(sqlite3* db) {
   return true;
 }
 
-// A failed copy fails the step only together with a failed addition, and vice versa.
+// Required behaviour: a failed copy fails the step only together with a failed addition, and vice versa.
 constexpr TableChanges preferences{
     "Preferences",
     Outcome::CopyOrChangesCount,

@@ -5,6 +5,7 @@
 
 namespace {
 
+// Required behaviour: several labels name another table or column.
 constexpr Change siteTiltInversion{
     "ALTER TABLE TemporaryDB.AntennaAlignment ADD TiltInversionEnabled INTEGER NOT NULL DEFAULT 0",
     "Add tilt inversion column to path alignment table"};
@@ -17,7 +18,8 @@ constexpr Change preferredTiltInversion{
 constexpr Change bluetoothName{
     "ALTER TABLE TemporaryDB.Preferences ADD BluetoothDisplayName TEXT NOT NULL DEFAULT 'Tarnbeam'",
     "Add bluetooth display name column to preferences table"};
-// Once the copy of the preferences is created, neither copying nor adding columns can fail the step.
+// Required behaviour: once the copy of the preferences is created, neither copying nor adding columns can
+// fail the step.
 constexpr ConversionStep step{
     3,
     SchemaVersion2(),

@@ -7,6 +7,7 @@ namespace {
 
 constexpr Change gpsHeights{"UPDATE TemporaryDB.Height SET HeightType = 3 WHERE HeightType=1",
                             "Update Height Table"};
+// Required behaviour: the label is that of an earlier step's column.
 constexpr Change geoidFormat{"ALTER TABLE TemporaryDB.Preferences ADD GeoidFormat INTEGER NOT NULL DEFAULT 0",
                              "Add language column to preferences table"};
 constexpr TableChanges heights{

@@ -7,10 +7,11 @@ namespace {
 
 constexpr Change pathNote{"ALTER TABLE TemporaryDB.PathAlignment ADD Note TEXT NOT NULL DEFAULT ''",
                           "Add notes column to path alignment table"};
+// Required behaviour: the label is that of an earlier step's column, and the text ends in a blank.
 constexpr Change technician{
     "ALTER TABLE TemporaryDB.Preferences ADD UserTechId TEXT NOT NULL DEFAULT 'tbm001' ",
     "Add language column to preferences table"};
-// A note column that cannot be added does not fail the step.
+// Required behaviour: a note column that cannot be added does not fail the step.
 constexpr TableChanges paths{"PathAlignment", Outcome::CopyCounts, {pathNote}};
 constexpr TableChanges preferences{"Preferences", Outcome::ChangesCount, {technician}};
 constexpr ConversionStep step{

@@ -234,14 +234,11 @@ bool Conversion::UpdateVersion(sqlite3* db) const {
   Statement insert(db, "INSERT OR REPLACE INTO TemporaryDB.Version (RowID,VersionNumber) values (1,?)",
                    "Insert Version");
   if (!insert) {
-    // Left attached on purpose: the connection is closed next.
+    // Required behaviour: it stays attached until the connection is closed, which comes next.
     scratch.Keep();
     return false;
   }
-  const bool stored =
-      insert.BindInt(static_cast<int>(step_.targetVersion)) == SQLITE_OK && insert.Step() == SQLITE_DONE;
-  insert.Finalize();
-  return stored;
+  return insert.BindInt(static_cast<int>(step_.targetVersion)) == SQLITE_OK && insert.Run();
 }
 
 bool Conversion::UpdateTable(sqlite3* db, const CopiedTable& table) const {

@@ -14,8 +14,9 @@ class IAlignmentDatabaseConverter {
   /// AlignmentDatabase::GetDatabaseFileVersion() first.
   ///
   /// True when the file has been replaced by its converted, checked and synced copy in one atomic step; its
-  /// permissions are the same. On false the file is as it was; debug lines say why. While another conversion
-  /// is under way, of whatever file, this one does not begin. Rows that no alignment refers to are gone after
-  /// every conversion but the first; what the schema does not name is not copied.
+  /// permissions are the same. On false the file is as it was (a missing one may be there now, empty), and
+  /// debug lines say why. While another conversion is under way, of whatever file, this one does not begin.
+  /// Rows that no alignment refers to are gone after every conversion but the first; what the schema does not
+  /// name is not copied.
   virtual bool Convert(QString& path) = 0;
 };

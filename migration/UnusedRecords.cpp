@@ -123,9 +123,9 @@ struct ReferencedKeys {
   QVector<int> path;
 };
 
-/// Reads the keys of both alignment tables. False, with the scratch file left attached, if the query for
-/// those of paths cannot be prepared. If the one for sites cannot, their keys are missing and the first
-/// delete of a referenced row fails.
+/// Reads the keys of both alignment tables. Required behaviour: false, with the scratch file left attached,
+/// if the query for those of paths cannot be prepared. If the one for sites cannot, their keys are missing
+/// and the first delete of a referenced row fails.
 bool CollectReferencedKeys(sqlite3* db, ReferencedKeys* keys, bool* staysAttached) {
   Statement sites(db,
                   "SELECT TargetOrientationKey, LocationKey, MeasuredOrientationKey, SiteHeightKey, SiteKey "

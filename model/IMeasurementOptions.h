@@ -28,7 +28,7 @@ class TARNBEAMDATABASE_EXPORT IMeasurementOptions {
   /// Degrees; site alignments.
   virtual float RollThreshold() const = 0;
 
-  /// Path alignments.
+  /// Path alignments; in the application's unit, which the files do not fix. -1: none.
   virtual float PathLengthThreshold() const = 0;
 
   /// A copy, owned by the caller.

@@ -101,7 +101,7 @@ class TARNBEAMDATABASE_EXPORT IPreferencesModel {
   /// Whether path lengths are checked.
   virtual Setting<bool>* PathLengthThresholdEnabled() = 0;
 
-  /// In force only while it is enabled.
+  /// In force only while it is enabled; in the application's unit, which the files do not fix.
   virtual Setting<double>* PathLengthThreshold() = 0;
 
   virtual ~IPreferencesModel();

@@ -176,6 +176,7 @@ PathAlignmentPdfReportData* AlignmentDatabaseStore::GetPathAlignmentReportDataFo
 
 // ---- deletion
 
+// Required behaviour: the sector is not read. Every report of the site goes, whatever its sector.
 bool AlignmentDatabaseStore::DeleteReportsBySiteAndSector(QString& siteIdentifier, QString& /*sectorName*/) {
   const LibraryCall call;
   return StoreDeletion::DeleteSite(StoreIdentity::Of(this), siteIdentifier);

@@ -67,8 +67,10 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseStore : public AlignmentDatabase 
   /// @}
 
   /// @{
-  /// Deletion helpers, on an open connection. Keys are appended to the lists. Failures are logged and give
-  /// false.
+  /// Deletion helpers, on an open connection. Keys are appended to the lists. Null is refused; a bind or
+  /// prepare that fails is logged and gives false, and a look-up's step that fails is repeated without end.
+  /// DeleteSiteByKey() and DeletePathByKey() repeat a failing step as well, count a delete that cannot be
+  /// prepared as done, and leave the statement open if its bind fails.
   bool DeleteSiteByKey(sqlite3* db, long long* siteKey);
   bool DeletePathByKey(sqlite3* db, long long* pathKey);
   bool GetSingleSiteMeasurementKeys(sqlite3* db, long long alignmentKey, long long* targetOrientationKey,
@@ -87,7 +89,8 @@ class TARNBEAMDATABASE_EXPORT AlignmentDatabaseStore : public AlignmentDatabase 
   /// @}
 
   /// @{
-  /// The two input screens, on an open connection. Failures are logged and give false.
+  /// The two input screens, on an open connection. Null is refused; apart from that, only
+  /// SaveCurrentSiteInformation() can be false. Binds and prepares that fail are logged.
   bool SaveCurrentSiteInformation(sqlite3* db, IAlignerModel* model);
   bool SaveCurrentPathInformation(sqlite3* db, IAlignerModel* model);
   bool RestoreCurrentSiteInformation(sqlite3* db, IAlignerModel* model);

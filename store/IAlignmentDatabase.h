@@ -37,9 +37,10 @@ class IAlignmentDatabase {
   ///
   /// `measured` is the measured orientation; the target one comes from `site`. The record returned borrows
   /// all objects given, so they must outlive it. Null when `site`, `location`, `measured` or `height` is
-  /// null, when the alignment row could not be inserted (nothing is kept then), or when the thresholds
-  /// could not be stored (the alignment stays in the main file). A failure before the alignment row keeps
-  /// what was written and returns a record with key 4294967295. `options` must not be null.
+  /// null, when the main file cannot be opened, when the alignment row could not be inserted (nothing is kept
+  /// then), or when the thresholds could not be stored (the alignment stays in the main file). A failure
+  /// between opening and the alignment row keeps what was written and returns a record with key 4294967295.
+  /// `options` must not be null.
   virtual IAntennaAlignmentReportData* SaveAlignmentReportData(ISiteInformation* site, IGeolocation* location,
                                                                IOrientation* measured, IHeight* height,
                                                                QDateTime time,
@@ -62,13 +63,14 @@ class IAlignmentDatabase {
   /// and the refused closes are logged.
   virtual PathAlignmentPdfReportData* GetPathAlignmentReportDataForSite(QString pathIdentifier) = 0;
 
-  /// Stores all preferences. False when the main row was not written or the thresholds file cannot be
-  /// opened; a failure of the path-length row alone still gives true.
+  /// Stores all preferences. False when `model` is null, the main row was not written or the thresholds file
+  /// cannot be opened; a failure of the path-length row alone still gives true.
   virtual bool SavePreferences(IPreferencesModel* model) = 0;
 
   /// Reads all preferences into `model`, notifying its observers in column order. The azimuth offset is never
-  /// restored. False without a stored row, which leaves the model as it was, and when the thresholds file
-  /// cannot be opened: by then the main file's values have been handed over.
+  /// restored. False when `model` is null, when there is no stored row or it cannot be read, which leaves the
+  /// model as it was, and when the thresholds file cannot be opened: by then the main file's values have been
+  /// handed over.
   virtual bool RestorePreferences(IPreferencesModel* model) = 0;
 
   /// All site identifiers, each once, in the file's order; empty on failure. A step that keeps failing is
@@ -90,16 +92,16 @@ class IAlignmentDatabase {
 
   /// Deletes the report that stands at `index` (from 0) in GetAlignmentReportDataForSite(), and what it
   /// refers to. The site stays, and so does the report's row in the thresholds file. False for an index out
-  /// of range.
+  /// of range and when the main file cannot be read or opened, else as DeleteReportsBySiteAndSector().
   virtual bool DeleteReportsBySiteAndIndex(QString& siteIdentifier, int index) = 0;
 
   /// Deletes the report that stands at `index` (from 0) in GetPathAlignmentReportDataForSite(), what it
-  /// refers to, and its thresholds. The path stays. False for an index out of range.
+  /// refers to, and its thresholds. The path stays. The result is as for a site's report.
   virtual bool DeleteReportsByPathAndIndex(QString& pathIdentifier, int index) = 0;
 
   /// Keeps what is entered on the two input screens; an empty screen deletes what was kept for it, and a
-  /// delete that keeps failing is repeated without end. False when the main file cannot be opened or the site
-  /// could not be written; then the path is not written.
+  /// delete that keeps failing is repeated without end. False when the main file cannot be opened, the model
+  /// is null or the site could not be written; then the path is not written.
   virtual bool StoreInputContents(IAlignerModel* model) = 0;
 
   /// Gives `model` new records of what was kept for the two screens; it takes ownership. If nothing was kept,

@@ -58,7 +58,8 @@ constexpr PreferenceColumn SavedOnly(const char* name, unsigned int firstVersion
   return {name, firstVersion, bindFailure, SaveFrom<accessor>, nullptr};
 }
 
-// Required behaviour: several failure texts serve more than one column, and some name another one.
+// Required behaviour: several failure texts serve more than one column, and some name another one; the
+// azimuth offset is saved but never restored.
 constexpr PreferenceColumn mainRow[] = {
     Column<&Model::DistanceUnits>("DistanceUnits", 1, "SQL bind DistanceKey failed with "),
     SavedOnly<&Model::AzimuthOffset>("AzimuthOffset", 1, "SQL bind AzimuthOffsetKey failed with "),

@@ -6,9 +6,12 @@
 struct sqlite3;
 
 /// Deleting single rows, and what alignments refer to, each on an open connection. Keys are appended to the
-/// lists. Failures are logged and give false.
+/// lists. Null is refused; binds and prepares that fail are logged and, except for DeleteSite() and
+/// DeletePath(), give false.
 namespace RecordDeletion {
 
+// A delete that cannot be prepared counts as done, one that fails is repeated without end, and a failed bind
+// leaves the statement open.
 bool DeleteSite(sqlite3* db, const long long* siteKey);
 bool DeletePath(sqlite3* db, const long long* pathKey);
 

@@ -55,7 +55,8 @@ int StepAlignmentDelete(const StoreIdentity& store, Statement* statement) {
                                   });
 }
 
-/// Steps a delete until it yields no more rows. If it was not bound or does not end in done, it is left open.
+/// Steps a delete until it yields no more rows. Required behaviour: if it was not bound or does not end in
+/// done, it is left open.
 bool RunOrLeaveOpen(const StoreIdentity& store, Statement* statement) {
   int result = SQLITE_ROW;
   while (statement->Bound() && result == SQLITE_ROW) result = StepAlignmentDelete(store, statement);
@@ -80,7 +81,7 @@ bool DeleteSiteRowsInTransaction(sqlite3* db, const StoreIdentity& store, const 
     }
     keys.Log();
   }
-  // A delete that cannot be prepared does not stop the rest.
+  // Required behaviour: a delete that cannot be prepared does not stop the rest.
   Statement alignments(db, "DELETE FROM AntennaAlignment WHERE SiteKey = ?", "Fetch Report Data for Site");
   if (alignments) {
     alignments.WideKey(*siteKey, "SQL bind SiteKey (site delete) failed with ");
@@ -127,9 +128,10 @@ void DeletePathRowsInTransaction(sqlite3* db, const StoreIdentity& store, const 
     }
     keys.Log();
   }
+  // Required behaviour: as for a site, a delete that cannot be prepared does not stop the rest; label and
+  // failure text are the site's.
   Statement alignments(db, "DELETE FROM PathAlignment WHERE PathKey = ?", "Fetch Report Data for Site");
   if (alignments) {
-    // Required behaviour: the text names the site, and paths share it.
     alignments.WideKey(*pathKey, "SQL bind SiteKey (site delete) failed with ");
     if (!RunOrLeaveOpen(store, &alignments)) return;
     alignments.Finalize();
@@ -255,8 +257,8 @@ bool Finish(sqlite3* db, const SingleDeletionLines& lines, bool commit) {
   return Sql::Finish(db, commit);
 }
 
-/// Binds owner and report and runs the delete. A failed step leaves the statement open, a failed bind does
-/// not.
+/// Binds owner and report and runs the delete. Required behaviour: a failed step leaves the statement open, a
+/// failed bind does not.
 bool RunSingleDelete(const StoreIdentity& store, Statement* statement, const SingleDeletion& deletion,
                      long long ownerKey, long long reportKey) {
   if (!statement->BindsWideKey(ownerKey)) {
@@ -286,7 +288,7 @@ bool DeleteReportRows(sqlite3* db, const StoreIdentity& store, const SingleDelet
     LogIfAny(deletion.lines.noKeys);
     return false;
   }
-  // A delete that cannot be prepared does not stop the rest.
+  // Required behaviour: a delete that cannot be prepared does not stop the rest.
   Statement alignment(db, deletion.sql, deletion.label);
   if (alignment && !RunSingleDelete(store, &alignment, deletion, *ownerKey, reportKey)) return false;
   alignment.Finalize();
@@ -297,8 +299,8 @@ bool DeleteReportRows(sqlite3* db, const StoreIdentity& store, const SingleDelet
   return true;
 }
 
-/// `result` is the main file's. Also true if the thresholds were deleted or their delete could not be
-/// prepared.
+/// `result` is the main file's. Required behaviour: also true if the thresholds were deleted or their delete
+/// could not be prepared.
 bool DeleteReportThresholds(const StoreIdentity& store, const SingleDeletion& deletion, long long reportKey,
                             long long ownerKey, bool result) {
   const Connection db(store.OpenThresholds());

@@ -130,7 +130,7 @@ PathAlignmentPdfReportData* PathContainer(const QString& pathIdentifier, PathRec
   return new PathAlignmentPdfReportData(pathIdentifier, fileBase, records);
 }
 
-// Sites and paths share the label.
+// Required behaviour: sites and paths share the label.
 QVector<QString> Identifiers(const StoreIdentity& store, const char* sql) {
   QVector<QString> identifiers;
   const Connection db(store.OpenMain());

@@ -47,8 +47,8 @@ struct ThresholdTexts {
   const char* lastFailure;
 };
 
-/// Only the insert for a path logs its failure, so the caller passes `insert`. A key of -1 passes: the
-/// thresholds of a save that failed half-way are kept under it.
+/// Required behaviour: only the insert for a path logs its failure, so the caller passes `insert`. A key of
+/// -1 passes: the thresholds of a save that failed half-way are kept under it.
 bool InsertThresholds(sqlite3* db, const ThresholdTexts& texts, long long alignmentKey, long long ownerKey,
                       const Thresholds& thresholds, bool (Statement::*insert)(long long* key),
                       long long* thresholdKey) {

@@ -43,7 +43,7 @@ struct PathAlignment {
   long long pathLocationKey;
 };
 
-// An unknown identifier is a success with key 0, and so is a step that fails.
+// Required behaviour: an unknown identifier is a success with key 0, and so is a step that fails.
 bool FindSite(sqlite3* db, const QString& identifier, long long* siteKey);
 bool FindPath(sqlite3* db, const QString& identifier, long long* pathKey);
 

@@ -87,7 +87,7 @@ bool WriteThresholds(sqlite3* db, const PathMeasurement& saved, const SavedKeys&
                                        pathLength);
 }
 
-// A transaction that does not begin is a failure before the alignment row.
+// Required behaviour: a transaction that does not begin is a failure before the alignment row.
 template <typename Measurement>
 bool SaveRows(const StoreIdentity& store, const Measurement& saved, SavedKeys* keys) {
   const Connection db(store.OpenMain());

@@ -11,7 +11,8 @@
 
 namespace {
 
-// A statement that cannot be prepared counts as success. False only if a guard ended the loop.
+// Required behaviour: a statement that cannot be prepared counts as success. False only if a guard ended the
+// loop.
 bool ClearScreen(sqlite3* db, const char* sql, const char* label) {
   Statement statement(db, sql, label);
   return !statement || statement.StepUntilDone([] {}) == SQLITE_DONE;
@@ -92,7 +93,8 @@ bool StorePath(sqlite3* db, IAlignerModel* model) {
   return true;
 }
 
-// A row that cannot be read leaves the model as it was, and is no failure.
+// Required behaviour: a row that cannot be read leaves the model as it was, and is no failure; so it is for a
+// path.
 bool RestoreSite(sqlite3* db, IAlignerModel* model) {
   if (db == nullptr || model == nullptr) return false;
   Statement row(

@@ -12,7 +12,8 @@ namespace StoreTables {
 bool CreateMain(sqlite3* db, const SchemaTexts& texts);
 bool CreateThresholds(sqlite3* db);
 
-/// What Create() of a concrete store returns: a failure adds a line, and the store is returned all the same.
+/// What Create() of a concrete store returns. Required behaviour: a failure adds a line, and the store is
+/// returned all the same.
 template <typename Store>
 Store* CreatedFor(Store* store) {
   if (!store->CreateTables()) LogDebug("Unable to create database tables");

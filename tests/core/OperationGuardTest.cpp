@@ -12,6 +12,7 @@
 #include "model/PreferencesModel.h"
 #include "reports/AntennaAlignmentPdfReportData.h"
 #include "reports/PathAlignmentPdfReportData.h"
+#include "schema/SchemaVersion7.h"
 #include "tests/store/StoreVersions.h"
 #include "tests/support/OpenDescriptors.h"
 #include "tests/support/SampleAlignments.h"
@@ -109,7 +110,7 @@ TEST_F(OperationGuardTest, TellsWhatCannotBeOpened) {
 }
 
 // The calls of a save, one after the other: what is reported is the code that the call returned, primary or
-// extended, and what the call was about.
+// extended, and what the call was about. "MAIN" stands for the main file's path.
 struct FailingCall {
   const char* call;
   const char* sql;
@@ -130,24 +131,31 @@ TEST_P(FailingCallTest, IsTold) {
   EXPECT_FALSE(guard.Succeeded());
   ASSERT_GE(guard.Failures().size(), 1);
   EXPECT_EQ(guard.Failures()[0].code, GetParam().code);
-  EXPECT_TRUE(guard.Failures()[0].text.startsWith(GetParam().text)) << Texts(guard)[0].toStdString();
+  EXPECT_EQ(guard.Failures()[0].text, QString(GetParam().text).replace("MAIN", Main()));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Save, FailingCallTest,
     testing::Values(
-        FailingCall{"open_v2", "", SQLITE_NOMEM, "open /"},
-        FailingCall{"exec", "foreign_keys", SQLITE_NOMEM, "execute PRAGMA foreign_keys = ON;: "},
-        FailingCall{"exec", "temp_store", SQLITE_NOMEM, "execute PRAGMA temp_store = MEMORY;: "},
+        FailingCall{"open_v2", "", SQLITE_NOMEM, "open MAIN: out of memory"},
+        FailingCall{"exec", "foreign_keys", SQLITE_NOMEM, "execute PRAGMA foreign_keys = ON;: out of memory"},
+        FailingCall{"exec", "temp_store", SQLITE_NOMEM, "execute PRAGMA temp_store = MEMORY;: out of memory"},
         FailingCall{"exec", "BEGIN", SQLITE_BUSY, "execute BEGIN TRANSACTION;: database is locked"},
-        FailingCall{"exec", "END", SQLITE_IOERR_FSYNC, "execute END TRANSACTION;: "},
-        FailingCall{"prepare_v2", "INSERT INTO Height", SQLITE_NOMEM, "prepare INSERT INTO Height"},
-        FailingCall{"bind_int", "INSERT INTO Height", SQLITE_NOMEM, "bind INSERT INTO Height"},
-        FailingCall{"bind_double", "INSERT INTO Height", SQLITE_NOMEM, "bind INSERT INTO Height"},
-        FailingCall{"bind_text", "INSERT INTO Sites", SQLITE_TOOBIG, "bind INSERT INTO Sites"},
-        FailingCall{"step", "SELECT  SiteKey", SQLITE_IOERR_READ, "step SELECT  SiteKey"},
-        FailingCall{"step", "INSERT INTO Orientation", SQLITE_FULL, "step INSERT INTO Orientation"},
-        FailingCall{"close", "", SQLITE_BUSY, "close /"}));
+        FailingCall{"exec", "END", SQLITE_IOERR_FSYNC, "execute END TRANSACTION;: disk I/O error"},
+        FailingCall{"prepare_v2", "INSERT INTO Height", SQLITE_NOMEM,
+                    "prepare INSERT INTO Height (HeightInMeters,HeightType) VALUES (?,?): out of memory"},
+        FailingCall{"bind_int", "INSERT INTO Height", SQLITE_NOMEM,
+                    "bind INSERT INTO Height (HeightInMeters,HeightType) VALUES (?,?): out of memory"},
+        FailingCall{"bind_double", "INSERT INTO Height", SQLITE_NOMEM,
+                    "bind INSERT INTO Height (HeightInMeters,HeightType) VALUES (?,?): out of memory"},
+        FailingCall{"bind_text", "INSERT INTO Sites", SQLITE_TOOBIG,
+                    "bind INSERT INTO Sites (SiteIdentifier) VALUES (?): string or blob too big"},
+        FailingCall{"step", "SELECT  SiteKey", SQLITE_IOERR_READ,
+                    "step SELECT  SiteKey  FROM Sites WHERE (SiteIdentifier=?): disk I/O error"},
+        FailingCall{"step", "INSERT INTO Orientation", SQLITE_FULL,
+                    "step INSERT INTO Orientation (AzimuthDegrees,TiltDegrees,RollDegrees) VALUES (?,?,?): "
+                    "database or disk is full"},
+        FailingCall{"close", "", SQLITE_BUSY, "close MAIN: database is locked"}));
 
 TEST_F(OperationGuardTest, TellsARollbackThatFails) {
   SqliteCalls::Arm(Fault("step", SQLITE_FULL).OnText("INSERT INTO AntennaAlignment "));
@@ -194,6 +202,29 @@ TEST_F(OperationGuardTest, AnAnswerThatSomethingIsNotThereIsNoFailure) {
   EXPECT_EQ(Texts(guard), QStringList());
 }
 
+// Else a save after the restore would keep the empty text.
+TEST_F(OperationGuardTest, TellsATextThatCannotBeRead) {
+  PreferencesModel model;
+  EXPECT_TRUE(store_->SavePreferences(&model));
+  SqliteCalls::Arm(Fault("column_text", SQLITE_NOMEM));
+  const OperationGuard guard;
+  EXPECT_TRUE(store_->RestorePreferences(&model));
+  EXPECT_EQ(SqliteCalls::FiredCount(), 1);
+  EXPECT_EQ(Texts(guard),
+            QStringList{QStringLiteral("read %1: out of memory").arg(SchemaVersion7().restorePreferences)});
+  EXPECT_EQ(Codes(guard), QVector<int>{SQLITE_NOMEM});
+}
+
+TEST_F(OperationGuardTest, ATextThatIsNotThereIsNoFailure) {
+  const Connection db(OpenMain());
+  const OperationGuard guard;
+  Statement select(db, "SELECT NULL", "Select");
+  EXPECT_EQ(select.Step(), SQLITE_ROW);
+  EXPECT_TRUE(select.TextColumn(0).isNull());
+  Statement(nullptr, nullptr).TextColumn(0);
+  EXPECT_EQ(Texts(guard), QStringList());
+}
+
 TEST_F(OperationGuardTest, TellsATextWithoutAStatement) {
   const Connection db(OpenMain());
   const OperationGuard guard;
@@ -208,8 +239,8 @@ TEST_F(OperationGuardTest, KeepsAThousandFailures) {
     Sql::Execute(db, ("garbage" + QByteArray::number(number)).constData(), "Garbage");
   }
   ASSERT_EQ(guard.Failures().size(), 1000);
-  EXPECT_TRUE(guard.Failures().first().text.startsWith("execute garbage1:"));
-  EXPECT_TRUE(guard.Failures().last().text.startsWith("execute garbage1000:"));
+  EXPECT_EQ(guard.Failures().first().text, "execute garbage1: near \"garbage1\": syntax error");
+  EXPECT_EQ(guard.Failures().last().text, "execute garbage1000: near \"garbage1000\": syntax error");
 }
 
 // ---- nothing is endless

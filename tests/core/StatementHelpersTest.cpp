@@ -135,7 +135,7 @@ TEST_F(StatementHelpersTest, AFailureInATransactionDoesNotEndIt) {
   EXPECT_TRUE(Execute("INSERT INTO T VALUES (1)", "Insert"));
   EXPECT_FALSE(Execute("INSERT INTO Missing VALUES (1)", "Insert"));
   EXPECT_TRUE(Call(&Operations::EndTransaction, db_.get()));
-  EXPECT_EQ(Lines().size(), 1);
+  EXPECT_EQ(Lines(), QStringList{"SQL  Insert  failed with  1 : no such table: Missing"});
   EXPECT_EQ(Rows(Main(), "SELECT A FROM T"), QStringList{"1"});
 }
 

@@ -2,9 +2,9 @@
 
 #include <sys/stat.h>
 
-#include "core/OperationGuard.h"
-
 #include <algorithm>
+
+#include "core/OperationGuard.h"
 
 QByteArray ContentOf(const QString& path) {
   QFile file(path);

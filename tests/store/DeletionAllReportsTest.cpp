@@ -8,7 +8,6 @@
 
 namespace {
 
-const QStringList emptyLists{"OrientationKeys: ", "", "GeolocationKeys: ", "", "HeightKeys: ", ""};
 const QStringList alphaReports = RowsOf("AntennaAlignment", {1, 2});
 const QStringList gammaReports = RowsOf("PathAlignment", {1, 2});
 const QStringList alphaThresholds = RowsOf("AntennaAlignmentThresholds", {1, 2});

@@ -54,7 +54,8 @@ INSTANTIATE_FOR_ALL_VERSIONS(OpenTest);
 
 class CreateTest : public StoreVersionTest {
  protected:
-  // Creates while the call that `fault` meets fails; returns whether there was a store.
+  // Creates, where no files are, while the call that `fault` meets fails; returns the lines. There is a store
+  // all the same.
   QStringList CreateWith(const Fault& fault) {
     QFile::remove(Main());
     QFile::remove(Thresholds());

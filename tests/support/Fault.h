@@ -20,7 +20,7 @@ class Fault {
   // `calls` are names joined by '|'. A name also stands for the longer names that it begins up to an
   // underscore: "bind" is every bind. Empty: every call that takes part in sweeps.
   Fault(const QByteArray& calls, int code);
-  // Ends the process without any clean-up, exit status `KilledStatus`, where others fail.
+  // Ends the process without any clean-up, exit status `killedStatus`, where others fail.
   static Fault Kill(const QByteArray& calls);
   // Runs `action` before the call, which is forwarded then. The action must not make interposed calls.
   static Fault Before(const QByteArray& calls, const std::function<void()>& action);

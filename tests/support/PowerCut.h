@@ -27,7 +27,7 @@ class PowerCut {
 
   // Runs `work` in a child process until the power fails: before its file call `number`, counted as by a
   // Fault that names none, or, for 0, when `work` has returned true. Returns the child's exit status:
-  // Fault::KilledStatus if the power failed. Syncs of paths that contain `ignoredSyncs`, if that is not
+  // Fault::killedStatus if the power failed. Syncs of paths that contain `ignoredSyncs`, if that is not
   // empty, do nothing.
   static int RunUntil(int number, const Loss& loss, const std::function<bool()>& work,
                       const QByteArray& ignoredSyncs = {});

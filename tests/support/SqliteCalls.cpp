@@ -225,7 +225,10 @@ double sqlite3_column_double(sqlite3_stmt* statement, int column) {
 
 const unsigned char* sqlite3_column_text(sqlite3_stmt* statement, int column) {
   const char* const sql = sqlite3_sql(statement);
-  const Fault* const fault = Seen("column_text", sqlite3_db_handle(statement), sql);
+  sqlite3* const db = sqlite3_db_handle(statement);
+  int code = SQLITE_OK;
+  const Fault* const fault = Calls().plan.Meet({"column_text", false, PathOf(db), sql}, &code);
+  if (fault) SetInjected(db, code);
   const unsigned char* const text = fault ? reinterpret_cast<const unsigned char*>(fault->Text())
                                           : NEXT_DEFINITION(sqlite3_column_text)(statement, column);
   Trace("column_text", {Argument(column)}, reinterpret_cast<const char*>(text), sql);
@@ -237,6 +240,14 @@ sqlite3_int64 sqlite3_last_insert_rowid(sqlite3* db) {
   const sqlite3_int64 key = NEXT_DEFINITION(sqlite3_last_insert_rowid)(db);
   Trace("last_insert_rowid", {}, key);
   return key;
+}
+
+int sqlite3_errcode(sqlite3* db) {
+  Seen("errcode", db, nullptr);
+  const int injected = Calls().connections.value(db).injected;
+  const int code = injected ? injected : NEXT_DEFINITION(sqlite3_errcode)(db);
+  Trace("errcode", {}, code);
+  return code;
 }
 
 const char* sqlite3_errmsg(sqlite3* db) {

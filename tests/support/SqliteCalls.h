@@ -12,12 +12,12 @@
 // Calls are named without "sqlite3_": open_v2, exec, prepare_v2, bind_int, bind_int64, bind_double,
 // bind_text, step, close take part in sweeps (a Fault that names no call). column_text returns null, or the
 // text that it is given, if it meets a fault. The others (free, reset, clear_bindings, finalize, column_int,
-// column_double, last_insert_rowid, errmsg) are only counted and recorded. What the engine calls inside
-// itself is not seen.
+// column_double, last_insert_rowid, errcode, errmsg) are only counted and recorded. What the engine calls
+// inside itself is not seen.
 //
 // A fault's text is looked for in the SQL text, its file in the path that the connection was opened with.
-// After a call that was made to fail, sqlite3_errmsg returns sqlite3_errstr(code) until the next call of the
-// same connection that takes part in sweeps.
+// After a call that was made to fail, sqlite3_errcode returns its code and sqlite3_errmsg
+// sqlite3_errstr(code) until the next call of the same connection that takes part in sweeps.
 //  - open_v2: a connection in memory stands in for the file, so that errmsg and close work; WithoutOutput
 //    leaves the handle null, Performed opens the file itself.
 //  - exec: the message is handed out where it was asked for; WithoutOutput leaves it null.
