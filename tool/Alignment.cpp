@@ -15,8 +15,13 @@
 #include "model/PathInformation.h"
 #include "model/SiteInformation.h"
 #include "store/IAlignmentDatabase.h"
+#include "tool/Console.h"
 
 QString KindName(Kind kind) { return kind == Kind::Site ? QStringLiteral("site") : QStringLiteral("path"); }
+
+QString ShownSubject(Kind kind, const QString& identifier) {
+  return KindName(kind) + QLatin1Char(' ') + Console::Printable(identifier);
+}
 
 template <typename Record>
 void Alignment::TakeCommon(const Record& record) {

@@ -15,6 +15,8 @@ enum class Kind { Site, Path };
 
 /// "site" or "path".
 QString KindName(Kind kind);
+/// "site S", as it can be shown on a line.
+QString ShownSubject(Kind kind, const QString& identifier);
 
 /// One alignment with all that the files keep of it. Values that a kind does not have stay as they are here.
 struct Alignment {

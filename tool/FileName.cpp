@@ -62,6 +62,8 @@ QString Shown(const QString& name) {
   return Console::Printable(text);
 }
 
+QString Shown(const QByteArray& bytes) { return Shown(FromBytes(bytes)); }
+
 QString SystemError(int number) { return QString::fromLocal8Bit(std::strerror(number)); }
 
 }  // namespace FileName

@@ -11,6 +11,7 @@ QString FromBytes(const QByteArray& bytes);
 QByteArray ToBytes(const QString& name);
 /// As it can be shown on a line: control characters escaped, what is not UTF-8 replaced.
 QString Shown(const QString& name);
+QString Shown(const QByteArray& bytes);
 /// What a text of the system (an error message) says.
 QString SystemError(int number);
 

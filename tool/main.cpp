@@ -70,6 +70,9 @@ void RequireOperands(const Command& command, const QStringList& operands) {
   if (given > command.operands.size() && qstrcmp(command.operands.back(), andSoOn) != 0) {
     throw WrongUsage(FileName::Shown(operands.last()) + QStringLiteral(" is one too many"));
   }
+  // A variable of a script that was never set is no choice to leave a file out.
+  const auto empty = operands.indexOf(QString());
+  if (empty >= 0) throw WrongUsage(QStringLiteral("operand %1 is empty").arg(empty + 1));
 }
 
 QString HelpText(const Command& command, const QCommandLineParser& parser) {
@@ -90,18 +93,14 @@ int RunCommand(const Command& command, const QStringList& words) {
                                    QStringLiteral("Show the library's debug lines."));
   parser.addOptions({help, verbose, WaitOption()});
   for (const QCommandLineOption& option : command.options) parser.addOption(option);
-  if (!parser.parse(words)) throw WrongUsage(parser.errorText());
+  if (!parser.parse(words)) throw WrongUsage(Console::Printable(parser.errorText()));
   if (parser.isSet(help)) {
     Console::Print(HelpText(command, parser));
     return Status::Done;
   }
   qInstallMessageHandler(parser.isSet(verbose) ? ShowLine : HideLine);
   RequireOperands(command, parser.positionalArguments());
-  if (command.changes) {
-    // What was done is reported in any case, so a reader that goes away must not end the program.
-    std::signal(SIGPIPE, SIG_IGN);
-    Console::KeepPrinted();
-  }
+  if (command.changes) Console::KeepPrinted();
   return command.run({parser.positionalArguments(), parser});
 }
 
@@ -160,6 +159,8 @@ QStringList Words(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   Console::OccupyStandardStreams();
+  // A reader that goes away is told of by the exit status, and must not end a change half way.
+  std::signal(SIGPIPE, SIG_IGN);
   UseUtf8();
   QuietVfs::Install();
   qInstallMessageHandler(HideLine);

@@ -36,14 +36,16 @@ class FaultTest : public ToolTest {
     WriteFile(thresholdsName, thresholds_);
   }
 
-  Outcome RunFailing(const QStringList& words, const char* kind, const QString& folder, int number) {
+  // `ending`: nothing if calls on the folder itself count, too.
+  Outcome RunFailing(const QStringList& words, const char* kind, const QString& folder, int number,
+                     const char* ending = "/") {
     QFile::remove(Path("mark"));
     return RunProgram(TARNBEAM_TOOL, words,
                       {{"LD_PRELOAD", TARNBEAM_FAILING_CALLS},
                        {"ASAN_OPTIONS", "verify_asan_link_order=0:detect_leaks=0"},
                        {"TMPDIR", Path("copies")},
                        {"FAILING_KIND", kind},
-                       {"FAILING_FOLDER", Path(folder) + '/'},
+                       {"FAILING_FOLDER", Path(folder) + ending},
                        {"FAILING_NUMBER", QString::number(number)},
                        {"FAILING_MARK", Path("mark")}});
   }
@@ -106,6 +108,26 @@ TEST_F(FaultTest, AWriteThatFailsChangesAllOrNothing) {
       }
       EXPECT_GT(told, 0) << words.first().toStdString() << ' ' << folder;
     }
+  }
+}
+
+TEST_F(FaultTest, NewFilesStandWholeOrNotAtAll) {
+  for (const QStringList& words : {QStringList{"create", "files/m2", "files/t2"},
+                                   QStringList{"salvage", mainName, thresholdsName, "files/m2", "files/t2"},
+                                   QStringList{"backup", mainName, thresholdsName, "files/b"}}) {
+    int told = 0;
+    for (int number = 1;; ++number) {
+      SCOPED_TRACE(QString("%1, write %2").arg(words.first()).arg(number).toStdString());
+      Restore();
+      const Outcome outcome = RunFailing(words, "write", "files", number, "");
+      if (!HasFailed()) break;
+      ++told;
+      EXPECT_EQ(outcome.status, 1);
+      EXPECT_EQ(QDir(Path("files")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                (QStringList{"m", "t"}));
+      if (HasFailure()) return;
+    }
+    EXPECT_GT(told, 3) << words.first().toStdString();
   }
 }
 

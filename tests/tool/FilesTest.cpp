@@ -4,6 +4,7 @@
 #include "tests/support/DatabaseDump.h"
 #include "tests/tool/ToolTest.h"
 
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <memory>
@@ -117,6 +118,25 @@ TEST_F(FilesTest, ManyPathsNeedFewOpenFiles) {
   }
 }
 
+// Wherever the last one is gone, the run comes to its end and takes its private copies with it.
+TEST_F(FilesTest, TooFewOpenFilesAreAFailure) {
+  CreateFilesWith({SiteEntry("S")});
+  ASSERT_TRUE(QDir(Folder()).mkdir("tmp"));
+  int failed = 0;
+  for (int limit = 3; limit < 12; ++limit) {
+    SCOPED_TRACE(limit);
+    QProcess process;
+    process.setWorkingDirectory(Folder());
+    process.start(
+        "sh", {"-c", QString("ulimit -n %1 && TMPDIR=tmp exec \"$0\" list m t").arg(limit), TARNBEAM_TOOL});
+    EXPECT_TRUE(process.waitForFinished());
+    failed += process.exitCode() != 0 ? 1 : 0;
+    EXPECT_EQ(QDir(Path("tmp")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+    if (HasFailure()) return;
+  }
+  EXPECT_GT(failed, 0);
+}
+
 TEST_F(FilesTest, FilesOfEarlierVersionsAreReadAsTheyAre) {
   for (int version = 1; version <= 6; ++version) {
     const QString name = QString("v%1").arg(version);
@@ -159,6 +179,11 @@ TEST_F(FilesTest, Preferences) {
         "ShowTarget                  off", "AzimuthOffset               (stored, but not read back)"}) {
     EXPECT_TRUE(lines.contains(line)) << line;
   }
+  // What this program has no name for, and what no instrument of this version can keep.
+  RunSql(Path("m"), "UPDATE Preferences SET DistanceUnits = 99, SerialNumber = 99999999999");
+  const QStringList others = RunWell({"preferences", "m", "t"}).split('\n');
+  EXPECT_TRUE(others.contains("DistanceUnits               unknown (99)")) << others.first().toStdString();
+  EXPECT_TRUE(others.contains("SerialNumber                99999999999"));
   RunSql(Path("m"), "UPDATE Preferences SET AzimuthThreshold = 9e999");
   for (const char* format : {"table", "json"}) {
     ExpectFailure({"preferences", "m", "t", "--format", format},

@@ -118,6 +118,34 @@ TEST_F(LeftoverTest, ALogThatIsCutOffCountsAsFarAsItIsWhole) {
   ExpectChanged();
 }
 
+// A run that was killed while SQLite changed two of its private copies together.
+TEST_F(LeftoverTest, PrivateCopiesGoWithTheirJournals) {
+  ASSERT_TRUE(QDir(Folder()).mkpath("tmp/tarnbeam-db-abcdef") &&
+              QDir(Folder()).mkpath("tmp/tarnbeam-db-backup"));
+  for (const char* name : {"main", "read-main-journal", "read-main-mj0123456AB"}) {
+    WriteFile(QString("tmp/tarnbeam-db-abcdef/") + name, "x");
+  }
+  WriteFile("tmp/tarnbeam-db-backup/main.sqlite", "of somebody's own");
+  EXPECT_EQ(RunProgram(TARNBEAM_TOOL, {"import", "m", "t", "more.json"}, {{"TMPDIR", Path("tmp")}}).status,
+            0);
+  EXPECT_EQ(QDir(Path("tmp")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+            QStringList{"tarnbeam-db-backup"});
+  EXPECT_EQ(ReadFile("tmp/tarnbeam-db-backup/main.sqlite"), "of somebody's own");
+}
+
+// Nobody has the file in use.
+TEST_F(LeftoverTest, AJournalThatCannotBeTakenAwayIsAFailure) {
+  ASSERT_TRUE(QDir(Folder()).mkdir("ro"));
+  for (const char* name : {"m", "t"}) ASSERT_TRUE(QFile::rename(Path(name), Path(QString("ro/") + name)));
+  LeaveAfter(Path("ro/m"), HalfAChange);
+  ASSERT_TRUE(QFile::setPermissions(Path("ro"), QFile::ReadOwner | QFile::ExeOwner));
+  const Outcome outcome = RunUnprivileged({"repair", "ro/m", "ro/t", "--wait", "0"});
+  ASSERT_TRUE(QFile::setPermissions(Path("ro"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "tarnbeam-db: ro/m: disk I/O error\n");
+  EXPECT_EQ(RunWell({"export", "ro/m", "ro/t"}), exported_);
+}
+
 // On two file systems nothing can be moved from one place to the other.
 TEST_F(LeftoverTest, FilesOnTwoFileSystems) {
   struct stat here {};

@@ -52,6 +52,30 @@ class RepairTest : public ToolTest {
   QString exported_;
 };
 
+TEST_F(RepairTest, WhatWouldBeDoneHasToBeSaid) {
+  Litter();
+  KeepState();
+  QProcess process;
+  process.setWorkingDirectory(Folder());
+  process.setStandardOutputFile("/dev/full");
+  process.start(TARNBEAM_TOOL, {"repair", "m", "t", "--dry-run"});
+  ASSERT_TRUE(process.waitForFinished());
+  EXPECT_EQ(process.exitCode(), 1);
+  EXPECT_EQ(process.readAllStandardError(), "tarnbeam-db: standard output cannot be written\n");
+  ExpectUntouched();
+}
+
+// A byte of a name is another, so that no index can be made.
+TEST_F(RepairTest, NamesThatAreThereTwiceAreRefused) {
+  RunSql(Path("m"), "INSERT INTO Sites VALUES (7, 'Tower 1'), (8, 'Tower 2')");
+  const auto at = ReadFile("m").indexOf("Tower 2", PageOf("m", "Sites") * 4096);
+  ASSERT_LT(at, (PageOf("m", "Sites") + 1) * 4096);
+  Overwrite("m", at, "Tower 1");
+  KeepState();
+  ExpectFailure({"repair", "m", "t"}, "m: UNIQUE constraint failed: Sites.SiteIdentifier" + Salvage, 4);
+  ExpectUntouched();
+}
+
 TEST_F(RepairTest, RightFilesAreLeftAlone) {
   EXPECT_EQ(RunWell({"repair", "m", "t"}), "nothing to repair in m and t\n");
   EXPECT_EQ(RunWell({"repair", "m", "t", "--dry-run"}), "nothing to repair in m and t\n");

@@ -110,6 +110,15 @@ TEST_F(ReportTest, OutputThatCannotBeWrittenIsAFailure) {
   EXPECT_EQ(process.readAllStandardError(), "tarnbeam-db: standard output cannot be written\n");
 }
 
+// The other end of the pipe is closed before the program begins.
+TEST_F(ReportTest, OutputThatNobodyTakesIsAFailure) {
+  const Outcome outcome = RunProgram(
+      "sh", {"-c", "mkfifo gone && { cat gone; \"$0\" list m t; echo $? >status; } | { exec <&-; : >gone; }",
+             TARNBEAM_TOOL});
+  EXPECT_EQ(ReadFile("status"), "1\n");
+  EXPECT_EQ(outcome.err, "tarnbeam-db: standard output cannot be written\n");
+}
+
 TEST_F(ReportTest, DebugLinesAreShownWhereAskedFor) {
   EXPECT_EQ(Run({"report", "m", "t", "--path", "Żuławy", "--verbose"}).err.count("sqlite3_close failed with"),
             2);

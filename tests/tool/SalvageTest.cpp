@@ -329,6 +329,51 @@ TEST_F(SalvageTest, SeededDamages) {
   EXPECT_GT(keptOfAll, damages * alignmentCount / 10);
 }
 
+// One byte is another: what it makes of a row cannot be kept, and keeps no other from being read.
+TEST_F(SalvageTest, TwoSitesOfOneNameAreNotBelieved) {
+  CreateFilesWith({SiteEntry("Tower 1"), SiteEntry("Tower 2"), SiteEntry("Tower 3")});
+  const auto at = ReadFile("m").indexOf("Tower 2", PageOf("m", "Sites") * pageSize);
+  ASSERT_LT(at, (PageOf("m", "Sites") + 1) * pageSize);
+  Overwrite("m", at, "Tower 1");
+  const QString out = RunWell({"salvage", "m", "t", "nm", "nt"});
+  EXPECT_TRUE(
+      out.endsWith("incomplete: site alignment 1, which needs Sites 1\n"
+                   "incomplete: site alignment 2, which needs Sites 2\n"
+                   "1 alignment kept, 2 incomplete, 0 lost\n"))
+      << out.toStdString();
+  EXPECT_TRUE(out.contains("\nSites: 1 row read, others cannot be read\n"));
+  EXPECT_EQ(Run({"check", "nm", "nt", "--strict"}).status, 0);
+}
+
+TEST_F(SalvageTest, AnAngleThatNoInstrumentCanReadIsNotBelieved) {
+  CreateFilesWith({SiteEntry("A"), SiteEntry("B"), SiteEntry("C")});
+  RunSql(Path("m"), "UPDATE Orientation SET AzimuthDegrees = 1e39 WHERE OrientationKey = 1");
+  const Account account = AccountOf(RunWell({"salvage", "m", "t", "nm", "nt"}));
+  EXPECT_GE(account.kept, 1);
+  EXPECT_GE(account.incomplete, 1);
+  EXPECT_EQ(account.kept + account.incomplete + account.lost, 3);
+  EXPECT_EQ(Run({"check", "nm", "nt", "--strict"}).status, 0);
+}
+
+// Each of the pages has a thousand times one record of two megabytes, all of it one page.
+TEST_F(SalvageTest, RecordsThatSharePagesDoNotKeepItBusy) {
+  CreateFilesWith({SiteEntry("S")});
+  constexpr int pages = 600;
+  const int overflow = int(ReadFile("m").size() / pageSize) + 1;
+  const auto twoBytes = [](int number) { return QByteArray(1, char(number >> 8)) + char(number & 0xFF); };
+  QByteArray last = QByteArray(2, '\0') + twoBytes(overflow) + QByteArray(pageSize - 4, '\0');
+  constexpr int cellAt = 2100;
+  // 489 bytes of the record stand on the page itself, and 480 times 4092 on the other.
+  QByteArray leaf = QByteArray("\x0D\0\0", 3) + twoBytes(1000) + twoBytes(cellAt) + '\0';
+  for (int cell = 0; cell < 1000; ++cell) leaf += twoBytes(cellAt);
+  leaf += QByteArray(cellAt - int(leaf.size()), '\0');
+  leaf += QByteArray("\xF7\xF4\x69\x01", 4) + QByteArray(489, '\0') + last.left(4);
+  leaf += QByteArray(pageSize - int(leaf.size()), '\0');
+  WriteFile("m", ReadFile("m") + last + leaf.repeated(pages));
+  EXPECT_TRUE(
+      RunWell({"salvage", "m", "t", "nm", "nt"}).endsWith("\n1 alignment kept, 0 incomplete, 0 lost\n"));
+}
+
 TEST_F(SalvageTest, WithoutThresholdsFile) {
   CreateFilesWith({SiteEntry("S"), PathEntry("P")});
   const QString out = RunWell({"salvage", "m", "nm", "nt"});

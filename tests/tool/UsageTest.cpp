@@ -47,7 +47,12 @@ INSTANTIATE_TEST_SUITE_P(
                "--format and --pdf exclude each other"},
         Misuse{{"delete", "m", "t"}, "either --site or --path has to be given"},
         Misuse{{"delete", "m", "t", "--site", "S", "--index", "one"}, "--index must be a number from 0"},
-        Misuse{{"delete", "m", "t", "--site", "S", "--index=-1"}, "--index must be a number from 0"}));
+        Misuse{{"delete", "m", "t", "--site", "S", "--index=-1"}, "--index must be a number from 0"},
+        // A variable of a script that was never set.
+        Misuse{{"list", ""}, "operand 1 is empty"}, Misuse{{"restore", "b", "m", ""}, "operand 3 is empty"},
+        Misuse{{"import", "m", "", "in.json"}, "operand 2 is empty"},
+        Misuse{{"migrate", "m", "--backup", ""}, "--backup must name a file"},
+        Misuse{{"list", "m", "t", "--\x1b[31mred"}, "Unknown option '\\x1b[31mred'."}));
 
 struct Help {
   const char* command;

@@ -36,7 +36,7 @@ int Run(const Arguments& arguments) {
   const QString& mainName = arguments.operands.at(0);
   const QString& thresholdsName = arguments.operands.at(1);
   QString done;
-  Deletion deletion;
+  std::optional<Deletion> deletion;
   {
     const Snapshot files(mainName, thresholdsName, arguments.Waiting());
     files.Files().RequireBelonging();
@@ -46,7 +46,7 @@ int Run(const Arguments& arguments) {
       Confirm(arguments, DescribeAll(reports) + sectors + QStringLiteral(" will be deleted"), question,
               nothingDone);
       done = QStringLiteral("deleted ") + DescribeAll(reports);
-      deletion = Deletion::OfAll(files, subject.kind, subject.identifier);
+      deletion.emplace(files, subject.kind, subject.identifier, std::nullopt);
     } else {
       const Alignment& report = ReportAt(reports, index);
       const QString shown = ShownSubject(reports.kind, reports.identifier);
@@ -56,11 +56,11 @@ int Run(const Arguments& arguments) {
                   QString::number(reports.alignments.size()) + QStringLiteral(" that there are"),
               question, nothingDone);
       done = QStringLiteral("deleted report ") + QString::number(index) + QStringLiteral(" of ") + shown;
-      deletion = Deletion::OfOne(files, subject.kind, subject.identifier, report.key);
+      deletion.emplace(files, subject.kind, subject.identifier, report.key);
     }
   }
   Edit edit(mainName, thresholdsName, arguments.Waiting());
-  deletion.Perform(&edit);
+  deletion->Perform(&edit);
   edit.Commit();
   Console::Print(done + QLatin1Char('\n'));
   return Status::Done;

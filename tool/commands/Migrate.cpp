@@ -6,7 +6,11 @@ namespace {
 
 int Run(const Arguments& arguments) {
   Migration::Choices choices;
-  choices.backup = arguments.options.value(QStringLiteral("backup"));
+  const QString backup = QStringLiteral("backup");
+  choices.backup = arguments.options.value(backup);
+  if (arguments.options.isSet(backup) && choices.backup.isEmpty()) {
+    throw WrongUsage(QStringLiteral("--backup must name a file"));
+  }
   choices.acceptLosses = arguments.options.isSet(QStringLiteral("accept-losses"));
   Migration::Run(arguments.operands.at(0), arguments.operands.value(1), choices, arguments.Waiting());
   return Status::Done;

@@ -120,8 +120,4 @@ void Confirm(const Arguments& arguments, const QString& what, const QString& que
   if (!Console::Confirm(question)) throw Failure(nothingDone);
 }
 
-QString ShownSubject(Kind kind, const QString& identifier) {
-  return KindName(kind) + QLatin1Char(' ') + Console::Printable(identifier);
-}
-
 TextSink StandardOutput() { return Console::PrintBytes; }

@@ -42,8 +42,5 @@ std::vector<QCommandLineOption> Together(std::initializer_list<std::vector<QComm
 void Confirm(const Arguments& arguments, const QString& what, const QString& question,
              const QString& nothingDone);
 
-/// "site S".
-QString ShownSubject(Kind kind, const QString& identifier);
-
 /// Prints what a writer hands on.
 TextSink StandardOutput();

@@ -5,7 +5,7 @@
 #include "tool/Console.h"
 #include "tool/FileName.h"
 #include "tool/commands/Options.h"
-#include "tool/pair/Creation.h"
+#include "tool/pair/FileCopy.h"
 #include "tool/pair/Replacement.h"
 #include "tool/pair/Snapshot.h"
 
@@ -63,6 +63,8 @@ class Copies {
 void DryRun(const QString& mainName, const QString& thresholdsName, const Deadline& deadline) {
   Snapshot files(mainName, thresholdsName, deadline, Snapshot::Look::AsItIs);
   Console::Print(Lines(Repair::Perform(&files.Files()), files.Files(), false));
+  // Nothing was done that would have to be repeated elsewhere.
+  Console::Flush();
 }
 
 void RunOn(const QString& mainName, const QString& thresholdsName, const Deadline& deadline) {

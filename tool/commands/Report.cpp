@@ -1,6 +1,6 @@
+#include <QHash>
 #include <memory>
 
-#include "model/PreferencesModel.h"
 #include "tool/Console.h"
 #include "tool/FileName.h"
 #include "tool/commands/Options.h"
@@ -73,13 +73,13 @@ ReportPdf::Head HeadOf(const Arguments& arguments) {
 }
 
 void AddInstrument(const Snapshot& files, ReportPdf::Head* head) {
-  PreferencesModel model;
-  if (!files.RestorePreferences(&model)) return;
-  if (model.SerialNumberValid()->Value()) {
-    head->serialNumber = QString::number(model.SerialNumber()->Value());
+  QHash<QString, QVariant> stored;
+  for (const auto& column : files.Preferences()) stored.insert(column.first, column.second);
+  if (stored.value(QStringLiteral("SerialNumberValid")).toLongLong() != 0) {
+    head->serialNumber = stored.value(QStringLiteral("SerialNumber")).toString();
   }
-  head->calibrationDate = model.CalibrationDate()->Value();
-  head->technician = model.UserTechId()->Value();
+  head->calibrationDate = stored.value(QStringLiteral("CalibrationDate")).toString();
+  head->technician = stored.value(QStringLiteral("UserTechId")).toString();
 }
 
 int Run(const Arguments& arguments) {

@@ -2,7 +2,6 @@
 #include "tool/FileName.h"
 #include "tool/commands/Options.h"
 #include "tool/pair/Backup.h"
-#include "tool/pair/Creation.h"
 #include "tool/pair/Replacement.h"
 
 namespace {

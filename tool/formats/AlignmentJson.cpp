@@ -37,8 +37,8 @@ QJsonObject JudgementObject(const Alignment& alignment) {
 QJsonObject AlignmentJson::ToObject(const Alignment& alignment, Uid uid) {
   const QString notFinite = NotFinite(alignment);
   if (!notFinite.isEmpty()) {
-    throw Failure(QStringLiteral("%1 %2: %3 is no number that JSON can hold")
-                      .arg(KindName(alignment.kind), Console::Printable(alignment.identifier), notFinite));
+    throw Failure(QStringLiteral("%1: %2 is no number that JSON can hold")
+                      .arg(ShownSubject(alignment.kind, alignment.identifier), notFinite));
   }
   QJsonObject object = ToMembers(alignment, FieldTreeOf(alignment.kind));
   object.insert(QStringLiteral("judgement"), JudgementObject(alignment));

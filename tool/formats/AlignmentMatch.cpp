@@ -11,7 +11,7 @@ MatchKey MatchKeyOf(const Alignment& a) {
 }
 
 QString ShownMatch(const Alignment& a) {
-  QStringList words{KindName(a.kind) + QLatin1Char(' ') + Console::Printable(a.identifier)};
+  QStringList words{ShownSubject(a.kind, a.identifier)};
   if (a.kind == Kind::Site) {
     words << QStringLiteral("sector ") + Console::Printable(a.sector)
           << QStringLiteral("position ") + Console::Printable(a.position);

@@ -12,3 +12,6 @@ using PreferencesRow = QVector<QPair<QString, QVariant>>;
 /// {value, name} under the name of each column that holds the key of a setting, {value} under the others. The
 /// name is null where a key has none.
 QJsonObject PreferencesObject(const PreferencesRow& row);
+
+/// For people: a line for each column that is there.
+QString PreferencesTable(const PreferencesRow& row);

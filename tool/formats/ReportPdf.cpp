@@ -425,7 +425,9 @@ void Draw(const Reports& reports, const ReportPdf::Head& head, QIODevice* device
   writer.setResolution(600);
   Page page(&writer, reports, head);
   if (page.IsActive()) page.Draw();
-  if (!page.End()) throw Failure(QStringLiteral("the pages of %1 cannot be drawn").arg(reports.identifier));
+  if (page.End()) return;
+  throw Failure(
+      QStringLiteral("the pages of %1 cannot be drawn").arg(Console::Printable(reports.identifier)));
 }
 
 /// After a file has taken its place: makes sure that the folder's entry is on the disk as well.

@@ -25,9 +25,9 @@ const QString hashMember = QStringLiteral("sha256");
 QJsonObject PartOf(const QByteArray& path) {
   const Descriptor file(path, O_RDONLY);
   if (!file.IsOpen()) FailWithErrno(path);
-  return {
-      {sizeMember, SizeOf(file.Number())},
-      {hashMember, QString::fromLatin1(Sha256(file.Number(), FileName::Shown(FileName::FromBytes(path))))}};
+  const QString shown = FileName::Shown(path);
+  return {{sizeMember, SizeOf(file.Number(), shown)},
+          {hashMember, QString::fromLatin1(Sha256(file.Number(), shown))}};
 }
 
 /// Over all the rest of the manifest.
@@ -73,7 +73,7 @@ class PartFile {
 QJsonObject ReadManifest(const QString& folder) {
   constexpr qint64 largest = 1 << 16;
   const PartFile file(folder, manifestFile);
-  QByteArray text(int(qMin(SizeOf(file.Number()), largest)), Qt::Uninitialized);
+  QByteArray text(int(qMin(SizeOf(file.Number(), file.Shown()), largest)), Qt::Uninitialized);
   const bool isRead = pread(file.Number(), text.data(), std::size_t(text.size()), 0) == text.size();
   QJsonObject manifest = QJsonDocument::fromJson(text).object();
   // Also of what means the same in JSON, not a byte may be another.
@@ -85,9 +85,7 @@ QJsonObject ReadManifest(const QString& folder) {
 void CopyPart(const QString& folder, const char* name, const QJsonObject& part, const QByteArray& target) {
   {
     const PartFile file(folder, name);
-    const Descriptor copy(target, O_RDWR | O_CREAT | O_TRUNC, 0600);
-    if (!copy.IsOpen()) FailWithErrno(target);
-    CopyContent(file.Number(), file.Shown(), copy.Number(), target);
+    CopyInto(file.Number(), file.Shown(), target);
   }
   // Of the copy, so it does not matter what becomes of the folder meanwhile.
   if (PartOf(target) == part) return;

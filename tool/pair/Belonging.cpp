@@ -22,6 +22,17 @@ const Tables& Of(Kind kind) {
   return kind == Kind::Site ? site : path;
 }
 
+std::vector<Reference> ReferencesOf(Kind kind) {
+  const Tables& tables = Of(kind);
+  std::vector<Reference> references{{tables.ownerKey, tables.owners, tables.ownerKey},
+                                    {"TargetOrientationKey", "Orientation", "OrientationKey"},
+                                    {"MeasuredOrientationKey", "Orientation", "OrientationKey"},
+                                    {"LocationKey", "Geolocation", "GeolocationKey"},
+                                    {"SiteHeightKey", "Height", "HeightKey"}};
+  if (kind == Kind::Path) references.push_back({"PathLocationKey", "Geolocation", "GeolocationKey"});
+  return references;
+}
+
 QByteArray Joined(Kind kind, const QByteArray& columns) {
   const Tables& tables = Of(kind);
   return "SELECT " + columns + " FROM thresholds." + tables.thresholds + " t JOIN main." + tables.alignments +

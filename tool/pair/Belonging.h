@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "tool/Alignment.h"
 #include "tool/pair/Sqlite.h"
 
@@ -21,6 +23,15 @@ struct Tables {
 };
 
 const Tables& Of(Kind kind);
+
+/// A column of an alignment, and the row of another table that it names by that table's key.
+struct Reference {
+  const char* column;
+  const char* table;
+  const char* key;
+};
+/// All that an alignment cannot do without.
+std::vector<Reference> ReferencesOf(Kind kind);
 
 /// A query on thresholds rows `t` and the alignments `a` that they name, up to its conditions.
 QByteArray Joined(Kind kind, const QByteArray& columns);

@@ -54,6 +54,10 @@ void Sort(const Sqlite& db, const QByteArray& schema, const QByteArray& table, s
 
 namespace ColumnTypes {
 
+double LargestNumber(const QByteArray& table) {
+  return HoldsAngles(table) ? double(std::numeric_limits<float>::max()) : std::numeric_limits<double>::max();
+}
+
 std::vector<qint64> WrongRows(const Sqlite& db, const QByteArray& schema, const QByteArray& table,
                               Looked looked, std::size_t most) {
   std::array<Group, 3> groups{{{"all_numbers", All<IsNumber<double>>, {}},

@@ -8,6 +8,9 @@
 /// Whether values are of the types that their columns are declared with: SQLite keeps whatever it is given.
 namespace ColumnTypes {
 
+/// The largest number that the columns of a table can hold.
+double LargestNumber(const QByteArray& table);
+
 enum class Looked { Numbers, NumbersAndTexts };
 
 /// The rows of a table, at most `most` of them, that have a text, a blob or an infinity where a number has to

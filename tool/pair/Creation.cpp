@@ -1,12 +1,11 @@
 #include "tool/pair/Creation.h"
 
-#include <sys/stat.h>
-
 #include <memory>
 
 #include "store/AllStores.h"
 #include "tool/Console.h"
 #include "tool/FileName.h"
+#include "tool/pair/FileCopy.h"
 #include "tool/pair/NewFile.h"
 #include "tool/pair/Operands.h"
 #include "tool/pair/PrivatePair.h"
@@ -31,11 +30,6 @@ bool NameTheSamePlace(const QString& one, const QString& other) {
 
 }  // namespace
 
-bool FileExists(const QString& name) {
-  struct stat status {};
-  return stat(FileName::ToBytes(name).constData(), &status) == 0;
-}
-
 void RequireThresholdsFile(const QString& name, const Deadline& deadline) {
   Snapshot file(name, QString(), deadline, Snapshot::Look::AsItIs);
   file.Files().Open();
@@ -47,7 +41,7 @@ void RequireThresholdsFile(const QString& name, const Deadline& deadline) {
 QStringList CreateMissing(const QString& mainName, const QString& thresholdsName, const Deadline& deadline) {
   const QString shownMain = FileName::Shown(mainName);
   if (NameTheSamePlace(mainName, thresholdsName)) {
-    throw Failure(shownMain + QStringLiteral(": cannot be main and thresholds file at once"));
+    FailAsBoth(shownMain);
   }
   const bool makesMain = !FileExists(mainName);
   const bool makesThresholds = !FileExists(thresholdsName);

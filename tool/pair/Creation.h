@@ -12,6 +12,3 @@ QStringList CreateMissing(const QString& mainName, const QString& thresholdsName
 
 /// Throws a Failure unless the file at that place is a sound thresholds file.
 void RequireThresholdsFile(const QString& name, const Deadline& deadline);
-
-/// Whether something stands at that place.
-bool FileExists(const QString& name);

@@ -155,9 +155,15 @@ DamagedFile::DamagedFile(const QByteArray& path) : file_(QFile::decodeName(path)
     pageSize_ = GuessPageSize();
   }
   usable_ += int(pageSize_);
+  AllowReading();
   pages_ = quint32((size_ + pageSize_ - 1) / pageSize_);
   ReadFreePages();
   ReadSchema();
+}
+
+void DamagedFile::AllowReading() {
+  constexpr qint64 timesRead = 16;
+  recordsLeft_ = timesRead * size_;
 }
 
 /// The one by which most of the file looks like leaves of tables.
@@ -220,6 +226,7 @@ void DamagedFile::TakeEntries(const StoredTable& table) {
 }
 
 std::map<QByteArray, StoredTable> DamagedFile::Read(const std::map<QByteArray, Wanted>& wanted) {
+  AllowReading();
   std::map<QByteArray, StoredTable> tables;
   for (const auto& [name, how] : wanted) {
     const auto entry = schema_.find(name);
@@ -363,6 +370,7 @@ bool DamagedFile::ReadCell(const Page& page, int at, Cell* cell) const {
   const qint64 fitting = least + (size - least) % (usable_ - 4);
   const qint64 local = size <= most ? size : fitting <= most ? fitting : least;
   if (local > available - at || (size > local && local + 4 > available - at)) return false;
+  if ((recordsLeft_ -= local) < 0) return false;
   QByteArray payload(reinterpret_cast<const char*>(page.bytes) + at, int(local));
   at += int(local);
   const bool goesOn = size > local;
@@ -380,6 +388,7 @@ bool DamagedFile::ReadOverflow(quint32 first, qint64 size, QByteArray* payload) 
     const Page page = At(next);
     if (page.number < 2 || page.size < usable_ || freePages_.count(next) > 0) return false;
     const qint64 wanted = std::min(size - payload->size(), qint64(usable_) - 4);
+    if ((recordsLeft_ -= wanted) < 0) return false;
     payload->append(reinterpret_cast<const char*>(page.bytes) + 4, int(wanted));
     next = BigEndian32(page.bytes);
   }

@@ -77,6 +77,7 @@ class DamagedFile {
   };
   struct Cell;
 
+  void AllowReading();
   quint32 GuessPageSize() const;
   Page At(quint32 number) const;
   void ReadFreePages();
@@ -106,5 +107,8 @@ class DamagedFile {
   bool freePagesAreKnown_ = false;
   std::set<quint32> freePages_;
   std::set<quint32> visited_;
+  /// How many bytes of records may still be read. Each byte of the file is of one record, and read a few
+  /// times at most; records that share pages could keep a run busy for days.
+  mutable qint64 recordsLeft_ = 0;
   std::map<QByteArray, Entry> schema_;
 };

@@ -17,20 +17,15 @@ const QByteArray doomed = QByteArrayLiteral("to be deleted by tarnbeam-db");
 
 QByteArray Table(const char* schema, const char* table) { return QByteArray(schema) + '.' + table; }
 
-void AppendRows(const Sqlite& db, const QByteArray& sql, int columns, QByteArray* content) {
+void AppendRows(const Sqlite& db, const QByteArray& sql, QByteArray* content) {
   Sqlite::Rows rows = db.Select(sql);
   while (rows.Next()) {
-    for (int column = 0; column < columns; ++column) {
+    for (int column = 0; column < rows.Columns(); ++column) {
       const QByteArray bytes = rows.Bytes(column);
       *content += QByteArray::number(bytes.size()) + ':' + bytes;
     }
   }
   *content += ';';
-}
-
-int ColumnsOf(const Sqlite& db, const char* schema, const char* table) {
-  return int(
-      db.Number(QByteArray("SELECT count(*) FROM pragma_table_info('") + table + "', '" + schema + "')"));
 }
 
 template <typename Records, typename KeyOf>
@@ -69,30 +64,17 @@ class Renamed {
 
 }  // namespace
 
-Deletion Deletion::OfAll(const Snapshot& shown, Kind kind, const QString& identifier) {
-  Deletion deletion;
-  deletion.kind_ = kind;
-  deletion.identifier_ = identifier;
-  deletion.owner_ = shown.KeyOf(kind, identifier);
-  deletion.content_ = deletion.Content(shown.Files().Db());
-  return deletion;
-}
-
-Deletion Deletion::OfOne(const Snapshot& shown, Kind kind, const QString& identifier, unsigned int key) {
-  Deletion deletion;
-  deletion.kind_ = kind;
-  deletion.identifier_ = identifier;
-  deletion.owner_ = shown.KeyOf(kind, identifier);
-  deletion.one_ = true;
-  deletion.key_ = key;
-  deletion.content_ = deletion.Content(shown.Files().Db());
-  return deletion;
-}
+Deletion::Deletion(const Snapshot& shown, Kind kind, const QString& identifier, std::optional<qint64> key)
+    : kind_(kind),
+      identifier_(identifier),
+      owner_(shown.KeyOf(kind, identifier)),
+      key_(key),
+      content_(Content(shown.Files().Db())) {}
 
 QByteArray Deletion::AlignmentCondition() const {
   const Belonging::Tables& tables = Belonging::Of(kind_);
   QByteArray condition = QByteArray(tables.ownerKey) + " = " + QByteArray::number(owner_);
-  if (one_) condition += QByteArray(" AND ") + tables.alignmentKey + " = " + QByteArray::number(key_);
+  if (key_) condition += QByteArray(" AND ") + tables.alignmentKey + " = " + QByteArray::number(*key_);
   return condition;
 }
 
@@ -105,24 +87,23 @@ QByteArray Deletion::Content(const Sqlite& db) const {
   AppendRows(db,
              QByteArray("SELECT ") + tables.ownerName + " FROM main." + tables.owners + " WHERE " +
                  tables.ownerKey + " = " + QByteArray::number(owner_),
-             1, &content);
-  AppendRows(db, "SELECT * FROM " + chosen + " ORDER BY rowid", ColumnsOf(db, "main", tables.alignments),
              &content);
+  AppendRows(db, "SELECT * FROM " + chosen + " ORDER BY rowid", &content);
   const QByteArray locations =
       keys("LocationKey") + (kind_ == Kind::Path ? " UNION " + keys("PathLocationKey") : QByteArray());
   AppendRows(db,
              "SELECT * FROM main.Orientation WHERE OrientationKey IN (" + keys("TargetOrientationKey") +
                  " UNION " + keys("MeasuredOrientationKey") + ") ORDER BY rowid",
-             4, &content);
+             &content);
   AppendRows(db, "SELECT * FROM main.Geolocation WHERE GeolocationKey IN (" + locations + ") ORDER BY rowid",
-             4, &content);
+             &content);
   AppendRows(db,
-             "SELECT * FROM main.Height WHERE HeightKey IN (" + keys("SiteHeightKey") + ") ORDER BY rowid", 3,
+             "SELECT * FROM main.Height WHERE HeightKey IN (" + keys("SiteHeightKey") + ") ORDER BY rowid",
              &content);
   AppendRows(db,
              "SELECT * FROM " + Table("thresholds", tables.thresholds) + " WHERE " + tables.alignmentKey +
                  " IN (" + keys(tables.alignmentKey) + ") ORDER BY rowid",
-             6, &content);
+             &content);
   return content;
 }
 
@@ -130,8 +111,7 @@ void Deletion::Perform(Edit* edit) const {
   const PrivatePair& copies = edit->Copies();
   const Sqlite& db = copies.Db();
   if (Content(db) != content_) {
-    throw Failure(copies.ShownMain() + QStringLiteral(": ") + KindName(kind_) + QLatin1Char(' ') +
-                  Console::Printable(identifier_) +
+    throw Failure(copies.ShownMain() + QStringLiteral(": ") + ShownSubject(kind_, identifier_) +
                   QStringLiteral(" was changed meanwhile by another program; nothing was deleted"));
   }
   const Belonging::Tables& tables = Belonging::Of(kind_);
@@ -142,7 +122,7 @@ void Deletion::Perform(Edit* edit) const {
   // back.
   db.Execute("CREATE TEMP TABLE Others AS " + Belonging::Joined(kind_, "t.*") + Belonging::Disagree(kind_));
   Renamed renamed(db, tables, owner_);
-  if (one_) {
+  if (key_) {
     DeleteOne(copies);
     renamed.TakeBack();
   } else {
@@ -160,8 +140,7 @@ void Deletion::DeleteAll(const PrivatePair& copies) const {
   QString anySector;
   const bool deleted = kind_ == Kind::Site ? store->DeleteReportsBySiteAndSector(name, anySector)
                                            : store->DeleteReportsByPath(name);
-  call.RequireSuccess(deleted, KindName(kind_) + QLatin1Char(' ') + Console::Printable(identifier_) +
-                                   QStringLiteral(" could not be deleted"));
+  call.RequireSuccess(deleted, ShownSubject(kind_, identifier_) + QStringLiteral(" could not be deleted"));
 }
 
 // The library counts reports in an order of its own, in which equal ones may come either way round.
@@ -172,24 +151,24 @@ void Deletion::DeleteOne(const PrivatePair& copies) const {
   bool deleted = false;
   if (kind_ == Kind::Site) {
     const std::unique_ptr<AntennaAlignmentPdfReportData> reports(store->GetAlignmentReportDataForSite(name));
-    const int index = reports ? IndexOf(*reports->AlignmentData(), key_,
+    const int index = reports ? IndexOf(*reports->AlignmentData(), *key_,
                                         [](const auto* record) { return record->AntennaAlignmentKey(); })
                               : -1;
     deleted = index >= 0 && store->DeleteReportsBySiteAndIndex(name, index);
   } else {
     const std::unique_ptr<PathAlignmentPdfReportData> reports(store->GetPathAlignmentReportDataForSite(name));
     const int index = reports && reports->PathData() != nullptr
-                          ? IndexOf(*reports->PathData(), key_,
+                          ? IndexOf(*reports->PathData(), *key_,
                                     [](const auto* record) { return record->PathAlignmentKey(); })
                           : -1;
     deleted = index >= 0 && store->DeleteReportsByPathAndIndex(name, index);
   }
-  call.RequireSuccess(deleted, QStringLiteral("the report of ") + KindName(kind_) + QLatin1Char(' ') +
-                                   Console::Printable(identifier_) + QStringLiteral(" could not be deleted"));
+  call.RequireSuccess(deleted, QStringLiteral("the report of ") + ShownSubject(kind_, identifier_) +
+                                   QStringLiteral(" could not be deleted"));
   // The library leaves the thresholds of a site's report behind.
   const Belonging::Tables& tables = Belonging::Of(kind_);
   copies.Db().Execute("DELETE FROM " + Table("thresholds", tables.thresholds) + " WHERE " +
-                      tables.alignmentKey + " = " + QByteArray::number(key_) + " AND " +
+                      tables.alignmentKey + " = " + QByteArray::number(*key_) + " AND " +
                       tables.thresholdsOwner + " = " + QByteArray::number(owner_));
 }
 
@@ -199,9 +178,9 @@ void Deletion::RequireGone(const Sqlite& db, qint64 remaining) const {
   const QByteArray owners = "SELECT count(*) FROM main." + QByteArray(tables.owners) + " WHERE " +
                             tables.ownerKey + " = " + QByteArray::number(owner_);
   if (db.Number(count) == remaining && db.Number(count + " WHERE " + AlignmentCondition()) == 0 &&
-      db.Number(owners) == (one_ ? 1 : 0)) {
+      db.Number(owners) == (key_ ? 1 : 0)) {
     return;
   }
-  throw Failure(KindName(kind_) + QLatin1Char(' ') + Console::Printable(identifier_) +
+  throw Failure(ShownSubject(kind_, identifier_) +
                 QStringLiteral(" could not be deleted, perhaps because of a trigger; nothing was deleted"));
 }

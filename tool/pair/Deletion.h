@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <optional>
 
 #include "tool/Alignment.h"
 #include "tool/pair/Edit.h"
@@ -11,10 +12,8 @@ class Snapshot;
 /// What is to be deleted, as it was when it was shown: the same is deleted, or nothing.
 class Deletion {
  public:
-  /// A site or path with all its reports.
-  static Deletion OfAll(const Snapshot& shown, Kind kind, const QString& identifier);
-  /// The report with that key.
-  static Deletion OfOne(const Snapshot& shown, Kind kind, const QString& identifier, unsigned int key);
+  /// A site or path with all its reports, or of these only the one with that key.
+  Deletion(const Snapshot& shown, Kind kind, const QString& identifier, std::optional<qint64> key);
 
   /// In the private copies. Thresholds rows that belong to something else stay.
   void Perform(Edit* edit) const;
@@ -26,10 +25,9 @@ class Deletion {
   QByteArray Content(const Sqlite& db) const;
   QByteArray AlignmentCondition() const;
 
-  Kind kind_ = Kind::Site;
-  QString identifier_;
-  qint64 owner_ = 0;
-  bool one_ = false;
-  qint64 key_ = 0;
-  QByteArray content_;
+  const Kind kind_;
+  const QString identifier_;
+  const qint64 owner_;
+  const std::optional<qint64> key_;
+  const QByteArray content_;
 };

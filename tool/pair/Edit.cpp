@@ -74,9 +74,7 @@ void Edit::FindFiles(const QString& mainName, const QString& thresholdsName) {
   if (!copies_.HasThresholds()) return;
   const SourceFile thresholdsFile(thresholdsName);
   thresholdsPath_ = thresholdsFile.Path();
-  if (mainFile.IsSameFileAs(thresholdsFile)) {
-    throw Failure(mainFile.Shown() + QStringLiteral(": cannot be main and thresholds file at once"));
-  }
+  if (mainFile.IsSameFileAs(thresholdsFile)) FailAsBoth(mainFile.Shown());
 }
 
 void Edit::Lock(const Deadline& deadline) {

@@ -24,7 +24,7 @@ void FailWithErrno(const QString& shown) {
   throw Failure(shown + QStringLiteral(": ") + FileName::SystemError(errno));
 }
 
-void FailWithErrno(const QByteArray& path) { FailWithErrno(FileName::Shown(FileName::FromBytes(path))); }
+void FailWithErrno(const QByteArray& path) { FailWithErrno(FileName::Shown(path)); }
 
 namespace {
 
@@ -64,17 +64,26 @@ QByteArray ResolvedPath(const QString& name) {
   FailWithErrno(FileName::Shown(name));
 }
 
-qint64 SizeOf(int descriptor) {
+bool FileExists(const QByteArray& path) { return Stamp(path).there; }
+
+bool FileExists(const QString& name) { return FileExists(FileName::ToBytes(name)); }
+
+qint64 SizeOf(int descriptor, const QString& shown) {
   struct stat status {};
-  return fstat(descriptor, &status) == 0 ? status.st_size : 0;
+  if (fstat(descriptor, &status) != 0) FailWithErrno(shown);
+  return status.st_size;
+}
+
+void CopyInto(int from, const QString& shown, const QByteArray& target) {
+  const Descriptor copy(target, O_RDWR | O_CREAT | O_TRUNC, 0600);
+  if (!copy.IsOpen()) FailWithErrno(target);
+  CopyContent(from, shown, copy.Number(), target);
 }
 
 void CopyFile(const QByteArray& from, const QByteArray& target) {
   const Descriptor source(from, O_RDONLY);
   if (!source.IsOpen()) FailWithErrno(from);
-  const Descriptor copy(target, O_RDWR | O_CREAT | O_TRUNC, 0600);
-  if (!copy.IsOpen()) FailWithErrno(target);
-  CopyContent(source.Number(), FileName::Shown(FileName::FromBytes(from)), copy.Number(), target);
+  CopyInto(source.Number(), FileName::Shown(from), target);
 }
 
 void Sync(const QByteArray& path) {

@@ -29,9 +29,10 @@ struct Stamp {
   explicit Stamp(const QByteArray& path) { there = stat(path.constData(), &status) == 0; }
   bool operator==(const Stamp& other) const {
     return there == other.there &&
-           (!there || (status.st_size == other.status.st_size && status.st_ino == other.status.st_ino &&
-                       status.st_mtim.tv_sec == other.status.st_mtim.tv_sec &&
-                       status.st_mtim.tv_nsec == other.status.st_mtim.tv_nsec));
+           (!there ||
+            (status.st_size == other.status.st_size && status.st_ino == other.status.st_ino &&
+             status.st_dev == other.status.st_dev && status.st_mtim.tv_sec == other.status.st_mtim.tv_sec &&
+             status.st_mtim.tv_nsec == other.status.st_mtim.tv_nsec));
   }
   bool there = false;
   struct stat status {};
@@ -45,13 +46,17 @@ struct Stamp {
 void WriteAll(int descriptor, const char* content, qint64 size, const QByteArray& target);
 /// Copies from the beginning of an open file, whose name in messages is `shown`, to the end of another.
 void CopyContent(int from, const QString& shown, int to, const QByteArray& target);
-/// Replaces what is at the target, if anything.
+/// Into a private file, which replaces what is at the target, if anything.
+void CopyInto(int from, const QString& shown, const QByteArray& target);
 void CopyFile(const QByteArray& from, const QByteArray& target);
 /// Makes sure that what was written to a file, or renamed in a folder, is on the disk.
 void Sync(const QByteArray& path);
+/// Whether something stands at that place.
+bool FileExists(const QByteArray& path);
+bool FileExists(const QString& name);
 /// Absolute, links resolved. Throws a Failure where nothing stands.
 QByteArray ResolvedPath(const QString& name);
-qint64 SizeOf(int descriptor);
+qint64 SizeOf(int descriptor, const QString& shown);
 /// Of all that an open file holds.
 QByteArray Sha256(int descriptor, const QString& shown);
 /// The folder that a file is in.

@@ -1,6 +1,5 @@
 #include "tool/pair/Leftovers.h"
 
-#include <glob.h>
 #include <unistd.h>
 
 #include <QList>
@@ -37,12 +36,10 @@ void Remove(const QByteArray& mainPath, const QByteArray& thresholdsPath) {
   for (const QByteArray& path : {mainPath, thresholdsPath}) {
     if (!path.isEmpty()) NewFile::RemoveLeftovers(path);
   }
-  const QByteArray pattern = EscapedForPattern(mainPath) + superJournalSuffix + QByteArray(randomDigits, '?');
-  glob_t found{};
-  if (glob(pattern.constData(), GLOB_NOSORT, nullptr, &found) == 0) {
-    for (std::size_t number = 0; number < found.gl_pathc; ++number) RemoveIfAbandoned(found.gl_pathv[number]);
+  const QByteArray pattern = superJournalSuffix + QByteArray(randomDigits, '?');
+  for (const QByteArray& superJournal : PathsLike(mainPath, pattern.constData())) {
+    RemoveIfAbandoned(superJournal);
   }
-  globfree(&found);
 }
 
 void RemoveBegunJournal(const QByteArray& path) {

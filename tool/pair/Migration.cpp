@@ -10,6 +10,7 @@
 #include "tool/FileName.h"
 #include "tool/pair/Creation.h"
 #include "tool/pair/Edit.h"
+#include "tool/pair/FileCopy.h"
 #include "tool/pair/LibraryCall.h"
 #include "tool/pair/NewFile.h"
 #include "tool/pair/Schema.h"
@@ -127,19 +128,26 @@ class Conversion {
   const Deadline& deadline_;
 };
 
-/// Placed at once: should the run be killed before the main file is changed, the next one goes on from there.
-std::unique_ptr<NewFile> MakeThresholds(const PrivatePair& copies, const QString& name,
-                                        const Deadline& deadline) {
-  if (name.isEmpty()) return nullptr;
-  if (FileExists(name)) {
-    RequireThresholdsFile(name, deadline);
-    return nullptr;
+/// A file that goes again unless it is told to stay.
+class PlacedFile {
+ public:
+  PlacedFile() = default;
+  PlacedFile(const PlacedFile&) = delete;
+  PlacedFile& operator=(const PlacedFile&) = delete;
+  ~PlacedFile() {
+    if (file_) file_->TakeBack();
   }
-  NewFile::RemoveLeftovers(FileName::ToBytes(name));
-  auto file = std::make_unique<NewFile>(copies.FreshThresholdsPath(), name);
-  file->Place();
-  return file;
-}
+  void Place(const QByteArray& content, const QString& name) {
+    NewFile::RemoveLeftovers(FileName::ToBytes(name));
+    auto file = std::make_unique<NewFile>(content, name);
+    file->Place();
+    file_ = std::move(file);
+  }
+  void Stay() { file_.reset(); }
+
+ private:
+  std::unique_ptr<NewFile> file_;
+};
 
 }  // namespace
 
@@ -147,30 +155,35 @@ namespace Migration {
 
 void Run(const QString& mainName, const QString& thresholdsName, const Choices& choices,
          const Deadline& deadline) {
+  const bool makesThresholds = !thresholdsName.isEmpty() && !FileExists(thresholdsName);
+  // Not while there are private copies: where a signal ends the run, one folder of them is all that is known.
+  if (!thresholdsName.isEmpty() && !makesThresholds) RequireThresholdsFile(thresholdsName, deadline);
   Edit edit(mainName, QString(), deadline, Edit::Files::AsTheyAre);
   PrivatePair& copies = edit.Copies();
   const bool isCurrent = copies.RequireVersion() == currentSchemaVersion;
   copies.RequireShape();
   QString lines;
+  PlacedFile backup;
+  PlacedFile thresholds;
   if (isCurrent) {
     lines = copies.ShownMain() + QStringLiteral(" is of version ") + QString::number(currentSchemaVersion) +
             QStringLiteral(" already\n");
   } else {
     if (!choices.backup.isEmpty()) {
-      NewFile backup(copies.MainPath(), choices.backup);
-      backup.Place();
-      lines += QStringLiteral("copied to ") + backup.Shown() + QLatin1Char('\n');
+      backup.Place(copies.MainPath(), choices.backup);
+      lines += QStringLiteral("copied to ") + FileName::Shown(choices.backup) + QLatin1Char('\n');
     }
     lines += Conversion(&copies, choices.acceptLosses, deadline).Run();
   }
-  const std::unique_ptr<NewFile> thresholds = MakeThresholds(copies, thresholdsName, deadline);
-  try {
-    if (!isCurrent) edit.Commit();
-  } catch (...) {
-    if (thresholds) thresholds->TakeBack();
-    throw;
+  if (makesThresholds) {
+    // Should the run be killed before the main file is changed, the next one goes on from there.
+    thresholds.Place(copies.FreshThresholdsPath(), thresholdsName);
+    lines += QStringLiteral("created ") + FileName::Shown(thresholdsName) + QLatin1Char('\n');
   }
-  if (thresholds) lines += QStringLiteral("created ") + thresholds->Shown() + QLatin1Char('\n');
+  // From here on a copy of what was there may be needed.
+  backup.Stay();
+  if (!isCurrent) edit.Commit();
+  thresholds.Stay();
   Console::Print(lines);
 }
 

@@ -56,7 +56,12 @@ NewFile::~NewFile() {
 void NewFile::Place() {
   if (!MoveToFreePlace(beside_, path_)) FailWithErrno(shown_);
   beside_.clear();
-  Sync(FolderOf(path_));
+  try {
+    Sync(FolderOf(path_));
+  } catch (...) {
+    TakeBack();
+    throw;
+  }
 }
 
 void NewFile::TakeBack() {
@@ -64,14 +69,10 @@ void NewFile::TakeBack() {
 }
 
 void NewFile::RemoveLeftovers(const QByteArray& path) {
-  glob_t found{};
-  if (glob((EscapedForPattern(path) + ".creating-??????").constData(), GLOB_NOSORT, nullptr, &found) == 0) {
-    for (std::size_t number = 0; number < found.gl_pathc; ++number) {
-      const Descriptor left(found.gl_pathv[number], O_RDONLY | O_NOFOLLOW);
-      if (left.IsOpen() && flock(left.Number(), LOCK_EX | LOCK_NB) == 0) unlink(found.gl_pathv[number]);
-    }
+  for (const QByteArray& beside : PathsLike(path, ".creating-??????")) {
+    const Descriptor left(beside, O_RDONLY | O_NOFOLLOW);
+    if (left.IsOpen() && flock(left.Number(), LOCK_EX | LOCK_NB) == 0) unlink(beside.constData());
   }
-  globfree(&found);
 }
 
 void PlaceTogether(NewFile* mainFile, NewFile* thresholdsFile) {
@@ -84,11 +85,19 @@ void PlaceTogether(NewFile* mainFile, NewFile* thresholdsFile) {
   }
 }
 
-QByteArray EscapedForPattern(const QByteArray& path) {
-  QByteArray pattern;
+std::vector<QByteArray> PathsLike(const QByteArray& path, const char* pattern) {
+  QByteArray whole;
   for (const char character : path) {
-    if (std::strchr("\\*?[", character) != nullptr) pattern += '\\';
-    pattern += character;
+    // In the path itself nothing stands for more than itself.
+    if (std::strchr("\\*?[", character) != nullptr) whole += '\\';
+    whole += character;
   }
-  return pattern;
+  whole += pattern;
+  std::vector<QByteArray> paths;
+  glob_t found{};
+  if (glob(whole.constData(), GLOB_NOSORT, nullptr, &found) == 0) {
+    paths.assign(found.gl_pathv, found.gl_pathv + found.gl_pathc);
+  }
+  globfree(&found);
+  return paths;
 }

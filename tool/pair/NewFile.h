@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <vector>
 
 /// A file that is to be where none is. It is written whole beside its place, under a name of its own
 /// (NAME.creating-XXXXXX), and then moved there, so in its place it is complete or absent.
@@ -17,7 +18,7 @@ class NewFile {
 
   const QString& Shown() const { return shown_; }
 
-  /// Never over another file.
+  /// Never over another file. Throws a Failure, and then nothing stands there.
   void Place();
   /// Takes away what was placed.
   void TakeBack();
@@ -40,5 +41,5 @@ void PlaceTogether(NewFile* mainFile, NewFile* thresholdsFile);
 mode_t OrdinaryMode();
 /// Never over another file, even if one appears there meanwhile; else false, with errno.
 bool MoveToFreePlace(const QByteArray& from, const QByteArray& to);
-/// The path without anything that a name pattern would take for more than itself.
-QByteArray EscapedForPattern(const QByteArray& path);
+/// What stands there under a name that begins with this path and goes on as the pattern says.
+std::vector<QByteArray> PathsLike(const QByteArray& path, const char* pattern);

@@ -1,7 +1,6 @@
 #include "tool/pair/NewFolder.h"
 
 #include <fcntl.h>
-#include <glob.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,18 +16,13 @@
 
 namespace {
 
-constexpr char creating[] = ".creating-";
-
 /// Only files are ever made in such a folder.
 void RemoveFolder(const QByteArray& path) {
-  glob_t found{};
-  if (glob((EscapedForPattern(path) + "/*").constData(), GLOB_NOSORT, nullptr, &found) == 0) {
-    for (std::size_t number = 0; number < found.gl_pathc; ++number) unlink(found.gl_pathv[number]);
-  }
-  globfree(&found);
+  for (const QByteArray& file : PathsLike(path, "/*")) unlink(file.constData());
   rmdir(path.constData());
 }
 
+/// A link that leads nowhere, too.
 bool Exists(const QByteArray& path) {
   struct stat status {};
   return lstat(path.constData(), &status) == 0;
@@ -47,7 +41,7 @@ NewFolder::NewFolder(const QString& name) : shown_(FileName::Shown(name)), path_
   while (path_.size() > 1 && path_.endsWith('/')) path_.chop(1);
   if (Exists(path_)) throw Failure(shown_ + QStringLiteral(": exists already"));
   RemoveLeftovers(path_);
-  beside_ = path_ + creating + "XXXXXX";
+  beside_ = path_ + ".creating-XXXXXX";
   if (mkdtemp(beside_.data()) == nullptr) FailWithErrno(shown_);
   descriptor_ = open(beside_.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   // Held as long as the run lives: what nobody holds was left by one that was killed.
@@ -85,16 +79,17 @@ void NewFolder::Place() {
   Sync(beside_);
   if (!MoveFolder(beside_, path_)) FailWithErrno(shown_);
   beside_.clear();
-  Sync(FolderOf(path_));
+  try {
+    Sync(FolderOf(path_));
+  } catch (...) {
+    RemoveFolder(path_);
+    throw;
+  }
 }
 
 void NewFolder::RemoveLeftovers(const QByteArray& path) {
-  glob_t found{};
-  if (glob((EscapedForPattern(path) + creating + "??????").constData(), GLOB_NOSORT, nullptr, &found) == 0) {
-    for (std::size_t number = 0; number < found.gl_pathc; ++number) {
-      const Descriptor left(found.gl_pathv[number], O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
-      if (left.IsOpen() && flock(left.Number(), LOCK_EX | LOCK_NB) == 0) RemoveFolder(found.gl_pathv[number]);
-    }
+  for (const QByteArray& beside : PathsLike(path, ".creating-??????")) {
+    const Descriptor left(beside, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+    if (left.IsOpen() && flock(left.Number(), LOCK_EX | LOCK_NB) == 0) RemoveFolder(beside);
   }
-  globfree(&found);
 }

@@ -17,7 +17,7 @@ class NewFolder {
   /// Copies a file into it, and what is already in memory; both are synced.
   void Copy(const QByteArray& from, const char* name) const;
   void Write(const QByteArray& content, const char* name) const;
-  /// Never over anything.
+  /// Never over anything. Throws a Failure, and then nothing stands there.
   void Place();
 
  private:

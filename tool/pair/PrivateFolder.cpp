@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -22,7 +23,7 @@ constexpr const char* prefix = "/tarnbeam-db-";
 constexpr std::array<const char*, 6> names = {"main",       "thresholds",      "read-main", "read-thresholds",
                                               "fresh-main", "fresh-thresholds"};
 constexpr std::array<const char*, 4> suffixes = {"", "-journal", "-wal", "-shm"};
-constexpr std::array<int, 4> endingSignals = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
+constexpr std::array<int, 3> endingSignals = {SIGINT, SIGTERM, SIGHUP};
 
 // Where the one folder of this run is; the signal handler has nowhere else to look.
 std::array<char, 4096> thisRuns{};
@@ -32,14 +33,31 @@ QByteArray TemporaryPlace() {
   return place != nullptr && *place != '\0' ? QByteArray(place) : QByteArray("/tmp");
 }
 
-/// Only what a signal handler may call.
-void Empty(int folder) {
+/// Whether it is one of the copies, or what SQLite has beside one.
+bool IsOfRun(const char* file) {
   for (const char* name : names) {
+    const std::size_t length = std::strlen(name);
+    if (std::strncmp(file, name, length) != 0) continue;
+    const char* const rest = file + length;
+    // The journal that two files share has something random in its name.
+    if (std::strncmp(rest, "-mj", 3) == 0) return true;
     for (const char* suffix : suffixes) {
-      std::array<char, 64> file{};
-      const auto end = std::copy_n(name, std::strlen(name), file.begin());
-      std::copy_n(suffix, std::strlen(suffix), end);
-      unlinkat(folder, file.data(), 0);
+      if (std::strcmp(rest, suffix) == 0) return true;
+    }
+  }
+  return false;
+}
+
+/// Only what a signal handler may call, as readdir() is not.
+void Empty(int folder) {
+  alignas(dirent64) std::array<char, 1 << 12> entries{};
+  lseek(folder, 0, SEEK_SET);
+  long size = 0;
+  while ((size = syscall(SYS_getdents64, folder, entries.data(), entries.size())) > 0) {
+    for (long at = 0; at < size;) {
+      const auto* const entry = reinterpret_cast<const dirent64*>(entries.data() + at);
+      if (IsOfRun(entry->d_name)) unlinkat(folder, entry->d_name, 0);
+      at += entry->d_reclen;
     }
   }
 }
@@ -89,31 +107,39 @@ void RemoveIfAbandoned(const QByteArray& path) {
   close(descriptor);
 }
 
+[[noreturn]] void Refuse(const QByteArray& place, int error) {
+  throw Failure(FileName::Shown(place) + QStringLiteral(": cannot take temporary files (") +
+                FileName::SystemError(error) + QStringLiteral("); TMPDIR can name another folder"));
+}
+
 }  // namespace
 
 PrivateFolder::PrivateFolder() {
   const QByteArray place = TemporaryPlace();
-  // Another run that removes leftovers may take the folder away before it is locked; then another one is
-  // made.
   while (descriptor_ < 0) {
     path_ = place + prefix + "XXXXXX";
-    if (path_.size() >= static_cast<int>(thisRuns.size()) || mkdtemp(path_.data()) == nullptr) {
-      throw Failure(FileName::Shown(FileName::FromBytes(place)) +
-                    QStringLiteral(": cannot take temporary files (") + FileName::SystemError(errno) +
-                    QStringLiteral("); TMPDIR can name another folder"));
-    }
+    if (path_.size() >= static_cast<int>(thisRuns.size())) Refuse(place, ENAMETOOLONG);
+    if (mkdtemp(path_.data()) == nullptr) Refuse(place, errno);
     descriptor_ = open(path_.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor_ >= 0 && !(LockFolder(descriptor_) && IsStillThere(path_, descriptor_))) {
-      close(descriptor_);
-      descriptor_ = -1;
-    }
+    const bool locked = descriptor_ >= 0 && LockFolder(descriptor_);
+    if (locked && IsStillThere(path_, descriptor_)) continue;
+    const int error = errno;
+    if (descriptor_ >= 0) close(descriptor_);
+    descriptor_ = -1;
+    // Another run that removes leftovers may have the folder, or have taken it away; then another one is
+    // made.
+    if (locked || error == EWOULDBLOCK || error == ENOENT) continue;
+    rmdir(path_.constData());
+    Refuse(place, error);
   }
   std::copy_n(path_.constData(), path_.size() + 1, thisRuns.begin());
   WatchSignals();
 }
 
 PrivateFolder::~PrivateFolder() {
-  Remove(path_.constData());
+  // By what is open: another descriptor may no longer be had.
+  Empty(descriptor_);
+  rmdir(path_.constData());
   close(descriptor_);
 }
 

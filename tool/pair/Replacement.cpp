@@ -10,7 +10,6 @@
 
 #include "tool/Console.h"
 #include "tool/FileName.h"
-#include "tool/pair/Creation.h"
 #include "tool/pair/Leftovers.h"
 #include "tool/pair/SourceFile.h"
 #include "tool/pair/Sqlite.h"
@@ -82,7 +81,7 @@ void WriteJournal(const QByteArray& path, int file, const QByteArray& superJourn
   if (!journal.IsOpen()) FailWithErrno(name);
   GiveModeOf(file, journal.Number(), name);
   const quint32 nonce = QRandomGenerator::system()->generate();
-  const qint64 pages = (SizeOf(file) + pageSize - 1) / pageSize;
+  const qint64 pages = (SizeOf(file, FileName::Shown(path)) + pageSize - 1) / pageSize;
   WriteAll(journal.Number(), QByteArray(pageSize, '\0').constData(), pageSize, name);
   const quint32 records = WriteRecords(file, pages, nonce, journal.Number(), name);
   const QByteArray last = SuperJournalRecord(superJournal);
@@ -114,7 +113,8 @@ bool Finish(const QByteArray& path, const QString& shown) {
   } catch (const InUse&) {
     return false;
   } catch (const Failure&) {
-    // A damaged file: its journal was applied before that was found.
+    // That a file is damaged is found after its journal was applied.
+    if (HasUnfinished(path)) throw;
   }
   return true;
 }
@@ -148,7 +148,7 @@ void Replacement::Open(const QString& name) {
     if (!(target.exists && other.exists ? Stamp(target.path) == Stamp(other.path)
                                         : target.path == other.path))
       continue;
-    throw Failure(other.shown + QStringLiteral(": cannot be main and thresholds file at once"));
+    FailAsBoth(other.shown);
   }
   if (!target.exists && HasUnfinished(target.path)) {
     throw Failure(
@@ -190,9 +190,8 @@ bool Replacement::TryLock(QString* inUse) {
 void Replacement::CopyTo(const QByteArray& mainPath, const QByteArray& thresholdsPath) const {
   for (const Target& target : targets_) {
     const QByteArray& path = &target == &targets_.front() ? mainPath : thresholdsPath;
-    const Descriptor copy(path, O_RDWR | O_CREAT | O_TRUNC, 0600);
-    if (!copy.IsOpen()) FailWithErrno(path);
-    CopyContent(target.file->Number(), target.shown, copy.Number(), path);
+    if (!target.exists) throw Failure(target.shown + QStringLiteral(": no such file"));
+    CopyInto(target.file->Number(), target.shown, path);
   }
 }
 
@@ -239,7 +238,8 @@ void Replacement::Write(const Target& target) {
   const Descriptor content(target.content, O_RDONLY);
   if (!content.IsOpen() || lseek(file, 0, SEEK_SET) != 0) FailWithErrno(target.content);
   CopyContent(content.Number(), target.shown, file, target.path);
-  if (ftruncate(file, SizeOf(content.Number())) != 0 || fsync(file) != 0) FailWithErrno(target.path);
+  if (ftruncate(file, SizeOf(content.Number(), target.shown)) != 0 || fsync(file) != 0)
+    FailWithErrno(target.path);
   if (Sha256(file, target.shown) == Sha256(content.Number(), target.shown)) return;
   throw Failure(target.shown + QStringLiteral(": does not take what is written to it"));
 }
@@ -282,7 +282,12 @@ void Replacement::Undo() {
     target.file.reset();
   }
   for (const Target& target : targets_) {
-    if (target.exists && HasUnfinished(target.path)) Finish(target.path, target.shown);
+    if (!target.exists || !HasUnfinished(target.path)) continue;
+    try {
+      Finish(target.path, target.shown);
+    } catch (const Failure&) {
+      // Whoever opens the file next undoes it.
+    }
   }
   RemoveLeftovers();
 }

@@ -28,11 +28,10 @@ class Gathered {
  public:
   Gathered(const PrivatePair& files, const Tables& tables, const qint64* onlyOwner)
       : files_(files), tables_(tables) {
-    Clone(files.MainPath(), MainPath());
-    if (files.HasThresholds()) Clone(files.ThresholdsPath(), ThresholdsPath());
+    CopyFile(files.MainPath(), MainPath());
+    if (files.HasThresholds()) CopyFile(files.ThresholdsPath(), ThresholdsPath());
     db_ = std::make_unique<Sqlite>(MainPath(), files.ShownMain());
     if (files.HasThresholds()) db_->Attach(ThresholdsPath(), "thresholds");
-    DropTriggers();
     db_->Execute("BEGIN");
     Gather(onlyOwner);
     db_->Execute("COMMIT");
@@ -47,15 +46,6 @@ class Gathered {
  private:
   QByteArray MainPath() const { return files_.Folder().Path(PrivateFolder::Name::ReadMain); }
   QByteArray ThresholdsPath() const { return files_.Folder().Path(PrivateFolder::Name::ReadThresholds); }
-
-  static void Clone(const QByteArray& from, const QByteArray& to) { CopyFile(from, to); }
-
-  void DropTriggers() const {
-    Sqlite::Rows triggers = db_->Select("SELECT name FROM main.sqlite_schema WHERE type = 'trigger'");
-    QVector<QByteArray> names;
-    while (triggers.Next()) names.append(triggers.Bytes(0));
-    for (const QByteArray& name : qAsConst(names)) db_->Execute("DROP TRIGGER main." + Quoted(name));
-  }
 
   void Gather(const qint64* onlyOwner) const {
     const QByteArray owner = tables_.ownerKey;
@@ -127,17 +117,13 @@ bool StandsBefore(const Alignment& a, const Alignment& b) {
 
 /// How many alignments name a row that is not there.
 qint64 Incomplete(const Sqlite& db, Kind kind) {
-  const Tables& tables = Belonging::Of(kind);
-  const auto misses = [](const char* column, const char* table, const char* key) {
-    return QByteArray(column) + " NOT IN (SELECT " + key + " FROM main." + table + ')';
-  };
-  QByteArray condition = misses(tables.ownerKey, tables.owners, tables.ownerKey) + " OR " +
-                         misses("TargetOrientationKey", "Orientation", "OrientationKey") + " OR " +
-                         misses("MeasuredOrientationKey", "Orientation", "OrientationKey") + " OR " +
-                         misses("LocationKey", "Geolocation", "GeolocationKey") + " OR " +
-                         misses("SiteHeightKey", "Height", "HeightKey");
-  if (kind == Kind::Path) condition += " OR " + misses("PathLocationKey", "Geolocation", "GeolocationKey");
-  return db.Number(QByteArray("SELECT count(*) FROM main.") + tables.alignments + " WHERE " + condition);
+  QByteArray condition = "0";
+  for (const Belonging::Reference& reference : Belonging::ReferencesOf(kind)) {
+    condition += QByteArray(" OR ") + reference.column + " NOT IN (SELECT " + reference.key + " FROM main." +
+                 reference.table + ')';
+  }
+  return db.Number(QByteArray("SELECT count(*) FROM main.") + Belonging::Of(kind).alignments + " WHERE " +
+                   condition);
 }
 
 void RequireNumbersOf(const PrivatePair& files, const char* schema, const char* table) {
@@ -183,18 +169,13 @@ std::map<qint64, std::vector<Alignment>> Read(const PrivatePair& files, Kind kin
                                         " FROM main." + tables.alignments);
   while (rows.Next()) owners.insert(rows.Int(0), rows.Int(1));
   std::map<qint64, std::vector<Alignment>> byOwner;
-  qint64 left = 0;
   for (Alignment& alignment : ReadGathered(files, kind, Gathered(files, tables, onlyOwner))) {
     const auto owner = owners.constFind(alignment.key);
     // A key of more than 32 bits comes back truncated.
     if (owner == owners.constEnd()) {
-      ++left;
-    } else {
-      byOwner[*owner].push_back(std::move(alignment));
+      throw Damage(files.ShownMain(), QStringLiteral("alignments have keys that cannot be read"));
     }
-  }
-  if (left > 0) {
-    throw Damage(files.ShownMain(), QStringLiteral("alignments have keys that cannot be read"));
+    byOwner[*owner].push_back(std::move(alignment));
   }
   for (auto& [owner, alignments] : byOwner) {
     std::sort(alignments.begin(), alignments.end(), StandsBefore);

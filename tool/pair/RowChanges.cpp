@@ -1,10 +1,14 @@
 #include "tool/pair/RowChanges.h"
 
 #include <QVector>
-#include <map>
-#include <utility>
+#include <initializer_list>
+
+#include "tool/pair/Schema.h"
 
 namespace {
+
+using Schema::Objects;
+using Schema::ObjectsOf;
 
 /// A table whose rows are kept in a b-tree of its own. Virtual tables keep theirs in such tables.
 struct Table {
@@ -105,17 +109,6 @@ void ApplyRows(const Sqlite& db, const Table& table, const QByteArray& from, con
   db.Execute("INSERT INTO " + target + " (" + rowId + names + ") SELECT " + sourceRowId +
              ColumnList(table.columns, "f.") + " FROM " + FromAndTo(table, from, to, "LEFT JOIN") +
              " WHERE t." + table.rowId + " IS NULL ORDER BY f." + table.rowId);
-}
-
-using Objects = std::map<std::pair<QByteArray, QByteArray>, QByteArray>;  // type and name: text
-
-Objects ObjectsOf(const Sqlite& db, const QByteArray& schema) {
-  Objects objects;
-  Sqlite::Rows rows = db.Select("SELECT type, name, sql FROM " + schema +
-                                ".sqlite_schema WHERE sql IS NOT NULL AND name NOT LIKE "
-                                "'sqlite\\_%' ESCAPE '\\'");
-  while (rows.Next()) objects[{rows.Bytes(0), rows.Bytes(1)}] = rows.Bytes(2);
-  return objects;
 }
 
 /// Texts are kept as they are in the file, whose tables they are, so each names its object without a schema:

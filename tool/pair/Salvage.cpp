@@ -8,8 +8,8 @@
 #include "tool/Console.h"
 #include "tool/FileName.h"
 #include "tool/pair/Belonging.h"
-#include "tool/pair/Creation.h"
 #include "tool/pair/FileCheck.h"
+#include "tool/pair/FileCopy.h"
 #include "tool/pair/NewFile.h"
 #include "tool/pair/PrivatePair.h"
 #include "tool/pair/SourceFile.h"
@@ -23,6 +23,8 @@ using Type = StoredValue::Type;
 
 /// Read before all others.
 constexpr char versionTable[] = "Version";
+/// Where SQLite remembers the last key that it gave in each table.
+constexpr char sequenceTable[] = "sqlite_sequence";
 
 StoredValue Integer(qint64 number) {
   StoredValue value;
@@ -44,32 +46,33 @@ class Source {
       wanted[name] = {&shape, usual == fresh.Schema().end() ? 0 : usual->second.root};
     }
     tables_ = file->Read(wanted);
+    for (const Kind kind : {Kind::Site, Kind::Path}) DropRepeatedNames(Belonging::Of(kind));
   }
   const TableShape& Shape(const QByteArray& table) const { return shapes_.at(table); }
   const StoredTable& Table(const QByteArray& table) const { return tables_.at(table); }
   const std::map<QByteArray, StoredTable>& Tables() const { return tables_; }
 
  private:
+  /// No two sites have one name. Where two seem to, one of them is damaged, and nobody knows which.
+  void DropRepeatedNames(const Belonging::Tables& tables) {
+    const auto owners = tables_.find(tables.owners);
+    if (owners == tables_.end()) return;
+    std::map<QByteArray, std::vector<qint64>> keys;
+    for (const auto& [key, row] : owners->second.rows) {
+      keys[Shape(tables.owners).ValueOf(row, tables.ownerName).bytes].push_back(key);
+    }
+    for (const auto& [name, ofName] : keys) {
+      if (ofName.size() == 1) continue;
+      for (const qint64 key : ofName) {
+        owners->second.rows.erase(key);
+        owners->second.gaps.push_back({key, key});
+      }
+    }
+  }
+
   std::map<QByteArray, TableShape> shapes_;
   std::map<QByteArray, StoredTable> tables_;
 };
-
-/// The row of another table that an alignment cannot do without.
-struct Reference {
-  const char* column;
-  const char* table;
-};
-
-std::vector<Reference> ReferencesOf(Kind kind) {
-  const Belonging::Tables& tables = Belonging::Of(kind);
-  std::vector<Reference> references{{tables.ownerKey, tables.owners},
-                                    {"TargetOrientationKey", "Orientation"},
-                                    {"MeasuredOrientationKey", "Orientation"},
-                                    {"LocationKey", "Geolocation"},
-                                    {"SiteHeightKey", "Height"}};
-  if (kind == Kind::Path) references.push_back({"PathLocationKey", "Geolocation"});
-  return references;
-}
 
 /// Puts rows into a new file.
 class Writer {
@@ -123,10 +126,10 @@ double Number(const std::map<QByteArray, StoredValue>& values, const char* colum
 
 /// What the steps to the current version make of values that mean something else there.
 void BringForward(unsigned int version, const QByteArray& table, std::map<QByteArray, StoredValue>* values) {
-  constexpr unsigned int lastWithOldGps = 5;
   constexpr double tolerance = 0.00001;
-  if (table == "Height" && version <= lastWithOldGps && values->at("HeightType").integer == 1) {
-    (*values)["HeightType"] = Integer(int(HeightSource::Gps));
+  if (table == "Height") {
+    qint64& type = values->at("HeightType").integer;
+    type = Versions::CurrentHeightType(version, type);
   }
   if (table != "Preferences" || version > 1) return;
   const auto isZero = [&](const char* column) { return std::fabs(Number(*values, column)) <= tolerance; };
@@ -268,7 +271,7 @@ class Rescue {
   QStringList MissingOf(Kind kind, const StoredRow& row, bool hasThresholds) const {
     const Belonging::Tables& tables = Belonging::Of(kind);
     QStringList missing;
-    for (const Reference& reference : ReferencesOf(kind)) {
+    for (const Belonging::Reference& reference : Belonging::ReferencesOf(kind)) {
       const qint64 wanted = main_.Shape(tables.alignments).ValueOf(row, reference.column).integer;
       if (main_.Table(reference.table).rows.count(wanted) == 0) {
         missing.append(QLatin1String(reference.table) + QLatin1Char(' ') + QString::number(wanted));
@@ -284,7 +287,7 @@ class Rescue {
   void Keep(Kind kind, const StoredRow& row, Writer* writer) {
     const TableShape& shape = main_.Shape(Belonging::Of(kind).alignments);
     ++kept_;
-    for (const Reference& reference : ReferencesOf(kind)) {
+    for (const Belonging::Reference& reference : Belonging::ReferencesOf(kind)) {
       used_[reference.table].insert(shape.ValueOf(row, reference.column).integer);
     }
     writer->Write(row.key, ValuesOf(shape, row));
@@ -327,11 +330,10 @@ class Rescue {
                QString::number(last) + QStringLiteral(", if there were any\n");
   }
 
-  /// SQLite remembers the last key that it gave in a table.
   std::optional<qint64> LastKeyGiven(const QByteArray& table) const {
-    const StoredTable& sequence = main_.Table("sqlite_sequence");
+    const StoredTable& sequence = main_.Table(sequenceTable);
     for (const auto& [key, row] : sequence.rows) {
-      if (row.values.at(0).bytes == table) return row.values.at(1).integer;
+      if (row.values.at(0).bytes == table) return main_.Shape(sequenceTable).ValueOf(row, "seq").integer;
     }
     return sequence.gaps.empty() ? std::optional<qint64>(0) : std::nullopt;
   }
@@ -404,25 +406,14 @@ void ApplyJournal(const QByteArray& path, const QString& shown) {
 void CopySources(const Files& files, const PrivatePair& fresh, const Deadline& deadline) {
   const QByteArray mainPath = fresh.Folder().Path(PrivateFolder::Name::ReadMain);
   const QByteArray thresholdsPath = fresh.Folder().Path(PrivateFolder::Name::ReadThresholds);
-  {
-    SourceFile mainFile(files.main, SourceFile::Needs::AnyFile);
-    std::unique_ptr<SourceFile> thresholds;
-    if (!files.thresholds.isEmpty()) {
-      thresholds = std::make_unique<SourceFile>(files.thresholds, SourceFile::Needs::AnyFile);
-      if (mainFile.IsSameFileAs(*thresholds)) {
-        throw Failure(mainFile.Shown() + QStringLiteral(": cannot be main and thresholds file at once"));
-      }
-    }
-    CopyTogether(&mainFile, mainPath, thresholds.get(), thresholdsPath, deadline);
-  }
+  CopyTogether(files.main, mainPath, files.thresholds, thresholdsPath, deadline, SourceFile::Needs::AnyFile);
   ApplyJournal(mainPath, FileName::Shown(files.main));
   if (!files.thresholds.isEmpty()) ApplyJournal(thresholdsPath, FileName::Shown(files.thresholds));
 }
 
 void RequireFreePlaces(const Files& files) {
   if (FileName::ToBytes(files.newMain) == FileName::ToBytes(files.newThresholds)) {
-    throw Failure(FileName::Shown(files.newMain) +
-                  QStringLiteral(": cannot be main and thresholds file at once"));
+    FailAsBoth(FileName::Shown(files.newMain));
   }
   for (const QString& name : {files.newMain, files.newThresholds}) {
     if (FileExists(name)) throw Failure(FileName::Shown(name) + QStringLiteral(": exists already"));

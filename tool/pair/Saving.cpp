@@ -154,7 +154,7 @@ void Saving::RequireValues(Kind kind, const Ends& before, const std::vector<Alig
   for (const Alignment& alignment : saved) {
     const Values wanted = ValuesOf(alignment);
     if (rows.Next() && ReadValues(rows, wanted) == wanted) continue;
-    throw Failure(KindName(kind) + QLatin1Char(' ') + Console::Printable(alignment.identifier) +
+    throw Failure(ShownSubject(kind, alignment.identifier) +
                   QStringLiteral(": an alignment is not kept as it was given, perhaps because of a trigger; "
                                  "nothing was saved"));
   }

@@ -1,20 +1,7 @@
 #include "tool/pair/Schema.h"
 
-#include <map>
-#include <utility>
-
 namespace Schema {
 namespace {
-
-using Objects = std::map<std::pair<QByteArray, QByteArray>, QByteArray>;  // type and name: text
-
-Objects ObjectsOf(const Sqlite& db) {
-  Objects objects;
-  Sqlite::Rows rows = db.Select(
-      "SELECT type, name, sql FROM sqlite_schema WHERE name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY 1, 2");
-  while (rows.Next()) objects[{rows.Bytes(0), rows.Bytes(1)}] = rows.Bytes(2);
-  return objects;
-}
 
 QString Shown(const std::pair<QByteArray, QByteArray>& object) {
   return QString::fromUtf8(object.first) + QLatin1Char(' ') + QString::fromUtf8(object.second);
@@ -50,6 +37,15 @@ std::map<QByteArray, QStringList> DefaultsAndReferences(const Sqlite& db, const 
 }
 
 }  // namespace
+
+Objects ObjectsOf(const Sqlite& db, const QByteArray& schema) {
+  Objects objects;
+  Sqlite::Rows rows = db.Select("SELECT type, name, sql FROM " + schema +
+                                ".sqlite_schema WHERE sql IS NOT NULL AND name NOT LIKE "
+                                "'sqlite\\_%' ESCAPE '\\'");
+  while (rows.Next()) objects[{rows.Bytes(0), rows.Bytes(1)}] = rows.Bytes(2);
+  return objects;
+}
 
 Surplus SurplusOf(const Sqlite& file, const Sqlite& fresh) {
   Surplus surplus;

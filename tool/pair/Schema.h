@@ -1,11 +1,18 @@
 #pragma once
 
 #include <QStringList>
+#include <map>
+#include <utility>
 
 #include "tool/pair/Sqlite.h"
 
 /// How a file differs from a new file of its version.
 namespace Schema {
+
+/// Tables, indices, views and triggers: the text of each by its type and name.
+using Objects = std::map<std::pair<QByteArray, QByteArray>, QByteArray>;
+/// Those of one database of a connection, without what SQLite makes for itself.
+Objects ObjectsOf(const Sqlite& db, const QByteArray& schema = "main");
 
 /// What the file has in addition, as statements that remove it, and how each can be shown.
 struct Surplus {

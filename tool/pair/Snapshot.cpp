@@ -4,24 +4,16 @@
 #include <algorithm>
 #include <iterator>
 
-#include "store/IAlignmentDatabase.h"
 #include "tool/Console.h"
 #include "tool/FileName.h"
 #include "tool/pair/Belonging.h"
-#include "tool/pair/LibraryCall.h"
 #include "tool/pair/ReportReading.h"
 #include "tool/pair/SourceFile.h"
+#include "tool/pair/Versions.h"
 
 namespace {
 
 QString ShownOrEmpty(const QString& name) { return name.isEmpty() ? QString() : FileName::Shown(name); }
-
-/// Heights by GPS have another number in earlier versions.
-HeightSource SourceIn(unsigned int version, HeightSource source) {
-  constexpr unsigned int lastWithOldNumber = 5;
-  const bool isOldGps = version <= lastWithOldNumber && source == static_cast<HeightSource>(1);
-  return isOldGps ? HeightSource::Gps : source;
-}
 
 Reports ReportsOf(unsigned int version, const Snapshot::Summary& summary, std::vector<Alignment> alignments) {
   Reports reports;
@@ -33,7 +25,8 @@ Reports ReportsOf(unsigned int version, const Snapshot::Summary& summary, std::v
   for (Alignment& alignment : reports.alignments) {
     alignment.identifier = summary.identifier;
     alignment.index = index++;
-    alignment.heightSource = SourceIn(version, alignment.heightSource);
+    alignment.heightSource = static_cast<HeightSource>(
+        Versions::CurrentHeightType(version, static_cast<int>(alignment.heightSource)));
   }
   return reports;
 }
@@ -68,20 +61,32 @@ std::vector<Snapshot::Summary> SummariesOf(const PrivatePair& files, Kind kind) 
   return summaries;
 }
 
+using PreferencesRow = QVector<QPair<QString, QVariant>>;
+
+/// What the one row of a table holds; nothing if there is none.
+void AddRow(const Sqlite& db, const char* schema, const char* table, PreferencesRow* row) {
+  Sqlite::Rows columns =
+      db.Select(QByteArray("SELECT name FROM pragma_table_info('") + table + "', '" + schema + "')");
+  while (columns.Next()) {
+    const QByteArray name = Quoted(columns.Bytes(0));
+    // All digits: SQLite's own text of a number does not have them.
+    Sqlite::Rows value = db.Select("SELECT " + name + ", typeof(" + name + "), printf('%!.17g', " + name +
+                                   ") FROM " + schema + '.' + table + " WHERE rowid = 1");
+    if (!value.Next()) return;
+    const QByteArray type = value.Bytes(1);
+    QVariant stored = value.Text(0);
+    if (type == "integer") stored = value.Int(0);
+    if (type == "real") stored = value.Bytes(2).toDouble();
+    row->append({columns.Text(0), stored});
+  }
+}
+
 }  // namespace
 
 Snapshot::Snapshot(const QString& mainName, const QString& thresholdsName, const Deadline& deadline,
                    Look look)
     : files_(FileName::Shown(mainName), ShownOrEmpty(thresholdsName)) {
-  {
-    SourceFile mainFile(mainName);
-    std::unique_ptr<SourceFile> thresholdsFile;
-    if (files_.HasThresholds()) thresholdsFile = std::make_unique<SourceFile>(thresholdsName);
-    if (thresholdsFile && mainFile.IsSameFileAs(*thresholdsFile)) {
-      throw Failure(mainFile.Shown() + QStringLiteral(": cannot be main and thresholds file at once"));
-    }
-    CopyTogether(&mainFile, files_.MainPath(), thresholdsFile.get(), files_.ThresholdsPath(), deadline);
-  }
+  CopyTogether(mainName, files_.MainPath(), thresholdsName, files_.ThresholdsPath(), deadline);
   if (look == Look::Pair) files_.RequirePair();
   if (look == Look::Version) {
     files_.Open();
@@ -121,8 +126,7 @@ Snapshot::Summary Snapshot::Find(Kind kind, const QString& identifier) const {
   for (const Summary& summary : SummariesOf(files_, kind)) {
     if (summary.identifier == identifier) return summary;
   }
-  throw Failure(files_.ShownMain() + QStringLiteral(": there is no ") + KindName(kind) + QLatin1Char(' ') +
-                Console::Printable(identifier));
+  throw Failure(files_.ShownMain() + QStringLiteral(": there is no ") + ShownSubject(kind, identifier));
 }
 
 qint64 Snapshot::KeyOf(Kind kind, const QString& identifier) const { return Find(kind, identifier).key; }
@@ -138,9 +142,9 @@ void Snapshot::RequireComplete() const { ReportReading::RequireComplete(files_);
 
 void Snapshot::RequirePreferences() const { ReportReading::RequirePreferences(files_); }
 
-bool Snapshot::RestorePreferences(IPreferencesModel* model) const {
-  LibraryCall call;
-  const bool restored = files_.Store()->RestorePreferences(model);
-  call.RequireSuccess(true, files_.ShownMain() + QStringLiteral(": the preferences cannot be read"));
-  return restored;
+QVector<QPair<QString, QVariant>> Snapshot::Preferences() const {
+  PreferencesRow row;
+  AddRow(files_.Db(), "main", "Preferences", &row);
+  if (files_.HasThresholds()) AddRow(files_.Db(), "thresholds", "PreferencesPathLength", &row);
+  return row;
 }

@@ -1,14 +1,15 @@
 #pragma once
 
 #include <QDateTime>
+#include <QPair>
 #include <QString>
+#include <QVariant>
+#include <QVector>
 #include <vector>
 
 #include "tool/Alignment.h"
 #include "tool/pair/Deadline.h"
 #include "tool/pair/PrivatePair.h"
-
-class IPreferencesModel;
 
 /// The state of a pair, or of a main file alone, at one moment. The files themselves are not touched, and
 /// nothing is made beside them.
@@ -56,8 +57,8 @@ class Snapshot {
   /// Throws the same if one of the preferences' values is not a finite number.
   void RequirePreferences() const;
 
-  /// False if none are stored.
-  bool RestorePreferences(IPreferencesModel* model) const;
+  /// Columns of the preferences, in both files, with what is stored in them; none where nothing is stored.
+  QVector<QPair<QString, QVariant>> Preferences() const;
 
  private:
   Summary Find(Kind kind, const QString& identifier) const;

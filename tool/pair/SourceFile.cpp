@@ -8,6 +8,8 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <vector>
 
 #include "tool/Console.h"
 #include "tool/FileName.h"
@@ -35,9 +37,25 @@ quint32 BigEndian(const char* bytes) {
   return number;
 }
 
-bool Exists(const QByteArray& path) {
-  struct stat status {};
-  return stat(path.constData(), &status) == 0;
+struct flock LockOf(short type, off_t from, off_t length) {
+  struct flock lock {};
+  lock.l_type = type;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = from;
+  lock.l_len = length;
+  return lock;
+}
+
+/// False while others have a lock that excludes it.
+bool SetLock(int descriptor, struct flock lock, const QString& shown) {
+  if (fcntl(descriptor, F_SETLK, &lock) == 0) return true;
+  if (errno != EACCES && errno != EAGAIN) FailWithErrno(shown);
+  return false;
+}
+
+/// All that SQLite locks of a database file.
+struct flock ExclusiveLock() {
+  return LockOf(F_WRLCK, pendingByte, sharedFirst + sharedSize - pendingByte);
 }
 
 }  // namespace
@@ -74,49 +92,27 @@ bool SourceFile::IsSameFileAs(const SourceFile& other) const {
          mine.st_ino == others.st_ino && mine.st_dev == others.st_dev;
 }
 
-bool SourceFile::LockBytes(short type, off_t from, off_t length) const {
-  struct flock lock {};
-  lock.l_type = type;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = from;
-  lock.l_len = length;
-  if (fcntl(descriptor_, F_SETLK, &lock) == 0) return true;
-  if (errno != EACCES && errno != EAGAIN) FailWithErrno(shown_);
-  return false;
-}
-
 bool LockExclusively(int descriptor, const QString& shown) {
-  struct flock lock {};
-  lock.l_type = F_WRLCK;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = pendingByte;
-  lock.l_len = sharedFirst + sharedSize - pendingByte;
-  if (fcntl(descriptor, F_SETLK, &lock) == 0) return true;
-  if (errno != EACCES && errno != EAGAIN) FailWithErrno(shown);
-  return false;
+  return SetLock(descriptor, ExclusiveLock(), shown);
 }
 
 bool SourceFile::TryLock() {
-  if (!LockBytes(F_RDLCK, pendingByte, 1)) return false;
-  const bool locked = LockBytes(F_RDLCK, sharedFirst, sharedSize);
-  LockBytes(F_UNLCK, pendingByte, 1);
+  if (!SetLock(descriptor_, LockOf(F_RDLCK, pendingByte, 1), shown_)) return false;
+  const bool locked = SetLock(descriptor_, LockOf(F_RDLCK, sharedFirst, sharedSize), shown_);
+  SetLock(descriptor_, LockOf(F_UNLCK, pendingByte, 1), shown_);
   return locked;
 }
 
 bool SourceFile::IsLockedByOthers(const QByteArray& path) {
   const Descriptor file(path, O_RDONLY);
-  struct flock lock {};
-  lock.l_type = F_WRLCK;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = pendingByte;
-  lock.l_len = sharedFirst + sharedSize - pendingByte;
+  struct flock lock = ExclusiveLock();
   return file.IsOpen() && fcntl(file.Number(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
 void SourceFile::Unlock() {
   if (logIndex_ >= 0) close(logIndex_);
   logIndex_ = -1;
-  LockBytes(F_UNLCK, sharedFirst, sharedSize);
+  SetLock(descriptor_, LockOf(F_UNLCK, sharedFirst, sharedSize), shown_);
 }
 
 // The name stands at the journal's end, before its length, the sum of its characters and the magic.
@@ -139,24 +135,20 @@ QByteArray SourceFile::SuperJournal(int journal, off_t size) const {
 void SourceFile::LookAtJournal() {
   rollsBack_ = false;
   namesSuperJournal_ = false;
-  struct flock reserved {};
-  reserved.l_type = F_WRLCK;
-  reserved.l_whence = SEEK_SET;
-  reserved.l_start = reservedByte;
-  reserved.l_len = 1;
+  struct flock reserved = LockOf(F_WRLCK, reservedByte, 1);
   if (fcntl(descriptor_, F_GETLK, &reserved) != 0) FailWithErrno(shown_);
   if (reserved.l_type != F_UNLCK) return;
   const QByteArray path = path_ + "-journal";
   const Descriptor journal(path, O_RDONLY);
   if (!journal.IsOpen()) {
-    if (errno != ENOENT) FailWithErrno(FileName::Shown(FileName::FromBytes(path)));
+    if (errno != ENOENT) FailWithErrno(path);
     return;
   }
   char first = 0;
   if (!ReadAt(journal.Number(), 0, &first, 1) || first == 0) return;
-  const QByteArray super = SuperJournal(journal.Number(), SizeOf(journal.Number()));
+  const QByteArray super = SuperJournal(journal.Number(), SizeOf(journal.Number(), FileName::Shown(path)));
   namesSuperJournal_ = !super.isEmpty();
-  rollsBack_ = !namesSuperJournal_ || Exists(super);
+  rollsBack_ = !namesSuperJournal_ || FileExists(super);
 }
 
 // While these are held nobody moves the log into the file or starts it anew; what is added at its end
@@ -166,11 +158,7 @@ bool SourceFile::LockLog() {
   logIndex_ = open(path.constData(), O_RDONLY | O_CLOEXEC);
   if (logIndex_ < 0) return true;
   for (const off_t byte : {logCheckpointLock, logFirstReaderLock}) {
-    struct flock lock {};
-    lock.l_type = F_RDLCK;
-    lock.l_whence = SEEK_SET;
-    lock.l_start = byte;
-    lock.l_len = 1;
+    struct flock lock = LockOf(F_RDLCK, byte, 1);
     if (fcntl(logIndex_, F_SETLK, &lock) != 0) return false;
   }
   return true;
@@ -178,13 +166,11 @@ bool SourceFile::LockLog() {
 
 bool SourceFile::Copy(const QByteArray& target) {
   const QByteArray log = path_ + "-wal";
-  const bool hasIndex = Exists(path_ + "-shm");
+  const bool hasIndex = FileExists(path_ + "-shm");
   const bool locked = LockLog();
   const Stamp fileBefore(path_);
   const Stamp logBefore(log);
-  const Descriptor to(target, O_RDWR | O_CREAT | O_TRUNC, 0600);
-  if (!to.IsOpen()) FailWithErrno(target);
-  CopyContent(descriptor_, shown_, to.Number(), target);
+  CopyInto(descriptor_, shown_, target);
   unlink((target + "-journal").constData());
   unlink((target + "-wal").constData());
   if (rollsBack_) {
@@ -193,40 +179,55 @@ bool SourceFile::Copy(const QByteArray& target) {
       // It was decided here that the change is undone; the copy must not ask again.
       const Descriptor copy(target + "-journal", O_WRONLY);
       constexpr std::array<char, 8> nothing{};
-      if (pwrite(copy.Number(), nothing.data(), nothing.size(), SizeOf(copy.Number()) - 8) != 8) {
-        FailWithErrno(FileName::Shown(FileName::FromBytes(target)));
-      }
+      const qint64 end = SizeOf(copy.Number(), FileName::Shown(target));
+      if (pwrite(copy.Number(), nothing.data(), nothing.size(), end - 8) != 8) FailWithErrno(target);
     }
   }
   if (!logBefore.there) return Stamp(log) == logBefore;
   CopyFile(log, target + "-wal");
   if (hasIndex && locked && logIndex_ >= 0) return true;
-  return fileBefore == Stamp(path_) && logBefore == Stamp(log) && !Exists(path_ + "-shm") == !hasIndex;
+  return fileBefore == Stamp(path_) && logBefore == Stamp(log) && !FileExists(path_ + "-shm") == !hasIndex;
 }
 
-void CopyTogether(SourceFile* mainFile, const QByteArray& mainTarget, SourceFile* thresholdsFile,
-                  const QByteArray& thresholdsTarget, const Deadline& deadline) {
-  struct {
-    SourceFile* file;
-    const QByteArray& target;
-  } const both[] = {{mainFile, mainTarget}, {thresholdsFile, thresholdsTarget}};
+void FailAsBoth(const QString& shown) {
+  throw Failure(shown + QStringLiteral(": cannot be main and thresholds file at once"));
+}
+
+namespace {
+
+struct Copying {
+  std::unique_ptr<SourceFile> file;
+  QByteArray target;
+};
+
+/// The one that is in use; null if the copies are made.
+const SourceFile* TryToCopy(const std::vector<Copying>& files) {
   const SourceFile* inUse = nullptr;
-  do {
-    inUse = nullptr;
-    for (const auto& one : both) {
-      if (inUse == nullptr && one.file != nullptr && !one.file->TryLock()) inUse = one.file;
+  for (const Copying& one : files) {
+    if (inUse == nullptr && !one.file->TryLock()) inUse = one.file.get();
+  }
+  if (inUse == nullptr) {
+    for (const Copying& one : files) one.file->LookAtJournal();
+    for (const Copying& one : files) {
+      if (inUse == nullptr && !one.file->Copy(one.target)) inUse = one.file.get();
     }
-    if (inUse == nullptr) {
-      for (const auto& one : both) {
-        if (one.file != nullptr) one.file->LookAtJournal();
-      }
-      for (const auto& one : both) {
-        if (inUse == nullptr && one.file != nullptr && !one.file->Copy(one.target)) inUse = one.file;
-      }
-    }
-    for (const auto& one : both) {
-      if (one.file != nullptr) one.file->Unlock();
-    }
-  } while (inUse != nullptr && deadline.Pause());
-  if (inUse != nullptr) throw InUse(inUse->Shown());
+  }
+  for (const Copying& one : files) one.file->Unlock();
+  return inUse;
+}
+
+}  // namespace
+
+void CopyTogether(const QString& mainName, const QByteArray& mainTarget, const QString& thresholdsName,
+                  const QByteArray& thresholdsTarget, const Deadline& deadline, SourceFile::Needs needs) {
+  std::vector<Copying> files;
+  files.push_back({std::make_unique<SourceFile>(mainName, needs), mainTarget});
+  if (!thresholdsName.isEmpty()) {
+    files.push_back({std::make_unique<SourceFile>(thresholdsName, needs), thresholdsTarget});
+    const SourceFile& mainFile = *files.front().file;
+    if (mainFile.IsSameFileAs(*files.back().file)) FailAsBoth(mainFile.Shown());
+  }
+  while (const SourceFile* const inUse = TryToCopy(files)) {
+    if (!deadline.Pause()) throw InUse(inUse->Shown());
+  }
 }

@@ -43,7 +43,6 @@ class SourceFile {
   bool Copy(const QByteArray& target);
 
  private:
-  bool LockBytes(short type, off_t from, off_t length) const;
   QByteArray SuperJournal(int journal, off_t size) const;
   bool LockLog();
 
@@ -59,6 +58,10 @@ class SourceFile {
 /// It goes when the process closes the file, by whatever descriptor.
 bool LockExclusively(int descriptor, const QString& shown);
 
-/// Copies of one or two files that show one moment.
-void CopyTogether(SourceFile* mainFile, const QByteArray& mainTarget, SourceFile* thresholdsFile,
-                  const QByteArray& thresholdsTarget, const Deadline& deadline);
+/// Throws the Failure for one file that was given as both.
+[[noreturn]] void FailAsBoth(const QString& shown);
+
+/// Copies of a main file and, unless its name is empty, of a thresholds file that show one moment.
+void CopyTogether(const QString& mainName, const QByteArray& mainTarget, const QString& thresholdsName,
+                  const QByteArray& thresholdsTarget, const Deadline& deadline,
+                  SourceFile::Needs needs = SourceFile::Needs::Database);

@@ -21,7 +21,8 @@ namespace {
                                  ? QStringLiteral(": cannot be changed: its folder cannot be written")
                                  : QStringLiteral(": cannot be written")));
     case SQLITE_ERROR:
-      // The statements are right, so it is the file's tables that are wrong.
+    case SQLITE_CONSTRAINT:
+      // The statements are right, so it is the file's tables, or what they hold, that is wrong.
       throw Damage(shown, QString::fromUtf8(message));
     default:
       throw Failure(shown + QStringLiteral(": ") + QString::fromUtf8(message));
@@ -76,6 +77,8 @@ bool Sqlite::Rows::Next() {
   if (result != SQLITE_ROW && result != SQLITE_DONE) db_->Throw(result);
   return result == SQLITE_ROW;
 }
+
+int Sqlite::Rows::Columns() const { return sqlite3_column_count(statement_.get()); }
 
 qint64 Sqlite::Rows::Int(int column) const { return sqlite3_column_int64(statement_.get(), column); }
 

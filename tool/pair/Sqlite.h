@@ -18,6 +18,7 @@ class Sqlite {
   class Rows {
    public:
     bool Next();
+    int Columns() const;
     qint64 Int(int column) const;
     double Real(int column) const;
     /// Bytes as they are stored, of whatever type.

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
-TableShape::TableShape(const Sqlite& fresh, const QByteArray& table) {
+#include "tool/pair/ColumnTypes.h"
+
+TableShape::TableShape(const Sqlite& fresh, const QByteArray& table)
+    : largest_(ColumnTypes::LargestNumber(table)) {
   Sqlite::Rows rows = fresh.Select(
       "SELECT name, upper(type), \"notnull\", pk, dflt_value IS NOT NULL FROM pragma_table_info(?)");
   rows.Bind(1, table);
@@ -33,7 +36,7 @@ bool TableShape::Fits(const StoredRow& row) const {
       continue;
     }
     const bool isNumber =
-        value.type == Type::Integer || (value.type == Type::Real && std::isfinite(value.real));
+        value.type == Type::Integer || (value.type == Type::Real && std::fabs(value.real) <= largest_);
     if (columns_[at].kind == Kind::Text ? value.type != Type::Text : !isNumber) return false;
   }
   return true;

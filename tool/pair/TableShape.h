@@ -27,6 +27,7 @@ class TableShape : public RowShape {
   std::vector<QByteArray> names_;
   std::vector<Column> columns_;
   int key_ = -1;
+  const double largest_;
 };
 
 /// Of all tables of a file, by their names.

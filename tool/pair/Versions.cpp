@@ -1,5 +1,6 @@
 #include "tool/pair/Versions.h"
 
+#include "model/HeightSource.h"
 #include "tool/Console.h"
 #include "tool/pair/LibraryCall.h"
 
@@ -38,6 +39,11 @@ void Create(unsigned int version, const QString& mainPath, const QString& thresh
   LibraryCall call;
   creators.at(version - 1)(mainPath, thresholdsPath);
   call.RequireSuccess(true, QStringLiteral("new files cannot be made in the folder for temporary files"));
+}
+
+qint64 CurrentHeightType(unsigned int version, qint64 stored) {
+  constexpr unsigned int lastWithOldNumber = 5;
+  return version <= lastWithOldNumber && stored == 1 ? qint64(HeightSource::Gps) : stored;
 }
 
 void RequireKnown(qint64 version, const QString& shownMain) {

@@ -19,6 +19,9 @@ std::shared_ptr<IAlignmentDatabase> Open(unsigned int version, const QString& ma
 /// Makes new files of a known version; throws a Failure if that fails.
 void Create(unsigned int version, const QString& mainPath, const QString& thresholdsPath);
 
+/// The number by now of a height's source: heights by GPS had another one in earlier versions.
+qint64 CurrentHeightType(unsigned int version, qint64 stored);
+
 /// Throws a Failure (4) for a version that this program does not know.
 void RequireKnown(qint64 version, const QString& shownMain);
 

@@ -32,6 +32,31 @@ TEST(PreferencesFormatsTest, EveryColumnWithASettingsKeyHasNames) {
   }
 }
 
-TEST(PreferencesFormatsTest, NothingStored) { EXPECT_EQ(PreferencesObject({}), QJsonObject()); }
+TEST(PreferencesFormatsTest, TheTableShowsWhatIsStoredAndNothingElse) {
+  EXPECT_EQ(PreferencesTable({{"SerialNumber", 99999999999LL},
+                              {"DistanceUnits", 1LL},
+                              {"GeoidFormat", -7LL},
+                              {"ShowTarget", 0LL},
+                              {"SoundEnabled", 1LL},
+                              {"AzimuthThreshold", 0.1},
+                              {"PathLengthThreshold", 1250.5},
+                              {"UserTechId", "a\tb"},
+                              {"AzimuthOffset", 1LL},
+                              {"Language", 0LL}}),
+            QString("DistanceUnits               Feet (1)\n"
+                    "GeoidFormat                 unknown (-7)\n"
+                    "AzimuthThreshold            0.1 °\n"
+                    "PathLengthThreshold         1250.5\n"
+                    "SoundEnabled                on\n"
+                    "ShowTarget                  off\n"
+                    "UserTechId                  a\\tb\n"
+                    "SerialNumber                99999999999\n"
+                    "AzimuthOffset               (stored, but not read back)\n"));
+}
+
+TEST(PreferencesFormatsTest, NothingStored) {
+  EXPECT_EQ(PreferencesObject({}), QJsonObject());
+  EXPECT_EQ(PreferencesTable({}), QString());
+}
 
 }  // namespace
