@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
-#include <QProcess>
 
 #include "tests/tool/ToolTest.h"
 
@@ -100,19 +99,16 @@ TEST_F(ReportTest, UnknownIdentifier) {
   ExpectFailure({"report", "m", "t", "--path", "nowhere"}, "m: there is no path nowhere");
 }
 
-TEST_F(ReportTest, OutputThatCannotBeWrittenIsAFailure) {
-  QProcess process;
-  process.setWorkingDirectory(Path("."));
-  process.setStandardOutputFile("/dev/full");
-  process.start(TARNBEAM_TOOL, {"list", "m", "t"});
-  ASSERT_TRUE(process.waitForFinished());
-  EXPECT_EQ(process.exitCode(), 1);
-  EXPECT_EQ(process.readAllStandardError(), "tarnbeam-db: standard output cannot be written\n");
-}
-
+// Two connections stay open: that is required of the library.
 TEST_F(ReportTest, DebugLinesAreShownWhereAskedFor) {
-  EXPECT_EQ(Run({"report", "m", "t", "--path", "Żuławy", "--verbose"}).err.count("sqlite3_close failed with"),
-            2);
+  const QString line =
+      "tarnbeam-db: sqlite3_close failed with  5 unable to close due to unfinalized statements or unfinished "
+      "backups\n";
+  const QStringList words{"report", "m", "t", "--path", "Żuławy"};
+  const Outcome outcome = Run(words + QStringList{"--verbose"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, line + line);
+  EXPECT_EQ(outcome.out, RunWell(words));
 }
 
 #ifdef TARNBEAM_TOOL_DRAWS
