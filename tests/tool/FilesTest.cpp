@@ -165,6 +165,19 @@ TEST_F(FilesTest, Preferences) {
         "ShowTarget                  off", "AzimuthOffset               (stored, but not read back)"}) {
     EXPECT_TRUE(lines.contains(line)) << line;
   }
+  const QJsonObject json =
+      QJsonDocument::fromJson(RunWell({"preferences", "m", "t", "--format", "json"}).toUtf8()).object();
+  QStringList columns;
+  for (const QString& column :
+       Rows(Path("m"), "SELECT name FROM pragma_table_info('Preferences')") +
+           Rows(Path("t"), "SELECT name FROM pragma_table_info('PreferencesPathLength')"))
+    columns.append(column.mid(1).chopped(1));
+  columns.sort();
+  EXPECT_EQ(json.keys(), columns);
+  EXPECT_EQ(json["DistanceUnits"].toObject(), (QJsonObject{{"value", 1}, {"name", "Feet"}}));
+  EXPECT_EQ(json["AzimuthThreshold"].toObject(), (QJsonObject{{"value", 0.1}}));
+  EXPECT_EQ(json["CalibrationDate"].toObject(), (QJsonObject{{"value", "2024-05-14 Zürich"}}));
+  EXPECT_EQ(json["PathLengthThreshold"].toObject(), (QJsonObject{{"value", 1250.5}}));
   RunSql(Path("m"), "UPDATE Preferences SET AzimuthThreshold = 9e999");
   for (const char* format : {"table", "json"}) {
     ExpectFailure({"preferences", "m", "t", "--format", format},

@@ -92,6 +92,18 @@ TEST_F(FormatsTest, CsvOptions) {
             "path;P;1;2024-05-15T12:00:00Z;pass\r\n");
 }
 
+// Spreadsheets are for people, exports for programs.
+TEST_F(FormatsTest, TextsLikeFormulasAreGuardedForPeople) {
+  WriteJson("in.json", {At("=1+1", "north", "2024-05-14T12:00:00Z", 0.5)});
+  RunWell({"import", "m", "t", "in.json"});
+  const auto lines = [this](const QStringList& words) {
+    return RunWell(words + QStringList{"--format", "csv"}).split("\r\n").filter("=1+1");
+  };
+  EXPECT_EQ(lines({"list", "m", "t"}), QStringList{"site,'=1+1,1,2024-05-14T12:00:00Z,pass"});
+  EXPECT_EQ(lines({"report", "m", "t", "--all"}).value(0).section(',', 0, 5), "0,5,site,'=1+1,north,Høyt");
+  EXPECT_EQ(lines({"export", "m", "t"}).value(0).section(',', 0, 4), "5,site,=1+1,north,Høyt");
+}
+
 TEST_F(FormatsTest, LinesOfJson) {
   const QStringList lines = RunWell({"export", "m", "t", "--format", "ndjson"}).split('\n');
   const QJsonArray array = Parsed(RunWell({"export", "m", "t"}));

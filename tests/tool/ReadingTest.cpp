@@ -105,8 +105,8 @@ TEST_F(ReadingTest, AFileInWalModeIsChangedAndStaysInIt) {
   EXPECT_EQ(Rows(Path("m"), "SELECT SiteIdentifier FROM Sites"), (QStringList{"'S'", "'T'"}));
 }
 
-// Pages of both files are overwritten, one after the other: each command comes to an end, with 4 or, if the
-// page was free or nothing is wrong with it now, with 0.
+// Pages of the main file are overwritten, one after the other: each command comes to an end, with 4 or, if
+// the page was free or nothing is wrong with it now, with 0.
 TEST_F(ReadingTest, DamagedPagesComeToAnEnd) {
   const QByteArray whole = ReadFile("m");
   const int pages = whole.size() / 4096;

@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
+#include <QRegularExpression>
 
 #include "tests/tool/ToolTest.h"
 
@@ -69,6 +70,18 @@ TEST_F(ReportTest, CsvOfASite) {
                     "0,1,site,Åsgård,Alpha,Høyt,2024-05-14T07:12:33Z,0.5,-2.25,0.125,359.75,-2.5,0.375,"
                     "59.318742,10.477905,38.5,31.5,gps,90,true,2,\"Grüße, \"\"Ole\"\"\nline 2\",1.5,0.125,0,"
                     "-0.75,-0.25,0.25,fail\r\n"));
+}
+
+TEST_F(ReportTest, CsvOfAllIsThatOfExportWithUnitsAndIndex) {
+  const QStringList lines = RunWell({"report", "m", "t", "--all", "--format", "csv"}).split("\r\n");
+  const QStringList exported = RunWell({"export", "m", "t", "--format", "csv"}).split("\r\n");
+  ASSERT_EQ(lines.size(), 1 + 3 + 1);
+  ASSERT_EQ(exported.size(), lines.size());
+  EXPECT_EQ(QString(lines.at(0)).remove(QRegularExpression(" \\[[^]]+\\]")) + ",uid",
+            "index," + exported.at(0));
+  for (const int number : {1, 2, 3}) {
+    EXPECT_EQ(lines.at(number), "0," + exported.at(number).section(',', 0, -2));
+  }
 }
 
 // The one object of the array, without its verdicts.
