@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <stdexcept>
 #include <string>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "bench/Sample.h"
+#include "migration/AllConverters.h"
 #include "schema/SchemaVersion7.h"
 
 /// How the cleanup finds out whether a key is referred to. It is required to search linearly; searching by
@@ -64,24 +66,10 @@ constexpr TableChange tableChanges[] = {
 };
 #undef ADD
 
-constexpr SchemaTexts SchemaTextsOf(int version) {
-  switch (version) {
-    case 1:
-      return SchemaVersion1();
-    case 2:
-      return SchemaVersion2();
-    case 3:
-      return SchemaVersion3();
-    case 4:
-      return SchemaVersion4();
-    case 5:
-      return SchemaVersion5();
-    case 6:
-      return SchemaVersion6();
-    default:
-      return SchemaVersion7();
-  }
-}
+/// The texts of the versions that can be converted, from 1.
+constexpr std::array sourceTexts{SchemaVersion1(), SchemaVersion2(), SchemaVersion3(),
+                                 SchemaVersion4(), SchemaVersion5(), SchemaVersion6()};
+static_assert(sourceTexts.size() == AllConverters::count, "every conversion has a source");
 
 /// The conversion's calls over a driver: the same statements, attachments, checks and syncs.
 template <typename Driver>
@@ -91,7 +79,7 @@ class PeerConversion {
 
  public:
   PeerConversion(int version, Search search)
-      : version_(version), search_(search), texts_(SchemaTextsOf(version)) {}
+      : version_(version), search_(search), texts_(sourceTexts.at(static_cast<std::size_t>(version - 1))) {}
 
   void Run() {
     {

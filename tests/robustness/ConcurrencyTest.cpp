@@ -3,9 +3,7 @@
 #include <functional>
 
 #include "tests/robustness/LockHolder.h"
-#include "tests/robustness/StoreOperations.h"
-#include "tests/robustness/Sweep.h"
-#include "tests/support/LogCapture.h"
+#include "tests/robustness/SweptOperation.h"
 
 namespace {
 
@@ -16,10 +14,9 @@ enum class Rows { None, Whole, WithoutAlignment };
 constexpr const char* takingLock[] = {"BEGIN; SELECT count(*) FROM sqlite_schema", "BEGIN IMMEDIATE",
                                       "BEGIN EXCLUSIVE"};
 
-// How an operation differs from what it does without the lock. "=": the same result. Lines are those about
-// failures that are not written without it: "@label" stands for a prepare, other short names below.
+// How operations differ from what they do without the lock. "=": the same result. Lines are those about
+// failures that are not written without it.
 struct Hindered {
-  File file;
   Lock lock;
   const char* operations;
   const char* result;
@@ -53,150 +50,58 @@ std::vector<Hindered> HinderedByMainLocks() {
   const QString pathKey = Prepare("Select PathKey for Path Identifier");
   const QString siteRows = Prepare("Fetch Report Data for Site");
   const QString pathRows = Prepare("Fetch Report Data for Path");
-  constexpr File main = File::Main;
+  // Where neither file is changed, in every version.
+  const auto unchanged = [](Lock lock, const char* operations, const char* result, const QStringList& lines) {
+    return Hindered{lock, operations, result, result, false, Rows::None, lines, lines};
+  };
+  // The same, but earlier versions have another result, and may write fewer lines.
+  const auto unchangedByVersion = [](const char* operations, const char* result, const char* earlierResult,
+                                     const QStringList& lines, const QStringList& earlierLines) {
+    constexpr Rows rows = Rows::None;
+    return Hindered{Lock::Exclusive, operations, result, earlierResult, false, rows, lines, earlierLines};
+  };
+  // Where only the thresholds are changed.
+  const auto thresholdsAlone = [](Lock lock, const char* operations, const char* result,
+                                  const char* earlierResult, Rows rows, const QStringList& lines) {
+    return Hindered{lock, operations, result, earlierResult, false, rows, lines, lines};
+  };
+  const QString noPreferences = QStringLiteral("Failed to prepare statement in prefernces statement");
+  const QString noKeyForSite = QStringLiteral("Failed to get key for site");
   return {
       // Another reader: everything is written, and the commit fails. Operations that ignore its result say
       // nothing.
-      {main, Lock::Shared, anySave, "=", "=", false, Rows::Whole, {end}, {end}},
-      {main, Lock::Shared, anyDeletion, "=", "=", false, Rows::Whole, {end}, {end}},
-      {main, Lock::Shared, "SavePreferences StoreScreens", "false", "false", false, Rows::None, {}, {}},
+      thresholdsAlone(Lock::Shared, anySave, "=", "=", Rows::Whole, {end}),
+      thresholdsAlone(Lock::Shared, anyDeletion, "=", "=", Rows::Whole, {end}),
+      unchanged(Lock::Shared, "SavePreferences StoreScreens", "false", {}),
       // Another writer: the first write fails.
-      {main, Lock::Reserved, anySave, noKey, noKey, false, Rows::WithoutAlignment, {}, {}},
-      {main, Lock::Reserved, "DeleteSite", "=", "false", false, Rows::Whole, {close}, {close}},
-      {main,
-       Lock::Reserved,
-       "DeletePath",
-       "=",
-       "=",
-       false,
-       Rows::Whole,
-       {unfinished, close},
-       {unfinished, close}},
-      {main,
-       Lock::Reserved,
-       "DeleteSiteReport",
-       "=",
-       "false",
-       false,
-       Rows::Whole,
-       {step, close},
-       {step, close}},
-      {main, Lock::Reserved, "DeletePathReport", "=", "false", false, Rows::Whole, {close}, {close}},
-      {main, Lock::Reserved, "SavePreferences StoreScreens", "false", "false", false, Rows::None, {}, {}},
+      thresholdsAlone(Lock::Reserved, anySave, noKey, noKey, Rows::WithoutAlignment, {}),
+      thresholdsAlone(Lock::Reserved, "DeleteSite", "=", "false", Rows::Whole, {close}),
+      thresholdsAlone(Lock::Reserved, "DeletePath", "=", "=", Rows::Whole, {unfinished, close}),
+      thresholdsAlone(Lock::Reserved, "DeleteSiteReport", "=", "false", Rows::Whole, {step, close}),
+      thresholdsAlone(Lock::Reserved, "DeletePathReport", "=", "false", Rows::Whole, {close}),
+      unchanged(Lock::Reserved, "SavePreferences StoreScreens", "false", {}),
       // Not even the schema can be read.
-      {main,
-       Lock::Exclusive,
-       "ProbeVersion",
-       "false",
-       "false",
-       false,
-       Rows::None,
-       {QStringLiteral("sqlite3_prepare_v2 failed with  5 : database is locked")},
-       {QStringLiteral("sqlite3_prepare_v2 failed with  5 : database is locked")}},
-      {main, Lock::Exclusive, siteSave, noKey, noKey, false, Rows::WithoutAlignment, {siteKey}, {siteKey}},
-      {main, Lock::Exclusive, pathSave, noKey, noKey, false, Rows::WithoutAlignment, {pathKey}, {pathKey}},
-      {main,
-       Lock::Exclusive,
-       "SiteIdentifiers PathIdentifiers",
-       "",
-       "",
-       false,
-       Rows::None,
-       {siteRows},
-       {siteRows}},
-      {main,
-       Lock::Exclusive,
-       "SiteReports",
-       "null",
-       "null",
-       false,
-       Rows::None,
-       {siteKey, siteRows},
-       {siteRows}},
-      {main,
-       Lock::Exclusive,
-       "PathReports",
-       "records;",
-       "null",
-       false,
-       Rows::None,
-       {pathKey, pathRows, statement},
-       {pathRows, statement}},
-      {main,
-       Lock::Exclusive,
-       "DeleteSite",
-       "=",
-       "false",
-       false,
-       Rows::None,
-       {siteKey, QStringLiteral("Failed to get key for site")},
-       {siteKey, QStringLiteral("Failed to get key for site")}},
-      {main, Lock::Exclusive, "DeletePath", "=", "=", false, Rows::None, {pathKey}, {pathKey}},
-      {main,
-       Lock::Exclusive,
-       "DeleteSiteReport",
-       "false",
-       "false",
-       false,
-       Rows::None,
-       {siteKey, siteRows},
-       {siteRows}},
-      {main,
-       Lock::Exclusive,
-       "DeletePathReport",
-       "false",
-       "false",
-       false,
-       Rows::None,
-       {pathKey, pathRows, statement},
-       {pathRows, statement}},
-      {main,
-       Lock::Exclusive,
-       "SavePreferences",
-       "false",
-       "false",
-       false,
-       Rows::None,
-       {Prepare("Save Preferences")},
-       {Prepare("Save Preferences")}},
-      {main,
-       Lock::Exclusive,
-       "RestorePreferences",
-       "false/",
-       "false/",
-       false,
-       Rows::None,
-       {Prepare("Restore preferences"),
-        QStringLiteral("Failed to prepare statement in prefernces statement")},
-       {Prepare("Restore preferences"),
-        QStringLiteral("Failed to prepare statement in prefernces statement")}},
-      {main,
-       Lock::Exclusive,
-       "StoreScreens",
-       "false",
-       "false",
-       false,
-       Rows::None,
-       {Prepare("Save Current Site")},
-       {Prepare("Save Current Site")}},
-      {main,
-       Lock::Exclusive,
-       "ClearScreens",
-       "=",
-       "=",
-       false,
-       Rows::None,
-       {Prepare("delete site screen contents"), Prepare("delete path screen contents")},
-       {Prepare("delete site screen contents"), Prepare("delete path screen contents")}},
-      {main,
-       Lock::Exclusive,
-       "RestoreScreens",
-       "true/",
-       "true/",
-       false,
-       Rows::None,
-       {Prepare("Restore site info"), Prepare("Restore path information")},
-       {Prepare("Restore site info"), Prepare("Restore path information")}},
+      unchanged(Lock::Exclusive, "ProbeVersion", "false",
+                {QStringLiteral("sqlite3_prepare_v2 failed with  5 : database is locked")}),
+      thresholdsAlone(Lock::Exclusive, siteSave, noKey, noKey, Rows::WithoutAlignment, {siteKey}),
+      thresholdsAlone(Lock::Exclusive, pathSave, noKey, noKey, Rows::WithoutAlignment, {pathKey}),
+      unchanged(Lock::Exclusive, "SiteIdentifiers PathIdentifiers", "", {siteRows}),
+      unchangedByVersion("SiteReports", "null", "null", {siteKey, siteRows}, {siteRows}),
+      unchangedByVersion("PathReports", "records;", "null", {pathKey, pathRows, statement},
+                         {pathRows, statement}),
+      unchangedByVersion("DeleteSite", "=", "false", {siteKey, noKeyForSite}, {siteKey, noKeyForSite}),
+      unchanged(Lock::Exclusive, "DeletePath", "=", {pathKey}),
+      unchangedByVersion("DeleteSiteReport", "false", "false", {siteKey, siteRows}, {siteRows}),
+      unchangedByVersion("DeletePathReport", "false", "false", {pathKey, pathRows, statement},
+                         {pathRows, statement}),
+      unchanged(Lock::Exclusive, "SavePreferences", "false", {Prepare("Save Preferences")}),
+      unchanged(Lock::Exclusive, "RestorePreferences", "false/",
+                {Prepare("Restore preferences"), noPreferences}),
+      unchanged(Lock::Exclusive, "StoreScreens", "false", {Prepare("Save Current Site")}),
+      unchanged(Lock::Exclusive, "ClearScreens", "=",
+                {Prepare("delete site screen contents"), Prepare("delete path screen contents")}),
+      unchanged(Lock::Exclusive, "RestoreScreens", "true/",
+                {Prepare("Restore site info"), Prepare("Restore path information")}),
   };
 }
 
@@ -204,7 +109,7 @@ std::vector<Hindered> HinderedByThresholdsLocks() {
   const QString siteTable = Prepare("Fetch Threshold Report Data for Site");
   const QString pathTable = Prepare("Fetch Threshold Report Data for Path");
   const auto row = [](Lock lock, const char* operations, const char* result, const QStringList& lines) {
-    return Hindered{File::Thresholds, lock, operations, result, result, true, Rows::None, lines, lines};
+    return Hindered{lock, operations, result, result, true, Rows::None, lines, lines};
   };
   return {
       row(Lock::Shared, anySave, "=", {end}),
@@ -258,12 +163,9 @@ QStringList FailureLines(QStringList lines, const QStringList& cleanLines) {
   return lines.filter(QStringLiteral("failed"), Qt::CaseInsensitive);
 }
 
-class ConcurrencyTest : public testing::TestWithParam<VersionAndOperation> {
+class ConcurrencyTest : public OperationTest {
  protected:
-  void SetUp() override {
-    clean_ = RunOn(scene_, operation_, version_);
-    cleanLines_ = log_.TakeLines();
-  }
+  void SetUp() override { RunClean(); }
 
   // Screens are cleared, and version 1 deletes, until the step is done: the lock keeps the call stepping.
   bool StepsUntilReleased(File file, Lock lock) const {
@@ -322,13 +224,6 @@ class ConcurrencyTest : public testing::TestWithParam<VersionAndOperation> {
       EXPECT_EQ(thresholds, row->thresholds == Rows::Whole ? clean_.thresholds : Change());
     }
   }
-
-  const StoreVersion& version_ = std::get<StoreVersion>(GetParam());
-  const StoreOperation& operation_ = std::get<StoreOperation>(GetParam());
-  LogCapture log_;
-  Scene scene_{StartOf(operation_, version_)};
-  Outcome clean_;
-  QStringList cleanLines_;
 };
 
 TEST_P(ConcurrencyTest, AnotherProcessHoldsALock) {
@@ -351,6 +246,7 @@ TEST(LeftConnectionTest, KeepsLaterSavesFromBeingCommitted) {
     for (const StoreOperation& operation : StoreOperation::All()) {
       if (qstrcmp(operation.name, name) == 0) return operation;
     }
+    ADD_FAILURE() << name;
     return StoreOperation::All().front();
   };
   const StoreOperation deletion = named("DeletePath");

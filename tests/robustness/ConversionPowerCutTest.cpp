@@ -32,15 +32,11 @@ class ConversionPowerCut : public SweptConversion {
     FileCalls::Record();
     ASSERT_TRUE(Run());
     calls_ = FileCalls::Count({});
+    ASSERT_GT(calls_, 0);
     FileCalls::Reset();
     newLines_ = LinesOf(scene_.Main());
     scene_.Restore();
     oldLines_ = LinesOf(scene_.Main());
-  }
-
-  static void RemoveScratchFile() {
-    for (const char* suffix : {"", "-journal"})
-      QFile::remove(QLatin1String(scratchFile) + QLatin1String(suffix));
   }
 
   // What is at the path after the cut. With 0 Run() gets that far only if it succeeded.

@@ -113,6 +113,7 @@ TEST_P(ConversionSweep, EveryFileCallFailsOnce) {
 }
 
 TEST_P(ConversionSweep, StorageIsFull) {
+  EXPECT_GT(fileUse_.bytes, 0);
   ForEachFullStorage(fileUse_, 4096, [&](auto arm) { Fail(arm, false); });
 }
 

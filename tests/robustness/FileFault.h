@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <cstddef>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,7 @@ struct FileUse {
 // `sparser` times as many numbers as the fault says.
 template <typename Fail>
 void ForEachFileFault(const FileUse& use, int sparser, Fail fail) {
+  EXPECT_GT(std::accumulate(use.counts.begin(), use.counts.end(), 0), 0) << "no call can fail";
   std::size_t counted = 0;
   for (const FileFault& fault : fileFaults) {
     for (const int number : Swept(use.counts[counted++], sparser * fault.stride)) {
@@ -49,7 +51,8 @@ void ForEachFileFault(const FileUse& use, int sparser, Fail fail) {
   }
 }
 
-// The same for storage that is full after none, one, two ... blocks of `step` bytes.
+// The same for storage that is full after none, one, two ... blocks of `step` bytes; what only reads fills
+// none.
 template <typename Fail>
 void ForEachFullStorage(const FileUse& use, int step, Fail fail) {
   const int capacities = static_cast<int>((use.bytes + step - 1) / step);

@@ -12,9 +12,9 @@ template <typename Sweep>
 class FileSweep : public SweptOperation<Sweep> {
  protected:
   // The operation on fresh files in a process of its own, after `arm`. Its exit status; the result that it
-  // came to, if any.
+  // came to, if any. Where it comes through, what was armed has struck or has not.
   template <typename Arm>
-  int RunApart(Arm arm, QString* result) {
+  int RunApart(Arm arm, bool strikes, QString* result) {
     const QString answer = this->scene_.Path(QStringLiteral("result"));
     WriteFile(answer, QByteArray());
     this->scene_.Restore();
@@ -22,6 +22,7 @@ class FileSweep : public SweptOperation<Sweep> {
       arm();
       const QString answered =
           this->operation_.run(this->version_, this->scene_.Main(), this->scene_.Thresholds());
+      EXPECT_EQ(ShimVfs::Fired(), strikes);
       WriteFile(answer, answered.toUtf8());
     });
     *result = QString::fromUtf8(ReadFile(answer));
@@ -51,7 +52,7 @@ class IoSweep : public FileSweep<IoSweep> {
             EndWhenSpinning();
             arm();
           },
-          result);
+          true, result);
       EXPECT_TRUE(status == 0 || status == Fault::killedStatus) << status;
       return status == 0;
     }
@@ -93,6 +94,7 @@ TEST_P(IoSweep, EveryFileCallFailsOnce) {
 
 // The storage stays full until the call returns or is found to repeat itself without end.
 TEST_P(IoSweep, StorageIsFull) {
+  EXPECT_EQ(fileUse_.bytes > 0, operation_.kind != Kind::Reads);
   ForEachFullStorage(fileUse_, 512, [&](auto arm) { Fail(arm); });
 }
 
@@ -119,7 +121,8 @@ TEST_P(CrashSweep, EndsBeforeEveryFileCall) {
   for (const int number : Swept(count_, 4)) {
     SCOPED_TRACE("ended at file call " + std::to_string(number));
     QString result;
-    ASSERT_EQ(RunApart([&] { ShimVfs::Arm(Fault::Kill(calls_).At(number)); }, &result), Fault::killedStatus);
+    ASSERT_EQ(RunApart([&] { ShimVfs::Arm(Fault::Kill(calls_).At(number)); }, true, &result),
+              Fault::killedStatus);
     ++GetTally().killed;
     scene_.ExpectSound();
     EXPECT_EQ(Allowed::Interrupted(scene_.MainChange(), scene_.ThresholdsChange(), clean_), QString());
@@ -130,7 +133,7 @@ TEST_P(CrashSweep, EndsBeforeEveryFileCall) {
 // One call more than there are: nothing ends it.
 TEST_P(CrashSweep, ComesThroughPastTheLastCall) {
   QString result;
-  ASSERT_EQ(RunApart([&] { ShimVfs::Arm(Fault::Kill(calls_).At(count_ + 1)); }, &result), 0);
+  ASSERT_EQ(RunApart([&] { ShimVfs::Arm(Fault::Kill(calls_).At(count_ + 1)); }, false, &result), 0);
   EXPECT_EQ(result, clean_.result);
   EXPECT_EQ(scene_.MainChange(), clean_.main);
   EXPECT_EQ(scene_.ThresholdsChange(), clean_.thresholds);

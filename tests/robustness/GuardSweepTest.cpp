@@ -24,6 +24,7 @@ class GuardSweep : public SweptOperation<GuardSweep> {
     ShimVfs::Reset();
     RunClean();
     calls_ = SweptCalls(SqliteCalls::TakeTrace());
+    ASSERT_FALSE(calls_.isEmpty());
     fileUse_ = FileUse::Taken();
     SqliteCalls::Reset();
   }
@@ -121,6 +122,7 @@ TEST_P(GuardSweep, EveryFailedCallIsTold) {
 TEST_P(GuardSweep, LoopsEndWithinTheLimit) {
   constexpr int limit = 5;
   const int steps = static_cast<int>(calls_.filter(QRegularExpression(QStringLiteral("^step"))).size());
+  EXPECT_GT(steps, 0);
   for (const int number : Swept(steps, 5)) {
     SCOPED_TRACE("from step " + std::to_string(number) + " on");
     const Guarded guarded =
@@ -135,6 +137,7 @@ TEST_P(GuardSweep, EveryFailedFileCallIsTold) {
 }
 
 TEST_P(GuardSweep, FullStorageIsTold) {
+  EXPECT_EQ(fileUse_.bytes > 0, operation_.kind != Kind::Reads);
   ForEachFullStorage(fileUse_, 512, [&](auto arm) { Fail(arm); });
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QFile>
 #include <QFileInfo>
 #include <ostream>
 #include <string>
@@ -41,6 +42,11 @@ class SweptConversion : public testing::TestWithParam<Conversion> {
   explicit SweptConversion(const QString& parentFolder = QLatin1String(scratchFolder));
 
   void SetUp() override { ASSERT_TRUE(QFileInfo(QLatin1String(scratchFolder)).isDir()) << scratchFolder; }
+
+  static void RemoveScratchFile() {
+    for (const char* suffix : {"", "-journal"})
+      QFile::remove(QLatin1String(scratchFile) + QLatin1String(suffix));
+  }
 
   bool Run() {
     QString path = scene_.Main();

@@ -8,15 +8,9 @@
 #include "tests/robustness/Sweep.h"
 #include "tests/support/LogCapture.h"
 
-// Runs one operation of one store again and again on fresh files, first without any fault. `Sweep` is the
-// fixture itself; its `title` names it in the tally.
-template <typename Sweep>
-class SweptOperation : public testing::TestWithParam<VersionAndOperation> {
+// One operation of one store, first without any fault.
+class OperationTest : public testing::TestWithParam<VersionAndOperation> {
  protected:
-  static void SetUpTestSuite() { tally_ = std::make_unique<Tally>(Sweep::title); }
-  static void TearDownTestSuite() { tally_.reset(); }
-  static Tally& GetTally() { return *tally_; }
-
   void RunClean() {
     clean_ = RunOn(scene_, operation_, version_);
     cleanLines_ = log_.TakeLines();
@@ -33,13 +27,23 @@ class SweptOperation : public testing::TestWithParam<VersionAndOperation> {
     EXPECT_EQ(log_.TakeLines().filter(QStringLiteral("SQL")), QStringList());
   }
 
-  static std::unique_ptr<Tally> tally_;
   const StoreVersion& version_ = std::get<StoreVersion>(GetParam());
   const StoreOperation& operation_ = std::get<StoreOperation>(GetParam());
   LogCapture log_;
   Scene scene_{StartOf(operation_, version_)};
   Outcome clean_;
   QStringList cleanLines_;
+};
+
+// Runs it again and again on fresh files. `Sweep` is the fixture itself; its `title` names it in the tally.
+template <typename Sweep>
+class SweptOperation : public OperationTest {
+ protected:
+  static void SetUpTestSuite() { tally_ = std::make_unique<Tally>(Sweep::title); }
+  static void TearDownTestSuite() { tally_.reset(); }
+  static Tally& GetTally() { return *tally_; }
+
+  static std::unique_ptr<Tally> tally_;
 };
 
 template <typename Sweep>

@@ -84,8 +84,10 @@ TEST_P(TextTest, SiteIsSavedListedReportedAndDeleted) {
   EXPECT_EQ(read.GetSiteInformation()->AntennaPosition(), sample_.stored);
   EXPECT_EQ(read.Note(), version_.HasSiteNote() ? sample_.stored : QString());
 
+  EXPECT_EQ(files_.Lines(), QStringList());
   EXPECT_TRUE(store_->DeleteReportsBySiteAndSector(identifier, sector));
   EXPECT_EQ(store_->GetSiteIdentifiers(), QVector<QString>{other.site.SiteIdentifier()});
+  // A deletion writes the keys that it goes by.
   files_.Lines();
 }
 
@@ -98,6 +100,7 @@ TEST_P(TextTest, PathIsSavedListedReportedAndDeleted) {
                                           &sample.height, sample.time, &options));
   ASSERT_NE(record, nullptr);
   EXPECT_TRUE(store_->GetPathIdentifiers().contains(sample_.stored));
+  EXPECT_EQ(files_.Lines(), QStringList());
 
   QString identifier = sample_.text;
   {
@@ -113,6 +116,7 @@ TEST_P(TextTest, PathIsSavedListedReportedAndDeleted) {
 
   EXPECT_TRUE(store_->DeleteReportsByPath(identifier));
   EXPECT_EQ(store_->GetPathIdentifiers(), QVector<QString>{other.path.PathIdentifier()});
+  // Reports of paths write that their connections stay open, a deletion its keys.
   files_.Lines();
 }
 

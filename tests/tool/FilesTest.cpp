@@ -6,7 +6,8 @@
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <memory>
 
 namespace {
@@ -72,8 +73,10 @@ TEST_F(FilesTest, FilesThatAreNotWhatTheyHaveToBe) {
 
 TEST_F(FilesTest, ThresholdsBelongToTheCurrentVersion) {
   CreateFiles();
-  for (const char* command : {"list", "export", "preferences"}) {
-    ExpectFailure({command, "m"}, "m: is of version 7, so THRESHOLDS has to be given" + hint, 2);
+  for (const QStringList& words :
+       {QStringList{"list", "m"}, QStringList{"export", "m"}, QStringList{"preferences", "m"},
+        QStringList{"report", "m", "--all"}, QStringList{"map", "m", "--format", "kml"}}) {
+    ExpectFailure(words, "m: is of version 7, so THRESHOLDS has to be given" + hint, 2);
   }
 }
 
@@ -82,6 +85,8 @@ TEST_F(FilesTest, VersionOfFiles) {
   EXPECT_EQ(RunWell({"version", "m"}), "7\n");
   RunSql(Path("m"), "UPDATE Version SET VersionNumber = 4");
   EXPECT_EQ(RunWell({"version", "m"}), "4\n");
+  EXPECT_EQ(QJsonDocument::fromJson(RunWell({"version", "m", "--format", "json"}).toUtf8()).object(),
+            (QJsonObject{{"version", 4}, {"current", false}}));
   ExpectFailure({"version", "none"}, "none: no such file");
   EXPECT_EQ(FilesInFolder(), (QStringList{"m", "t"}));
 }
@@ -98,7 +103,7 @@ TEST_F(FilesTest, ListCountsReports) {
 TEST_F(FilesTest, ReadingThatFailsIsNoEmptyAnswer) {
   CreateFilesWith({SiteEntry("A")});
   RunSql(Path("m"), "ALTER TABLE Height RENAME TO Gone");
-  ExpectFailure({"list", "m", "t"}, "m: has no table Height; 'tarnbeam-db check' tells more", 4);
+  ExpectFailure({"list", "m", "t"}, "m: has no table Height" + tellsMore, 4);
 }
 
 // Each retrieval of a path leaves connections open in the library.
@@ -108,14 +113,12 @@ TEST_F(FilesTest, ManyPathsNeedFewOpenFiles) {
   for (int number = 0; number < wholeCount; ++number) entries.append(PathEntry(QString::number(number)));
   CreateFilesWith(entries);
   for (const char* command : {"list", "export"}) {
-    QProcess process;
-    process.setWorkingDirectory(Path("."));
-    process.start("sh", {"-c", "ulimit -n 24 && exec \"$0\" \"$1\" m t", TARNBEAM_TOOL, command});
-    ASSERT_TRUE(process.waitForFinished());
-    EXPECT_EQ(process.exitCode(), 0);
-    EXPECT_EQ(process.readAllStandardError(), "");
-    EXPECT_GE(process.readAllStandardOutput().count("path"), wholeCount);
+    const Outcome outcome = RunInShell("ulimit -n 24 && exec \"$0\" \"$@\"", {command, "m", "t"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.out, RunWell({command, "m", "t"}));
   }
+  EXPECT_EQ(RunWell({"list", "m", "t"}).count("\npath        1  "), wholeCount);
 }
 
 // Wherever the last one is gone, the run comes to its end and takes its private copies with it.
@@ -125,33 +128,35 @@ TEST_F(FilesTest, TooFewOpenFilesAreAFailure) {
   int failed = 0;
   for (int limit = 3; limit < 12; ++limit) {
     SCOPED_TRACE(limit);
-    QProcess process;
-    process.setWorkingDirectory(Folder());
-    process.start(
-        "sh", {"-c", QString("ulimit -n %1 && TMPDIR=tmp exec \"$0\" list m t").arg(limit), TARNBEAM_TOOL});
-    EXPECT_TRUE(process.waitForFinished());
-    failed += process.exitCode() != 0 ? 1 : 0;
+    const Outcome outcome =
+        RunInShell(QString("ulimit -n %1 && TMPDIR=tmp exec \"$0\" \"$@\"").arg(limit), {"list", "m", "t"});
+    failed += outcome.status != 0 ? 1 : 0;
     EXPECT_EQ(QDir(Path("tmp")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
     if (HasFailure()) return;
   }
   EXPECT_GT(failed, 0);
 }
 
+// The golden files all hold the same sites and paths.
 TEST_F(FilesTest, FilesOfEarlierVersionsAreReadAsTheyAre) {
   for (int version = 1; version <= 6; ++version) {
+    SCOPED_TRACE(version);
     const QString name = QString("v%1").arg(version);
-    LoadSqlFile(Path(name), QString(TARNBEAM_GOLDEN_FOLDER "/version_%1.sql").arg(version));
+    LoadEarlier(name, version);
     const QByteArray before = ReadFile(name);
-    const QString exported = RunWell({"export", name});
-    const qint64 count = Rows(Path(name),
-                              "SELECT (SELECT count(*) FROM AntennaAlignment JOIN Sites USING "
-                              "(SiteKey)) + (SELECT count(*) FROM PathAlignment JOIN Paths USING (PathKey))")
-                             .value(0)
-                             .toLongLong();
-    EXPECT_GT(count, 0);
-    EXPECT_EQ(exported.count("\"identifier\""), count);
-    EXPECT_TRUE(RunWell({"list", name}).contains("Site without alignments"));
-    RunWell({"preferences", name});
+    EXPECT_EQ(RunWell({"list", name}), QString("kind  reports  identifier\n"
+                                               "site        3  Zürich Höhe\n"
+                                               "site        1  O'Brien \"Hill\"\n"
+                                               "site        1  Łódź 北\n"
+                                               "site        0  Site without alignments\n"
+                                               "path        2  Trasse Süd–Nord\n"
+                                               "path        0  Path without alignments\n"
+                                               "path        1  Θ'path\"\n"
+                                               "path        0  Another path without alignments\n"));
+    EXPECT_EQ(QJsonDocument::fromJson(RunWell({"export", name}).toUtf8()).array().size(), 3 + 1 + 1 + 2 + 1);
+    // As many as the version has columns, except the language.
+    constexpr int shown[] = {25, 29, 31, 31, 32, 33};
+    EXPECT_EQ(RunWell({"preferences", name}).count('\n'), shown[version - 1]);
     EXPECT_EQ(ReadFile(name), before);
   }
 }
@@ -179,6 +184,19 @@ TEST_F(FilesTest, Preferences) {
         "ShowTarget                  off", "AzimuthOffset               (stored, but not read back)"}) {
     EXPECT_TRUE(lines.contains(line)) << line;
   }
+  const QJsonObject json =
+      QJsonDocument::fromJson(RunWell({"preferences", "m", "t", "--format", "json"}).toUtf8()).object();
+  QStringList columns;
+  for (const QString& column :
+       Rows(Path("m"), "SELECT name FROM pragma_table_info('Preferences')") +
+           Rows(Path("t"), "SELECT name FROM pragma_table_info('PreferencesPathLength')"))
+    columns.append(column.mid(1).chopped(1));
+  columns.sort();
+  EXPECT_EQ(json.keys(), columns);
+  EXPECT_EQ(json["DistanceUnits"].toObject(), (QJsonObject{{"value", 1}, {"name", "Feet"}}));
+  EXPECT_EQ(json["AzimuthThreshold"].toObject(), (QJsonObject{{"value", 0.1}}));
+  EXPECT_EQ(json["CalibrationDate"].toObject(), (QJsonObject{{"value", "2024-05-14 Zürich"}}));
+  EXPECT_EQ(json["PathLengthThreshold"].toObject(), (QJsonObject{{"value", 1250.5}}));
   // What this program has no name for, and what no instrument of this version can keep.
   RunSql(Path("m"), "UPDATE Preferences SET DistanceUnits = 99, SerialNumber = 99999999999");
   const QStringList others = RunWell({"preferences", "m", "t"}).split('\n');
@@ -187,14 +205,10 @@ TEST_F(FilesTest, Preferences) {
   RunSql(Path("m"), "UPDATE Preferences SET AzimuthThreshold = 9e999");
   for (const char* format : {"table", "json"}) {
     ExpectFailure({"preferences", "m", "t", "--format", format},
-                  "m: row 1 of Preferences holds what is no finite number; 'tarnbeam-db check' tells more",
-                  4);
+                  "m: row 1 of Preferences holds what is no finite number" + tellsMore, 4);
   }
   RunSql(Path("m"), "DROP TABLE Preferences");
-  const Outcome broken = Run({"preferences", "m", "t"});
-  EXPECT_EQ(broken.status, 4);
-  EXPECT_EQ(broken.err.section('\n', 0, 0),
-            "tarnbeam-db: m: has no table Preferences; 'tarnbeam-db check' tells more");
+  ExpectFailure({"preferences", "m", "t"}, "m: has no table Preferences" + tellsMore, 4);
 }
 
 }  // namespace

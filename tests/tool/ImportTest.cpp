@@ -1,4 +1,6 @@
 // Import and export.
+#include <sys/stat.h>
+
 #include <QFile>
 #include <QJsonDocument>
 
@@ -6,6 +8,11 @@
 #include "tests/tool/ToolTest.h"
 
 namespace {
+
+// What is said of an entry that a trigger keeps from being saved.
+const QString notSaved = QStringLiteral(
+    "tarnbeam-db: in.json: entry 2: could not be saved, so nothing was\n"
+    "  library: step INSERT INTO Paths (PathIdentifier) VALUES (?): full\n");
 
 using ImportTest = ToolTest;
 
@@ -15,7 +22,8 @@ TEST_F(ImportTest, Example) {
             "16 alignments saved, 12 of sites and 4 of paths\n");
   EXPECT_EQ(Rows(Path("m"), "SELECT count(*) FROM AntennaAlignment"), QStringList{"12"});
   EXPECT_EQ(Rows(Path("m"), "SELECT count(*) FROM PathAlignment"), QStringList{"4"});
-  EXPECT_TRUE(Rows(Path("m"), "SELECT SiteIdentifier FROM Sites").contains("'東京タワー'"));
+  EXPECT_EQ(Rows(Path("m"), "SELECT count(*) FROM Sites WHERE SiteIdentifier = '東京タワー'"),
+            QStringList{"1"});
 }
 
 TEST_F(ImportTest, EveryValueOfASiteReachesItsColumn) {
@@ -119,15 +127,66 @@ TEST_F(ImportTest, EveryFaultIsNamed) {
   WriteFile("in.json", R"([{"kind": "site"}, 7, {"identifier": "P"}])");
   const Outcome outcome = Run({"import", "m", "t", "in.json"});
   EXPECT_EQ(outcome.status, 1);
-  const QStringList lines = outcome.err.split('\n');
-  EXPECT_EQ(lines.first(), "tarnbeam-db: in.json: entry 1: identifier is missing");
-  EXPECT_EQ(lines.at(1), "tarnbeam-db: in.json: entry 1: sector is missing");
-  EXPECT_EQ(lines.mid(lines.size() - 6),
-            (QStringList{"tarnbeam-db: in.json: entry 1: options.thresholds.tilt is missing",
-                         "tarnbeam-db: in.json: entry 1: options.thresholds.roll is missing",
-                         "tarnbeam-db: in.json: entry 2: must be an object",
-                         "tarnbeam-db: in.json: entry 3: kind is missing", "nothing was saved", ""}))
-      << outcome.err.toStdString();
+  EXPECT_EQ(outcome.out, QString());
+  QStringList expected;
+  for (const char* field : {"identifier",
+                            "sector",
+                            "position",
+                            "time",
+                            "target.azimuth",
+                            "target.tilt",
+                            "target.roll",
+                            "measured.azimuth",
+                            "measured.tilt",
+                            "measured.roll",
+                            "location.latitude",
+                            "location.longitude",
+                            "location.elevation",
+                            "height.value",
+                            "height.source",
+                            "options.azimuthOffset",
+                            "options.tiltInversion",
+                            "options.rollPrecision",
+                            "options.note",
+                            "options.thresholds.azimuth",
+                            "options.thresholds.tilt",
+                            "options.thresholds.roll"}) {
+    expected.append(QString("tarnbeam-db: in.json: entry 1: %1 is missing").arg(field));
+  }
+  expected += QStringList{"tarnbeam-db: in.json: entry 2: must be an object",
+                          "tarnbeam-db: in.json: entry 3: kind is missing", "nothing was saved", ""};
+  EXPECT_EQ(outcome.err.split('\n'), expected);
+}
+
+TEST_F(ImportTest, FromStandardInput) {
+  CreateFiles();
+  WriteJson("in.json", {SiteEntry("S"), PathEntry("P")});
+  const QString line = "exec \"$0\" \"$@\" < in.json";
+  const Outcome outcome = RunInShell(line, {"import", "m", "t", "-"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, QString());
+  EXPECT_EQ(outcome.out, "2 alignments saved, 1 of sites and 1 of paths\n");
+  EXPECT_EQ(RunWell({"list", "m", "t"}), "kind  reports  identifier\nsite        1  S\npath        1  P\n");
+  WriteFile("in.json", "[\n{");
+  const Outcome broken = RunInShell(line, {"import", "m", "t", "-"});
+  EXPECT_EQ(broken.status, 1);
+  EXPECT_EQ(broken.err, "tarnbeam-db: standard input: line 2: unterminated object\n");
+}
+
+TEST_F(ImportTest, ModesAndLinksStay) {
+  CreateFiles();
+  WriteJson("in.json", {SiteEntry("S")});
+  ASSERT_EQ(chmod(Path("m").toUtf8().constData(), 0640), 0);
+  ASSERT_EQ(chmod(Path("t").toUtf8().constData(), 0604), 0);
+  ASSERT_TRUE(QFile::link("m", Path("link")));
+  RunWell({"import", "link", "t", "in.json"});
+  EXPECT_EQ(QFile::symLinkTarget(Path("link")), Path("m"));
+  for (const auto& [name, mode] : {std::pair("m", 0640U), std::pair("t", 0604U)}) {
+    struct stat status {};
+    ASSERT_EQ(stat(Path(name).toUtf8().constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, mode) << name;
+  }
+  EXPECT_EQ(Rows(Path("m"), "SELECT SiteIdentifier FROM Sites"), QStringList{"'S'"});
 }
 
 TEST_F(ImportTest, FilesThatHoldNoAlignments) {
@@ -220,15 +279,17 @@ TEST_F(ImportTest, SkipExistingNamesTheEntryThatFails) {
   RunSql(Path("m"), "CREATE TRIGGER full BEFORE INSERT ON Paths BEGIN SELECT RAISE(FAIL, 'full'); END");
   const Outcome outcome = Run({"import", "--skip-existing", "m", "t", "in.json"});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err.section('\n', 0, 0),
-            "tarnbeam-db: in.json: entry 2: could not be saved, so nothing was");
+  EXPECT_EQ(outcome.out, QString());
+  EXPECT_EQ(outcome.err, notSaved);
 }
 
 TEST_F(ImportTest, AnInfiniteNumberIsNotExported) {
   CreateFilesWith({SiteEntry("S")});
   RunSql(Path("m"), "UPDATE Height SET HeightInMeters = 9e999");
-  ExpectFailure({"export", "m", "t"},
-                "m: row 1 of Height holds what is no finite number; 'tarnbeam-db check' tells more", 4);
+  for (const QStringList& words : {QStringList{"export", "m", "t"}, QStringList{"report", "m", "t", "--all"},
+                                   QStringList{"report", "m", "t", "--site", "S", "--format", "csv"}}) {
+    ExpectFailure(words, "m: row 1 of Height holds what is no finite number" + tellsMore, 4);
+  }
 }
 
 TEST_F(ImportTest, ASaveThatFailsKeepsNone) {
@@ -239,8 +300,8 @@ TEST_F(ImportTest, ASaveThatFailsKeepsNone) {
   const QByteArray thresholds = ReadFile("t");
   const Outcome outcome = Run({"import", "m", "t", "in.json"});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err.section('\n', 0, 0),
-            "tarnbeam-db: in.json: entry 2: could not be saved, so nothing was");
+  EXPECT_EQ(outcome.out, QString());
+  EXPECT_EQ(outcome.err, notSaved);
   EXPECT_EQ(ReadFile("m"), mainFile);
   EXPECT_EQ(ReadFile("t"), thresholds);
 }
@@ -257,6 +318,7 @@ TEST_F(ImportTest, RowsThatATriggerDoesAwayWithAreMissed) {
     const Outcome outcome = Run({"import", "m", "t", "in.json"});
     EXPECT_EQ(outcome.status, 1) << table;
     EXPECT_EQ(outcome.out, QString());
+    EXPECT_NE(outcome.err, QString());
     EXPECT_EQ(ReadFile("m"), before) << table;
   }
 }
@@ -323,6 +385,14 @@ TEST_F(ImportTest, ValuesThatATriggerAltersAreMissed) {
   }
 }
 
+TEST_F(ImportTest, FilesThatAreNoPairAreRefused) {
+  CreateFilesWith({SiteEntry("S")});
+  RunSql(Path("t"), "UPDATE AntennaAlignmentThresholds SET SiteIdentifier = 9");
+  const QByteArray before = ReadFile("m");
+  ExpectFailure({"import", "m", "t", "in.json"}, "m and t" + noPair, 4);
+  EXPECT_EQ(ReadFile("m"), before);
+}
+
 TEST_F(ImportTest, AFileInUseKeepsBothAsTheyAre) {
   CreateFiles();
   WriteJson("in.json", {SiteEntry("S")});
@@ -339,18 +409,26 @@ TEST_F(ImportTest, AFileInUseKeepsBothAsTheyAre) {
   }
 }
 
-// Nothing is concluded from debug lines.
+// Nothing is concluded from debug lines, whoever silences them.
 TEST_F(ImportTest, LoggingRulesChangeNothing) {
   CreateFiles();
-  WriteJson("in.json", {SiteEntry("S")});
-  qputenv("QT_LOGGING_RULES", "*.debug=false");
-  {
+  WriteJson("in.json", {SiteEntry("S"), PathEntry("P")});
+  WriteFile("qtlogging.ini", "[Rules]\n*.debug=false\n");
+  RunSql(Path("m"), "CREATE TRIGGER full BEFORE INSERT ON Paths BEGIN SELECT RAISE(FAIL, 'full'); END");
+  for (const QMap<QString, QString>& variables :
+       {QMap<QString, QString>{{"QT_LOGGING_RULES", "*.debug=false"}},
+        QMap<QString, QString>{{"QT_LOGGING_CONF", Path("qtlogging.ini")}}}) {
+    const auto run = [&] {
+      return RunProgram(TARNBEAM_TOOL, {"import", "m", "t", "in.json", "--wait", "0"}, variables);
+    };
+    const Outcome failed = run();
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_EQ(failed.err, notSaved);
     const Holder reader(Path("m"), "BEGIN; SELECT count(*) FROM sqlite_schema");
-    ExpectFailure({"import", "m", "t", "in.json", "--wait", "0"}, InUse("m"), 3);
+    const Outcome inUse = run();
+    EXPECT_EQ(inUse.status, 3);
+    EXPECT_EQ(inUse.err, "tarnbeam-db: " + InUse("m") + "\n");
   }
-  RunSql(Path("m"), "CREATE TRIGGER full BEFORE INSERT ON Sites BEGIN SELECT RAISE(FAIL, 'full'); END");
-  EXPECT_EQ(Run({"import", "m", "t", "in.json"}).status, 1);
-  qunsetenv("QT_LOGGING_RULES");
 }
 
 TEST_F(ImportTest, AWriteProtectedFileKeepsBothAsTheyAre) {

@@ -26,12 +26,10 @@ void LeaveAfter(const QString& path, const char* sql) {
 }
 
 // So little memory that changed pages reach the file before they are committed.
-const char* const HalfAChange =
+const char* const halfAChange =
     "PRAGMA cache_size = 1; PRAGMA cache_spill = 1; BEGIN; UPDATE Orientation SET TiltDegrees = 1; UPDATE "
-    "Sites SET "
-    "SiteIdentifier = 'gone ' || SiteKey; DELETE FROM AntennaAlignment; UPDATE Geolocation SET "
-    "ElevationMeters = 1; "
-    "UPDATE Height SET HeightInMeters = 1; DELETE FROM Paths";
+    "Sites SET SiteIdentifier = 'gone ' || SiteKey; DELETE FROM AntennaAlignment; UPDATE Geolocation SET "
+    "ElevationMeters = 1; UPDATE Height SET HeightInMeters = 1; DELETE FROM Paths";
 
 class LeftoverTest : public ToolTest {
  protected:
@@ -66,7 +64,7 @@ class LeftoverTest : public ToolTest {
 
 TEST_F(LeftoverTest, AHotJournalIsUndone) {
   const QByteArray before = ReadFile("m");
-  LeaveAfter(Path("m"), HalfAChange);
+  LeaveAfter(Path("m"), halfAChange);
   ASSERT_NE(ReadFile("m"), before);
   ASSERT_TRUE(QFile::exists(Path("m-journal")));
   ExpectRead();
@@ -80,6 +78,7 @@ TEST_F(LeftoverTest, AHotJournalOfTheThresholdsIsUndone) {
              "AzimuthThreshold = 9; UPDATE PathAlignmentThresholds SET AzimuthThreshold = 9; INSERT INTO "
              "PreferencesPathLength VALUES (1, 1); UPDATE AntennaAlignmentThresholds SET TiltThreshold = 9");
   ASSERT_NE(ReadFile("t"), before);
+  ASSERT_TRUE(QFile::exists(Path("t-journal")));
   ExpectRead();
   ExpectChanged();
 }
@@ -112,6 +111,7 @@ TEST_F(LeftoverTest, ALogThatIsCutOffCountsAsFarAsItIsWhole) {
       "PRAGMA journal_mode = WAL; UPDATE Sites SET SiteIdentifier = 'S' || SiteIdentifier; UPDATE "
       "Sites SET SiteIdentifier = substr(SiteIdentifier, 2); UPDATE Sites SET SiteIdentifier = 'lost'");
   QFile log(Path("m-wal"));
+  ASSERT_GT(log.size(), 100);
   ASSERT_TRUE(log.resize(log.size() - 100));
   ASSERT_TRUE(QFile::remove(Path("m-shm")));
   ExpectRead();

@@ -4,8 +4,9 @@
 #include <unistd.h>
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
+#include <memory>
 
 #include "tests/support/DatabaseDump.h"
 #include "tests/tool/ToolTest.h"
@@ -20,18 +21,28 @@ class ReadingTest : public ToolTest {
     listed_ = RunWell({"list", "m", "t"});
   }
 
+  // All that only read, on the two files.
+  static QList<QStringList> Readers() {
+    return {{"list", "m", "t"},
+            {"export", "m", "t"},
+            {"report", "m", "t", "--site", "S"},
+            {"map", "m", "t", "--format", "geojson"},
+            {"diff", "m", "t", "m", "t"},
+            {"check", "m", "t"},
+            {"version", "m"},
+            {"preferences", "m", "t"}};
+  }
+
   // The folder and the files are as they were after each command that reads, and the command succeeded.
   void ExpectReadable() {
     const QStringList files = FilesInFolder();
     QList<QByteArray> contents;
     for (const QString& file : files) contents.append(ReadFile(file));
     EXPECT_EQ(RunUnprivileged({"list", "m", "t"}).out, listed_);
-    for (const QStringList& words :
-         {QStringList{"export", "m", "t"}, QStringList{"report", "m", "t", "--site", "S"},
-          QStringList{"diff", "m", "t", "m", "t"}, QStringList{"check", "m", "t"},
-          QStringList{"version", "m"}, QStringList{"preferences", "m", "t"}}) {
+    for (const QStringList& words : Readers()) {
       const Outcome outcome = RunUnprivileged(words);
       EXPECT_EQ(outcome.status, 0) << outcome.err.toStdString();
+      EXPECT_EQ(outcome.err, QString());
     }
     EXPECT_EQ(FilesInFolder(), files);
     for (int at = 0; at < files.size(); ++at) EXPECT_EQ(ReadFile(files.at(at)), contents.at(at)) << at;
@@ -51,9 +62,27 @@ TEST_F(ReadingTest, WhileAnotherProgramReadsOrChanges) {
 
 TEST_F(ReadingTest, WaitsOnlyForOneThatHasAFileExclusively) {
   const Holder holder(Path("m"), "BEGIN EXCLUSIVE");
-  for (const char* command : {"list", "export", "check"}) {
-    ExpectFailure({command, "m", "t", "--wait", "0"}, InUse("m"), 3);
+  for (const QStringList& words : Readers()) {
+    ExpectFailure(words + QStringList{"--wait", "0"}, InUse("m"), 3);
   }
+}
+
+TEST_F(ReadingTest, WaitsUntilAFileIsFree) {
+  WriteJson("in.json", {SiteEntry("T")});
+  for (const QStringList& words :
+       {QStringList{"list", "m", "t"}, QStringList{"import", "m", "t", "in.json"}}) {
+    auto holder = std::make_unique<Holder>(Path("t"), "BEGIN EXCLUSIVE");
+    ExpectToWait(words + QStringList{"--wait", "60"}, [&holder] { holder.reset(); });
+  }
+  EXPECT_EQ(Rows(Path("m"), "SELECT SiteIdentifier FROM Sites"), (QStringList{"'S'", "'T'"}));
+}
+
+TEST_F(ReadingTest, WaitsTwoSecondsUnlessToldOtherwise) {
+  const Holder holder(Path("m"), "BEGIN EXCLUSIVE");
+  QElapsedTimer timer;
+  timer.start();
+  ExpectFailure({"list", "m", "t"}, InUse("m"), 3);
+  EXPECT_GE(timer.elapsed(), 2000);
 }
 
 TEST_F(ReadingTest, InWalModeAndInAFolderThatCannotBeWritten) {
@@ -76,8 +105,8 @@ TEST_F(ReadingTest, AFileInWalModeIsChangedAndStaysInIt) {
   EXPECT_EQ(Rows(Path("m"), "SELECT SiteIdentifier FROM Sites"), (QStringList{"'S'", "'T'"}));
 }
 
-// Pages of both files are overwritten, one after the other: each command comes to an end, with 4 or, if the
-// page was free or nothing is wrong with it now, with 0.
+// Pages of the main file are overwritten, one after the other: each command comes to an end, with 4 or, if
+// the page was free or nothing is wrong with it now, with 0.
 TEST_F(ReadingTest, DamagedPagesComeToAnEnd) {
   const QByteArray whole = ReadFile("m");
   const int pages = whole.size() / 4096;
@@ -97,7 +126,8 @@ TEST_F(ReadingTest, DamagedPagesComeToAnEnd) {
 TEST_F(ReadingTest, IdentifiersThatAreNoUtf8AreNotLost) {
   RunSql(Path("m"), "UPDATE Sites SET SiteIdentifier = CAST(x'53ff' AS TEXT)");
   EXPECT_EQ(RunWell({"export", "m", "t"}).count("\"sector\""), 1);
-  EXPECT_TRUE(RunWell({"list", "m", "t"}).contains(QString("S") + QChar(QChar::ReplacementCharacter)));
+  EXPECT_EQ(RunWell({"list", "m", "t"}),
+            QString("kind  reports  identifier\nsite        1  S\uFFFD\npath        1  P\n"));
 }
 
 // The library reads zeros in place of rows that are not there.
@@ -107,8 +137,7 @@ TEST_F(ReadingTest, AlignmentsThatAreNotWholeAreNotShown) {
        {QStringList{"export", "m", "t"}, QStringList{"report", "m", "t", "--all"},
         QStringList{"report", "m", "t", "--site", "S"}, QStringList{"list", "m", "t", "--format", "json"},
         QStringList{"map", "m", "t", "--format", "kml"}}) {
-    ExpectFailure(words,
-                  "m: 1 alignment without all the rows that belong to it; 'tarnbeam-db check' tells more", 4);
+    ExpectFailure(words, "m: 1 alignment without all the rows that belong to it" + tellsMore, 4);
   }
   EXPECT_EQ(RunWell({"list", "m", "t"}), listed_);
   EXPECT_EQ(Run({"delete", "m", "t", "--site", "S", "--yes"}).status, 0);
@@ -119,9 +148,7 @@ TEST_F(ReadingTest, AnglesThatAreTooLarge) {
   RunSql(Path("t"), "UPDATE AntennaAlignmentThresholds SET TiltThreshold = 1e39");
   for (const char* format : {"json", "csv"}) {
     ExpectFailure({"export", "m", "t", "--format", format},
-                  "t: row 1 of AntennaAlignmentThresholds holds what is no finite number; 'tarnbeam-db "
-                  "check' tells more",
-                  4);
+                  "t: row 1 of AntennaAlignmentThresholds holds what is no finite number" + tellsMore, 4);
   }
 }
 
@@ -158,23 +185,22 @@ class NameTest : public ToolTest, public testing::WithParamInterface<const char*
 TEST_P(NameTest, MayBeAnything) {
   const QByteArray mainName(GetParam());
   WriteJson("in.json", {SiteEntry("S")});
-  // Through the shell's words, which are bytes.
-  const auto run = [&](const char* words) {
-    qputenv("MAIN_FILE", mainName);
-    QProcess process;
-    process.setWorkingDirectory(Folder());
-    process.start("sh", {"-c", QString("exec \"$0\" %1").arg(words), TARNBEAM_TOOL});
-    EXPECT_TRUE(process.waitForFinished());
-    qunsetenv("MAIN_FILE");
-    return process.exitCode();
+  // Through a variable of the environment, which holds bytes.
+  qputenv("MAIN_FILE", mainName);
+  const auto run = [this](const QString& words) {
+    const Outcome outcome = RunInShell("exec \"$0\" " + words, {});
+    EXPECT_EQ(outcome.status, 0) << words.toStdString() << ": " << outcome.err.toStdString();
+    return outcome.out;
   };
-  EXPECT_EQ(run("create -- \"$MAIN_FILE\" t"), 0);
-  EXPECT_EQ(run("import -- \"$MAIN_FILE\" t in.json"), 0);
-  EXPECT_EQ(run("export -- \"$MAIN_FILE\" t"), 0);
-  EXPECT_EQ(run("check -- \"$MAIN_FILE\" t"), 0);
-  EXPECT_EQ(run("diff -- \"$MAIN_FILE\" t \"$MAIN_FILE\" t"), 0);
-  EXPECT_EQ(run("merge -- \"$MAIN_FILE\" t \"$MAIN_FILE\" t"), 0);
-  EXPECT_EQ(run("delete --site S --yes -- \"$MAIN_FILE\" t"), 0);
+  run("create -- \"$MAIN_FILE\" t");
+  EXPECT_EQ(run("import -- \"$MAIN_FILE\" t in.json"), "1 alignment saved, 1 of sites and 0 of paths\n");
+  run("export -- \"$MAIN_FILE\" t");
+  run("check -- \"$MAIN_FILE\" t");
+  EXPECT_EQ(run("diff -- \"$MAIN_FILE\" t \"$MAIN_FILE\" t"), "");
+  EXPECT_EQ(run("merge -- \"$MAIN_FILE\" t \"$MAIN_FILE\" t"), "0 added, 1 already there, 0 conflicts\n");
+  EXPECT_EQ(run("delete --site S --yes -- \"$MAIN_FILE\" t"), "deleted site S and 1 report\n");
+  EXPECT_EQ(run("list -- \"$MAIN_FILE\" t"), "kind  reports  identifier\n");
+  qunsetenv("MAIN_FILE");
   struct stat status {};
   EXPECT_EQ(stat((Folder().toUtf8() + '/' + mainName).constData(), &status), 0);
   // Qt neither lists nor removes a file whose name is not UTF-8.
@@ -186,21 +212,50 @@ INSTANTIATE_TEST_SUITE_P(Files, NameTest,
                          testing::Values("with blanks", "%1", "file:m", "file:m?mode=ro",
                                          ":memory:", "line\nfeed", "no\xff\xfeutf8", "-m", "a?b*[c]"));
 
-TEST_F(ReadingTest, StandardOutputThatIsClosed) {
+// What is to be told where standard output does not take it.
+const QString unwritable = QStringLiteral("tarnbeam-db: standard output cannot be written");
+
+TEST_F(ReadingTest, WhatCannotBeToldIsAFailure) {
+  RunWell({"create", "om", "ot"});
+  QList<QStringList> commands = Readers();
+  commands.append({"merge", "om", "ot", "m", "t", "--dry-run"});
+  for (QStringList words : commands) {
+    // Between equal pairs there would be nothing to tell.
+    if (words.first() == "diff") words = QStringList{"diff", "m", "t", "om", "ot"};
+    for (const char* output : {">&-", "> /dev/full"}) {
+      const Outcome outcome = RunInShell(QString("exec \"$0\" \"$@\" ") + output, words);
+      EXPECT_EQ(outcome.status, 1) << words.join(' ').toStdString() << output;
+      EXPECT_EQ(outcome.err, unwritable + "\n");
+    }
+  }
+}
+
+TEST_F(ReadingTest, WhatWasDoneIsToldOnStandardErrorInstead) {
   WriteJson("in.json", {SiteEntry("T")});
-  const auto run = [this](const char* words) {
-    QProcess process;
-    process.setWorkingDirectory(Folder());
-    process.start("sh", {"-c", QString("exec \"$0\" %1 >&-").arg(words), TARNBEAM_TOOL});
-    EXPECT_TRUE(process.waitForFinished());
-    return std::make_pair(process.exitCode(), QString::fromUtf8(process.readAllStandardError()));
+  RunSql(Path("t"), "INSERT INTO PathAlignmentThresholds (PathAlignmentKey, PathKey) VALUES (6, 1)");
+  struct Change {
+    QStringList words;
+    const char* done;
+    QString announced;
   };
-  EXPECT_EQ(run("list m t").first, 1);
-  const auto changed = run("import m t in.json");
-  EXPECT_EQ(changed.first, 0);
-  EXPECT_TRUE(changed.second.contains("1 alignment saved, 1 of sites and 0 of paths"))
-      << changed.second.toStdString();
-  EXPECT_EQ(Rows(Path("m"), "SELECT count(*) FROM Sites"), QStringList{"2"});
+  for (const Change& change : std::initializer_list<Change>{
+           {{"create", "nm", "nt"}, "created nm\ncreated nt", {}},
+           {{"import", "nm", "nt", "in.json"}, "1 alignment saved, 1 of sites and 0 of paths", {}},
+           {{"merge", "nm", "nt", "m", "t"}, "2 added, 0 already there, 0 conflicts", {}},
+           {{"repair", "m", "t"},
+            "copied to m.before-repair-1\ncopied to t.before-repair-1\n"
+            "removed from t: 1 (thresholds without path alignment)",
+            {}},
+           {{"delete", "m", "t", "--path", "P", "--yes"},
+            "deleted path P and 1 report",
+            "tarnbeam-db: path P and 1 report will be deleted\n"}}) {
+    const Outcome outcome = RunInShell("exec \"$0\" \"$@\" >&-", change.words);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, change.announced + unwritable + "; this was done:\n" + change.done + "\n");
+  }
+  EXPECT_EQ(RunWell({"list", "nm", "nt"}),
+            "kind  reports  identifier\nsite        1  T\nsite        1  S\npath        1  P\n");
+  EXPECT_EQ(RunWell({"list", "m", "t"}), "kind  reports  identifier\nsite        1  S\n");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <cstdio>
 
 namespace {
 
@@ -56,6 +57,10 @@ Outcome SmallDisk::RunWithRoom(int kilobytes, const QStringList& words) {
 }
 
 void SmallDisk::Sweep(const QStringList& words, int first, int step) {
+  if (LimitsFiles() && GetParam() == Shortage::SmallFileSystem) {
+    std::puts(
+        "[ INSTEAD  ] no file system can be mounted here: files may not grow beyond what it would hold");
+  }
   if (qEnvironmentVariableIntValue("TARNBEAM_FULL_SWEEPS") == 1) step = 4;
   QMap<QString, QByteArray> before;
   for (const QString& name : FilesInFolder()) before[name] = ReadFile(name);

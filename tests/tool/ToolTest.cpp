@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QProcess>
+#include <QRegularExpression>
 
 #include "tests/support/DatabaseDump.h"
 
@@ -68,7 +69,6 @@ void ToolTest::Prepare(QProcess* process) const {
 }
 
 Outcome ToolTest::Finish(QProcess* process) {
-  constexpr int patience = 60'000;
   EXPECT_TRUE(process->waitForFinished(patience)) << process->errorString().toStdString();
   EXPECT_EQ(process->exitStatus(), QProcess::NormalExit);
   return {process->exitCode(), QString::fromUtf8(process->readAllStandardOutput()),
@@ -129,6 +129,29 @@ Outcome ToolTest::RunUnprivileged(const QStringList& words) {
                     QStringList{"--bounding-set", "-dac_override,-dac_read_search", TARNBEAM_TOOL} + words);
 }
 
+Outcome ToolTest::RunInShell(const QString& line, const QStringList& words) {
+  return RunProgram("sh", QStringList{"-c", line, TARNBEAM_TOOL} + words);
+}
+
+Outcome ToolTest::RunWithFileLimit(int blocks, const QStringList& words) {
+  return RunInShell(QString("trap '' XFSZ; ulimit -f %1; exec \"$0\" \"$@\"").arg(blocks), words);
+}
+
+Outcome ToolTest::RunFailing(const QStringList& words, const char* kind, const QString& folder, int number,
+                             const QMap<QString, QString>& variables) {
+  QFile::remove(Path("mark"));
+  QMap<QString, QString> all{{"LD_PRELOAD", TARNBEAM_FAILING_CALLS},
+                             {"ASAN_OPTIONS", "verify_asan_link_order=0:detect_leaks=0"},
+                             {"FAILING_KIND", kind},
+                             {"FAILING_FOLDER", folder + '/'},
+                             {"FAILING_NUMBER", QString::number(number)},
+                             {"FAILING_MARK", Path("mark")}};
+  for (auto one = variables.cbegin(); one != variables.cend(); ++one) all[one.key()] = one.value();
+  return RunProgram(TARNBEAM_TOOL, words, all);
+}
+
+bool ToolTest::HasFailed() const { return QFile::exists(Path("mark")); }
+
 Outcome ToolTest::RunWhileAsked(const QStringList& words, const std::function<void()>& meanwhile) {
   QProcess process;
   Prepare(&process);
@@ -137,12 +160,26 @@ Outcome ToolTest::RunWhileAsked(const QStringList& words, const std::function<vo
   process.setReadChannel(QProcess::StandardError);
   process.start(TARNBEAM_TOOL, words);
   QByteArray said;
-  while (!said.endsWith("[y/N] ") && process.waitForReadyRead()) said += process.readAllStandardError();
+  while (!said.endsWith("[y/N] ") && process.waitForReadyRead(patience))
+    said += process.readAllStandardError();
+  EXPECT_TRUE(said.endsWith("[y/N] ")) << said.constData();
   meanwhile();
   terminal.Type("y\n");
   Outcome outcome = Finish(&process);
   outcome.err.prepend(QString::fromUtf8(said));
   return outcome;
+}
+
+void ToolTest::ExpectToWait(const QStringList& words, const std::function<void()>& release) {
+  QProcess process;
+  Prepare(&process);
+  process.start(TARNBEAM_TOOL, words);
+  // One that does not wait has ended by then.
+  constexpr int milliseconds = 500;
+  EXPECT_FALSE(process.waitForFinished(milliseconds));
+  release();
+  const Outcome outcome = Finish(&process);
+  EXPECT_EQ(outcome.status, 0) << outcome.err.toStdString();
 }
 
 QString ToolTest::RunWell(const QStringList& words) {
@@ -159,12 +196,26 @@ void ToolTest::ExpectFailure(const QStringList& words, const QString& message, i
   EXPECT_EQ(outcome.err, "tarnbeam-db: " + message + "\n");
 }
 
+void ToolTest::ExpectDamaged(const QStringList& words, const QString& file, const QString& help) {
+  const Outcome outcome = Run(words);
+  EXPECT_EQ(outcome.status, 4);
+  EXPECT_EQ(outcome.out, QString());
+  const QString pattern = "tarnbeam-db: " + QRegularExpression::escape(file) + ": is damaged \\([^\n]+\\)" +
+                          QRegularExpression::escape(help) + "\n";
+  EXPECT_TRUE(QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(outcome.err).hasMatch())
+      << outcome.err.toStdString();
+}
+
 void ToolTest::CreateFiles() { EXPECT_EQ(RunWell({"create", "m", "t"}), "created m\ncreated t\n"); }
 
 void ToolTest::CreateFilesWith(const QJsonArray& entries) {
   CreateFiles();
   WriteJson("in.json", entries);
   RunWell({"import", "m", "t", "in.json"});
+}
+
+void ToolTest::LoadEarlier(const QString& name, int version) {
+  LoadSqlFile(Path(name), QString(TARNBEAM_GOLDEN_FOLDER "/version_%1.sql").arg(version));
 }
 
 void ToolTest::WriteFile(const QString& name, const QByteArray& content) {

@@ -36,6 +36,13 @@ class Holder {
 
 // What the program says about a file that another one has in use.
 QString InUse(const QString& file);
+// What it adds where a file is damaged.
+const QString tellsMore = QStringLiteral("; 'tarnbeam-db check' tells more");
+// What it says of files that belong to different pairs.
+const QString noPair =
+    QStringLiteral(": are no pair: every thresholds row names another site or path than its alignment");
+// The milliseconds after which a run of the program counts as one that does not come to its end.
+constexpr int patience = 60'000;
 // What wrong usage ends with.
 const QString hint = QStringLiteral("\nTry 'tarnbeam-db --help' or 'tarnbeam-db COMMAND --help'.");
 
@@ -51,17 +58,31 @@ class ToolTest : public testing::Test {
                      const QMap<QString, QString>& variables = {});
   // The same by an ordinary user, for whom permissions count.
   Outcome RunUnprivileged(const QStringList& words);
+  // The program as "$0" with its words as "$@" in a line of a shell, which may limit it or close its output.
+  Outcome RunInShell(const QString& line, const QStringList& words);
+  // No file may grow beyond so many blocks of 512 bytes, as on a full disk.
+  Outcome RunWithFileLimit(int blocks, const QStringList& words);
+  // One of its reads or writes, of files in a folder (FailingCalls.cpp), fails; whether it came to that.
+  Outcome RunFailing(const QStringList& words, const char* kind, const QString& folder, int number,
+                     const QMap<QString, QString>& variables = {});
+  bool HasFailed() const;
   // Does something while the program waits for an answer on its terminal, and then answers yes.
   Outcome RunWhileAsked(const QStringList& words, const std::function<void()>& meanwhile);
+  // The program has to wait for what another one holds until that is released, and then to succeed.
+  void ExpectToWait(const QStringList& words, const std::function<void()>& release);
   // Expects success and silence on standard error, and returns standard output.
   QString RunWell(const QStringList& words);
   // Expects the exit status, nothing on standard output and these lines, after the program's name, on
   // standard error.
   void ExpectFailure(const QStringList& words, const QString& message, int status = 1);
+  // The same for a damaged file, of which SQLite says in words of its own what is wrong.
+  void ExpectDamaged(const QStringList& words, const QString& file, const QString& help = tellsMore);
 
   // Makes main and thresholds file, named m and t, and saves the entries.
   void CreateFiles();
   void CreateFilesWith(const QJsonArray& entries);
+  // The main file of an earlier version that the tests of all rooms share.
+  void LoadEarlier(const QString& name, int version);
 
   QString Path(const QString& name) const { return folder_.Path(name); }
   QString Folder() const { return folder_.Folder(); }

@@ -1,11 +1,18 @@
 // Arguments, help, exit status.
+#include <QRegularExpression>
+
 #include "tests/tool/ToolTest.h"
 
 namespace {
 
+const char* const noMoment =
+    " must be a date such as 2024-05-14, or a date and time such as 2024-05-14T09:12:33+02:00";
+const char* const noSeparator = "--separator must be one character, and no quote or line end";
+const char* const noRay = "--ray must be a number of metres above 0, at most 20000000";
+
 struct Misuse {
   QStringList words;
-  const char* message;
+  QString message;
 };
 
 class WrongUsageTest : public ToolTest, public testing::WithParamInterface<Misuse> {};
@@ -45,6 +52,28 @@ INSTANTIATE_TEST_SUITE_P(
         Misuse{{"report", "m", "t", "--site", "S", "--format", "xml"}, "--format must be table, json or csv"},
         Misuse{{"report", "m", "t", "--site", "S", "--format", "csv", "--pdf", "."},
                "--format and --pdf exclude each other"},
+        Misuse{{"report", "m", "t", "--all", "--site", "A"}, "--all goes with neither --site nor --path"},
+        Misuse{{"report", "m", "t", "--all", "--title", "x"}, "--title goes with --pdf alone"},
+        Misuse{{"report", "m", "t", "--all", "--time-zone", "UTC"}, "--time-zone goes with --pdf alone"},
+        Misuse{{"report", "m", "t", "--all", "--pdf", ".", "--time-zone", "Mars"},
+               "--time-zone must be the name of a time zone, such as Europe/Oslo"},
+        Misuse{{"list", "m", "t", "--since", "yesterday"}, QString("--since") + noMoment},
+        Misuse{{"export", "m", "t", "--until", "2024"}, QString("--until") + noMoment},
+        Misuse{{"list", "m", "t", "--format", "csv", "--separator", ""}, noSeparator},
+        Misuse{{"list", "m", "t", "--format", "csv", "--separator", "ab"}, noSeparator},
+        Misuse{{"list", "m", "t", "--format", "csv", "--separator", "\""}, noSeparator},
+        Misuse{{"list", "m", "t", "--bom"}, "--bom goes with --format csv alone"},
+        Misuse{{"list", "m", "t", "--format", "json", "--separator", ";"},
+               "--separator goes with --format csv alone"},
+        Misuse{{"list", "m", "t", "--format", "ndjson"}, "--format must be table, json or csv"},
+        Misuse{{"export", "m", "t", "--format", "table"}, "--format must be json, ndjson or csv"},
+        Misuse{{"check", "m", "t", "--format", "csv"}, "--format must be table or json"},
+        Misuse{{"preferences", "m", "t", "--format", "csv"}, "--format must be table or json"},
+        Misuse{{"version", "m", "--format", "csv"}, "--format must be table or json"},
+        Misuse{{"map", "m", "t"}, "--format must be geojson or kml"},
+        Misuse{{"map", "m", "t", "--format", "kml", "--ray", "0"}, noRay},
+        Misuse{{"map", "m", "t", "--format", "kml", "--ray", "20000001"}, noRay},
+        Misuse{{"map", "m", "t", "--format", "kml", "--ray", "nan"}, noRay},
         Misuse{{"delete", "m", "t"}, "either --site or --path has to be given"},
         Misuse{{"delete", "m", "t", "--site", "S", "--index", "one"}, "--index must be a number from 0"},
         Misuse{{"delete", "m", "t", "--site", "S", "--index=-1"}, "--index must be a number from 0"},
@@ -56,42 +85,69 @@ INSTANTIATE_TEST_SUITE_P(
 
 struct Help {
   const char* command;
-  const char* usage;
+  const char* operands;
+  // Besides those that every command has.
+  QStringList options;
 };
+
+const QStringList filters{"failed", "latest", "sector", "since", "until"};
+const QStringList csv{"bom", "format", "separator"};
+
+const std::vector<Help>& Helps() {
+  static const std::vector<Help> helps{
+      {"create", "MAIN THRESHOLDS", {}},
+      {"import", "MAIN THRESHOLDS FILE.json", {"skip-existing"}},
+      {"list", "MAIN [THRESHOLDS]", filters + csv},
+      {"report", "MAIN [THRESHOLDS]",
+       filters + csv + QStringList{"site", "path", "all", "pdf", "title", "time-zone"}},
+      {"export", "MAIN [THRESHOLDS]", filters + csv},
+      {"map", "MAIN [THRESHOLDS]", filters + QStringList{"format", "ray"}},
+      {"delete", "MAIN THRESHOLDS", {"site", "path", "index", "yes"}},
+      {"merge", "MAIN THRESHOLDS SOURCE_MAIN [SOURCE_THRESHOLDS] ...", {"dry-run"}},
+      {"diff", "MAIN [THRESHOLDS] OTHER_MAIN [OTHER_THRESHOLDS]", csv},
+      {"backup", "MAIN [THRESHOLDS] FOLDER", {}},
+      {"restore", "FOLDER MAIN [THRESHOLDS]", {"yes"}},
+      {"check", "MAIN [THRESHOLDS]", {"strict", "format"}},
+      {"repair", "MAIN THRESHOLDS", {"dry-run"}},
+      {"salvage", "MAIN [THRESHOLDS] NEW_MAIN NEW_THRESHOLDS", {}},
+      {"version", "MAIN", {"format"}},
+      {"migrate", "MAIN [THRESHOLDS]", {"backup", "accept-losses"}},
+      {"preferences", "MAIN [THRESHOLDS]", {"format"}}};
+  return helps;
+}
+
+// What a text names where lines begin so, sorted.
+QStringList NamedIn(const QString& text, const char* pattern) {
+  QStringList names;
+  const QRegularExpression line(pattern, QRegularExpression::MultilineOption);
+  for (auto found = line.globalMatch(text); found.hasNext();) names.append(found.next().captured(1));
+  names.sort();
+  return names;
+}
 
 class HelpTest : public ToolTest, public testing::WithParamInterface<Help> {};
 
 TEST_P(HelpTest, NamesOperandsAndOptions) {
-  const QString command = GetParam().command;
-  const QString text = RunWell({command, "--help"});
-  EXPECT_EQ(text.section('\n', 0, 0), QString("Usage: tarnbeam-db %1").arg(GetParam().usage));
-  EXPECT_TRUE(text.contains("\n  --verbose ")) << text.toStdString();
-  EXPECT_EQ(text.contains("  --site <ID> "), command == "report" || command == "delete");
-  EXPECT_TRUE(RunWell({"--help"}).contains("\n  " + command + " "));
+  const Help& help = GetParam();
+  const QString text = RunWell({help.command, "--help"});
+  EXPECT_EQ(text.section('\n', 0, 0),
+            QString("Usage: tarnbeam-db %1 %2 [options]").arg(help.command, help.operands));
+  QStringList options = help.options + QStringList{"help", "verbose", "wait"};
+  options.sort();
+  EXPECT_EQ(NamedIn(text, "^  (?:-[a-z], )?--([a-z-]+) "), options);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Usage, HelpTest,
-    testing::Values(Help{"create", "create MAIN THRESHOLDS [options]"},
-                    Help{"import", "import MAIN THRESHOLDS FILE.json [options]"},
-                    Help{"list", "list MAIN [THRESHOLDS] [options]"},
-                    Help{"report", "report MAIN [THRESHOLDS] [options]"},
-                    Help{"delete", "delete MAIN THRESHOLDS [options]"},
-                    Help{"version", "version MAIN [options]"},
-                    Help{"migrate", "migrate MAIN [THRESHOLDS] [options]"},
-                    Help{"check", "check MAIN [THRESHOLDS] [options]"},
-                    Help{"merge",
-                         "merge MAIN THRESHOLDS SOURCE_MAIN [SOURCE_THRESHOLDS] ... "
-                         "[options]"},
-                    Help{"diff", "diff MAIN [THRESHOLDS] OTHER_MAIN [OTHER_THRESHOLDS] [options]"},
-                    Help{"export", "export MAIN [THRESHOLDS] [options]"},
-                    Help{"backup", "backup MAIN [THRESHOLDS] FOLDER [options]"},
-                    Help{"restore", "restore FOLDER MAIN [THRESHOLDS] [options]"},
-                    Help{"repair", "repair MAIN THRESHOLDS [options]"},
-                    Help{"salvage", "salvage MAIN [THRESHOLDS] NEW_MAIN NEW_THRESHOLDS [options]"},
-                    Help{"preferences", "preferences MAIN [THRESHOLDS] [options]"}));
+INSTANTIATE_TEST_SUITE_P(Usage, HelpTest, testing::ValuesIn(Helps()),
+                         [](const testing::TestParamInfo<Help>& test) { return test.param.command; });
 
 using UsageTest = ToolTest;
+
+TEST_F(UsageTest, TheOverviewNamesEveryCommand) {
+  QStringList commands;
+  for (const Help& help : Helps()) commands.append(help.command);
+  commands.sort();
+  EXPECT_EQ(NamedIn(RunWell({"--help"}), "^  ([a-z]+) "), commands);
+}
 
 TEST_F(UsageTest, VersionOfTheProgram) {
   EXPECT_EQ(RunWell({"--version"}), "tarnbeam-db " TARNBEAM_VERSION "\n");

@@ -57,6 +57,23 @@ TEST(CsvTest, ReportOfASite) {
             "-0.75,0.15,0.25,fail\r\n");
 }
 
+TEST(CsvTest, ReportOfAPath) {
+  Written written;
+  AlignmentCsvWriter writer(written.Sink(), CsvForm(), AlignmentColumns::OfReport(Kind::Path));
+  writer.Write(ReportsOf({SamplePath()}));
+  EXPECT_EQ(
+      written.Text(),
+      "index,key,kind,identifier,time,target.azimuth [°],target.tilt [°],target.roll [°],"
+      "measured.azimuth [°],measured.tilt [°],measured.roll [°],location.latitude [°N],"
+      "location.longitude [°E],location.elevation [m],farEnd.latitude [°N],farEnd.longitude [°E],"
+      "farEnd.elevation [m],height.value [m],height.source,options.azimuthOffset [°],"
+      "options.tiltInversion,options.note,options.thresholds.azimuth [°],options.thresholds.tilt [°],"
+      "options.thresholds.pathLength,deviation.azimuth,deviation.tilt,deviation.roll,verdict\r\n"
+      "3,7,path,Żuławy,2024-05-14T07:12:33Z,0.5,-2.25,0.125,359.75,-2.1,0.375,59.318742,10.477905,38.4,"
+      "54.152287,19.408831,27.75,31.5,gps,90,true,\"Grüße, \"\"Ole\"\"\nline 2\",1.5,0.125,1000.5,-0.75,"
+      "0.15,,fail\r\n");
+}
+
 TEST(CsvTest, ExportHasTheColumnsOfBothKinds) {
   Written written;
   AlignmentCsvWriter writer(written.Sink(), CsvForm{QLatin1Char(';'), true, false},

@@ -6,7 +6,9 @@
 
 #include "tests/support/PrintQt.h"
 #include "tests/tool/formats/Samples.h"
+#include "tool/formats/AlignmentCsv.h"
 #include "tool/formats/AlignmentDiff.h"
+#include "tool/formats/AlignmentJson.h"
 
 namespace {
 
@@ -99,27 +101,34 @@ TEST(DiffTest, Json) {
   QJsonParseError error{};
   const QJsonObject object = QJsonDocument::fromJson(written.Text(), &error).object();
   EXPECT_EQ(error.error, QJsonParseError::NoError);
-  EXPECT_EQ(object.keys(), (QStringList{"changed", "onlyInFirst", "onlyInSecond"}));
-  EXPECT_EQ(object["onlyInFirst"].toArray().size(), 1);
-  EXPECT_EQ(object["onlyInSecond"].toArray().size(), 2);
-  const QJsonObject changed = object["changed"].toArray().at(0).toObject();
-  EXPECT_EQ(changed["fields"].toArray(), QJsonArray{"measured.tilt"});
-  EXPECT_EQ(changed["first"].toObject()["measured"].toObject()["tilt"], 0);
-  EXPECT_EQ(changed["second"].toObject()["measured"].toObject()["tilt"], 1);
+  const auto exported = [](const Alignment& alignment) {
+    return AlignmentJson::ToObject(alignment, AlignmentJson::Uid::With);
+  };
+  EXPECT_EQ(object,
+            (QJsonObject{{"onlyInFirst", QJsonArray{exported(Site("A"))}},
+                         {"onlyInSecond", QJsonArray{exported(Site("C")), exported(Site("D"))}},
+                         {"changed", QJsonArray{QJsonObject{{"first", exported(Site("B"))},
+                                                            {"second", exported(Site("B", 1))},
+                                                            {"fields", QJsonArray{"measured.tilt"}}}}}}));
 }
 
+// The lines of an export, each after the side that it stands on.
 TEST(DiffTest, Csv) {
   Written written;
   WriteDiffCsv(AlignmentDiff({Site("A"), Site("B")}, {Site("B", 1), Site("C")}), CsvForm(), written.Sink());
+  Written exported;
+  AlignmentCsvWriter writer(exported.Sink(), CsvForm(), AlignmentColumns::OfExport());
+  writer.Write(ReportsOf({Site("A"), Site("C"), Site("B"), Site("B", 1)}));
+  writer.End();
   // The notes have a line feed each.
-  const QByteArrayList lines = written.Text().split('\r');
+  const QByteArrayList lines = exported.Text().split('\r');
   ASSERT_EQ(lines.size(), 6);
-  EXPECT_TRUE(lines[0].startsWith("side,key,kind,identifier,")) << lines[0].constData();
-  EXPECT_TRUE(lines[0].endsWith(",verdict,uid"));
-  EXPECT_TRUE(lines[1].startsWith("\nfirst,7,site,A,"));
-  EXPECT_TRUE(lines[2].startsWith("\nsecond,7,site,C,"));
-  EXPECT_TRUE(lines[3].startsWith("\nchanged.first,7,site,B,"));
-  EXPECT_TRUE(lines[4].startsWith("\nchanged.second,7,site,B,"));
+  QByteArray expected = "side," + lines[0];
+  int number = 0;
+  for (const char* side : {"first", "second", "changed.first", "changed.second"}) {
+    expected += QByteArray("\r\n") + side + ',' + lines[++number].mid(1);
+  }
+  EXPECT_EQ(written.Text(), expected + "\r\n");
 }
 
 TEST(DiffTest, Table) {

@@ -39,15 +39,11 @@ TEST(JsonReaderTest, WhatIsWrittenIsRead) {
   const std::vector<Alignment> read =
       Read('[' + Entry(SampleSite()) + ",\t\r\n" + Entry(SamplePath()) + "]\n");
   ASSERT_EQ(read.size(), 2U);
-  EXPECT_EQ(Entry(read.at(0)).replace("\"deviation\": 0,", ""), Entry([] {
-                                                                  Alignment a = SampleSite();
-                                                                  a.azimuthDeviation = a.tiltDeviation =
-                                                                      a.rollDeviation = 0;
-                                                                  return a;
-                                                                }())
-                                                                    .replace("\"deviation\": 0,", ""));
-  EXPECT_EQ(read.at(1).farLatitude, 54.152287);
-  EXPECT_EQ(read.at(1).pathLengthThreshold, 1000.5F);
+  for (Alignment written : {SampleSite(), SamplePath()}) {
+    // What is derived is not read.
+    written.azimuthDeviation = written.tiltDeviation = written.rollDeviation = 0;
+    EXPECT_EQ(Entry(read.at(written.kind == Kind::Site ? 0 : 1)), Entry(written));
+  }
   EXPECT_TRUE(Read("[]").empty());
   EXPECT_TRUE(Read(" [ ] ").empty());
 }
@@ -199,8 +195,6 @@ TEST(JsonReaderTest, UnknownMembers) {
 }
 
 TEST(JsonReaderTest, WhatIsDerivedMayBeAnything) {
-  EXPECT_EQ(WrongAfter(Entry(SampleSite()), "\"kind\"", "\"x\": 1, \"kind\""),
-            "f: entry 1: x is not a field of a site alignment");
   QJsonObject entry = AlignmentJson::ToObject(SampleSite(), AlignmentJson::Uid::Without);
   entry["judgement"] = QJsonArray{1};
   entry["verdict"] = QJsonValue::Null;

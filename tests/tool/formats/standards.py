@@ -97,6 +97,8 @@ class Standards(unittest.TestCase):
         collection = json.loads(tool("map", "--format", "geojson"))
         self.assertEqual(set(collection), {"type", "features"})
         self.assertEqual(collection["type"], "FeatureCollection")
+        self.assertEqual({feature["geometry"]["type"] for feature in collection["features"]},
+                         {"Point", "LineString", "MultiLineString"})
         for feature in collection["features"]:
             self.assertEqual(set(feature), {"type", "geometry", "properties"})
             self.assertEqual(feature["type"], "Feature")
@@ -183,15 +185,15 @@ class Standards(unittest.TestCase):
         self.assertEqual(checked, 2 * len(newest))
 
     def test_paths_of_the_survey_point_at_their_far_ends(self):
-        for entry in json.loads(tool("export")):
-            if entry["kind"] == "path":
-                here, there = entry["location"], entry["farEnd"]
-                asked = "%(latitude)r %(longitude)r" % here + " %(latitude)r %(longitude)r" % there
-                bearing = float(run("GeodSolve", "-i", stdin=asked.encode()).split()[0]) % 360
-                self.assertLess(abs(entry["target"]["azimuth"] - bearing), 0.01, entry["identifier"])
-                rise = there["elevation"] - here["elevation"] - entry["height"]["value"]
-                distance = float(run("GeodSolve", "-i", stdin=asked.encode()).split()[2])
-                self.assertLess(abs(entry["target"]["tilt"] - math.degrees(math.atan2(rise, distance))), 0.1)
+        paths = [entry for entry in json.loads(tool("export")) if entry["kind"] == "path"]
+        self.assertEqual(len(paths), 4)
+        for entry in paths:
+            here, there = entry["location"], entry["farEnd"]
+            asked = "%(latitude)r %(longitude)r" % here + " %(latitude)r %(longitude)r" % there
+            bearing, _, distance = map(float, run("GeodSolve", "-i", stdin=asked.encode()).split())
+            self.assertLess(abs(entry["target"]["azimuth"] - bearing % 360), 0.01, entry["identifier"])
+            rise = there["elevation"] - here["elevation"] - entry["height"]["value"]
+            self.assertLess(abs(entry["target"]["tilt"] - math.degrees(math.atan2(rise, distance))), 0.1)
 
     def test_csv_is_rfc_4180(self):
         content = tool("export", "--format", "csv")
