@@ -137,7 +137,7 @@ TEST_F(LeftoverTest, PrivateCopiesGoWithTheirJournals) {
 TEST_F(LeftoverTest, AJournalThatCannotBeTakenAwayIsAFailure) {
   ASSERT_TRUE(QDir(Folder()).mkdir("ro"));
   for (const char* name : {"m", "t"}) ASSERT_TRUE(QFile::rename(Path(name), Path(QString("ro/") + name)));
-  LeaveAfter(Path("ro/m"), HalfAChange);
+  LeaveAfter(Path("ro/m"), halfAChange);
   ASSERT_TRUE(QFile::setPermissions(Path("ro"), QFile::ReadOwner | QFile::ExeOwner));
   const Outcome outcome = RunUnprivileged({"repair", "ro/m", "ro/t", "--wait", "0"});
   ASSERT_TRUE(QFile::setPermissions(Path("ro"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
