@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <utility>
+
 #include "core/DebugLog.h"
 #include "core/Statement.h"
 #include "migration/Conversion.h"
@@ -100,11 +102,11 @@ bool DeleteUnused(sqlite3* db, QVector<int>* referenced, const CleanupTexts& tex
   if (!ReadKeys(&select, {&keys})) return false;
   select.Finalize();
   QVector<int> unused;
-  for (const int key : qAsConst(keys)) {
+  for (const int key : std::as_const(keys)) {
     if (!referenced->contains(key)) unused.append(key);
   }
   LogDebug(texts.count, unused.size());
-  for (const int key : qAsConst(unused)) {
+  for (const int key : std::as_const(unused)) {
     LogDebug(texts.deleting, key);
     if (!DeleteKey(db, texts, key)) {
       LogDebug("Failed to delete a record, aborting");

@@ -47,7 +47,8 @@ void AntennaAlignmentPdfReportData::SortReportData() {
   if (records.size() < 2) return;
   std::vector<std::pair<SortKey, IAntennaAlignmentReportData*>> keyed;
   keyed.reserve(static_cast<size_t>(records.size()));
-  for (IAntennaAlignmentReportData* record : qAsConst(records)) keyed.emplace_back(SortKey(record), record);
+  for (IAntennaAlignmentReportData* record : std::as_const(records))
+    keyed.emplace_back(SortKey(record), record);
   std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   std::transform(keyed.cbegin(), keyed.cend(), records.begin(),
                  [](const auto& entry) { return entry.second; });

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QTimeZone>
 #include <cmath>
 #include <initializer_list>
 #include <memory>
@@ -20,7 +21,7 @@
 
 namespace {
 
-const QDateTime someTime(QDate(2020, 2, 29), QTime(12, 30), Qt::UTC);
+const QDateTime someTime(QDate(2020, 2, 29), QTime(12, 30), QTimeZone::utc());
 
 TEST(OrientationTest, AnswersItsAngles) {
   const Orientation orientation(10.5F, -2.25F, 3.0F);

@@ -8,11 +8,13 @@ architecture=$(dpkg --print-architecture)
 triplet=$(dpkg-architecture -qDEB_HOST_MULTIARCH)
 if [ "$qt" = 5 ]; then
   runtime=libtarnbeamdatabase1 development=libtarnbeamdatabase-dev tool=tarnbeam-db
-  qt_runtime=libqt5core5a qt_development=qtbase5-dev
+  qt_development=qtbase5-dev
 else
   runtime=libtarnbeamdatabaseqt$qt-1 development=libtarnbeamdatabaseqt$qt-dev tool=tarnbeam-db-qt$qt
-  qt_runtime=libqt${qt}core$qt qt_development=qt$qt-base-dev
+  qt_development=qt$qt-base-dev
 fi
+# Its name differs between releases.
+qt_runtime=$(dpkg-query -S "*/libQt${qt}Core.so.$qt" | sed 's/:.*//' | sort -u)
 cpack -G DEB --config "$build/CPackConfig.cmake" -B "$work/packages" >"$work/log" 2>&1 ||
   { cat "$work/log"; fail "cpack"; }
 

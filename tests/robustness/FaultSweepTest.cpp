@@ -1,6 +1,8 @@
 // Every call that an operation of a store makes to SQLite fails in turn, once, with every code it may return.
 #include <sqlite3.h>
 
+#include <utility>
+
 #include "tests/robustness/SweptOperation.h"
 #include "tests/support/ChildProcess.h"
 
@@ -47,7 +49,7 @@ class FaultSweep : public SweptOperation<FaultSweep> {
   // Every failure writes a line that is not there without it, except the failure of a step.
   void ExpectLine(const QString& failed) {
     QStringList lines = log_.TakeLines();
-    for (const QString& line : qAsConst(cleanLines_)) lines.removeOne(line);
+    for (const QString& line : std::as_const(cleanLines_)) lines.removeOne(line);
     const bool logged = !lines.isEmpty() || failed.startsWith(QLatin1String("step"));
     EXPECT_TRUE(logged) << "nothing is logged";
     EXPECT_EQ(log_.Misfits(), QStringList());

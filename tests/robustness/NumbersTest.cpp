@@ -112,12 +112,12 @@ TEST_P(NumbersTest, TimesAtTheirLimits) {
     int stored;
     unsigned int read;
   } samples[] = {
-      {QDateTime::fromMSecsSinceEpoch(0, Qt::UTC), 0, 0},
-      {QDateTime::fromMSecsSinceEpoch(2147483647999, Qt::UTC), 2147483647, 2147483647U},
-      {QDateTime::fromMSecsSinceEpoch(2147483648000, Qt::UTC), std::numeric_limits<int>::min(), 2147483648U},
-      {QDateTime::fromMSecsSinceEpoch(4294967294000, Qt::UTC), -2, 4294967294U},
-      {QDateTime::fromMSecsSinceEpoch(-1000, Qt::UTC), -1, 4294967295U},
-      {QDateTime::fromMSecsSinceEpoch(4294967296000, Qt::UTC), -1, 4294967295U},
+      {QDateTime::fromMSecsSinceEpoch(0).toUTC(), 0, 0},
+      {QDateTime::fromMSecsSinceEpoch(2147483647999).toUTC(), 2147483647, 2147483647U},
+      {QDateTime::fromMSecsSinceEpoch(2147483648000).toUTC(), std::numeric_limits<int>::min(), 2147483648U},
+      {QDateTime::fromMSecsSinceEpoch(4294967294000).toUTC(), -2, 4294967294U},
+      {QDateTime::fromMSecsSinceEpoch(-1000).toUTC(), -1, 4294967295U},
+      {QDateTime::fromMSecsSinceEpoch(4294967296000).toUTC(), -1, 4294967295U},
       {QDateTime(), -1, 4294967295U},
   };
   int number = 0;

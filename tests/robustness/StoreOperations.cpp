@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <set>
+#include <utility>
 
 #include "model/AlignerModel.h"
 #include "model/IAntennaAlignmentReportData.h"
@@ -60,7 +61,7 @@ QString SiteReports(AlignmentDatabaseStore* store) {
       store->GetAlignmentReportDataForSite(identifier));
   if (!reports) return QStringLiteral("null");
   QStringList records;
-  for (const IAntennaAlignmentReportData* record : qAsConst(*reports->AlignmentData())) {
+  for (const IAntennaAlignmentReportData* record : std::as_const(*reports->AlignmentData())) {
     records.append(
         Written(*record, record->AntennaAlignmentKey(), record->GetMeasurementOptions()->RollThreshold()));
   }
@@ -72,7 +73,7 @@ QString PathReports(AlignmentDatabaseStore* store) {
       store->GetPathAlignmentReportDataForSite(QStringLiteral("Path 1")));
   if (!reports) return QStringLiteral("null");
   QStringList records;
-  for (const IPathAlignmentReportData* record : qAsConst(*reports->PathData())) {
+  for (const IPathAlignmentReportData* record : std::as_const(*reports->PathData())) {
     records.append(
         Written(*record, record->PathAlignmentKey(), record->GetMeasurementOptions()->PathLengthThreshold()));
   }

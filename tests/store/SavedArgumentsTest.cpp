@@ -217,7 +217,7 @@ TEST_P(SavedArgumentsTest, TimesAreWholeSecondsIn32Bits) {
       {QDateTime::fromMSecsSinceEpoch(1500000000999), "1500000000"},
       {QDateTime::fromMSecsSinceEpoch(0), "0"},
       {QDateTime::fromMSecsSinceEpoch(2147483648000), "-2147483648"},
-      {QDateTime(QDate(2017, 7, 14), QTime(4, 40), Qt::OffsetFromUTC, 7200), "1500000000"},
+      {QDateTime::fromString("2017-07-14T04:40:00+02:00", Qt::ISODate), "1500000000"},
       {QDateTime(), "-1"},
   };
   for (const auto& time : times) {

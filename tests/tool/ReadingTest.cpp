@@ -109,7 +109,7 @@ TEST_F(ReadingTest, AFileInWalModeIsChangedAndStaysInIt) {
 // the page was free or nothing is wrong with it now, with 0.
 TEST_F(ReadingTest, DamagedPagesComeToAnEnd) {
   const QByteArray whole = ReadFile("m");
-  const int pages = whole.size() / 4096;
+  const int pages = static_cast<int>(whole.size() / 4096);
   int damaged = 0;
   for (int page = 0; page < pages; ++page) {
     for (const char filling : {'\0', '\x55', '\xff'}) {

@@ -151,7 +151,7 @@ TEST_F(ReportTest, ManyReportsTakeSeveralPages) {
   RunWell({"import", "m", "t", "more.json"});
   RunWell({"report", "m", "t", "--site", "B", "--pdf", "."});
   // 21 blocks of which between three and seven fit.
-  const int pages = ReadFile("B-A-Report.pdf").count("/Type /Page\n");
+  const auto pages = ReadFile("B-A-Report.pdf").count("/Type /Page\n");
   EXPECT_GE(pages, 3);
   EXPECT_LE(pages, 7);
 }

@@ -17,7 +17,7 @@ constexpr int alignmentCount = 240;
 
 // Told apart by every field that has room for it.
 QJsonObject Numbered(QJsonObject entry, int number) {
-  entry["time"] = QDateTime::fromSecsSinceEpoch(1'700'000'000 + number, Qt::UTC).toString(Qt::ISODate);
+  entry["time"] = QDateTime::fromSecsSinceEpoch(1'700'000'000 + number).toUTC().toString(Qt::ISODate);
   // Some notes go beyond a page.
   const QString note = QString("note %1 ").arg(number) + QString(number % 40 == 7 ? 9000 : number % 50, 'n');
   for (const auto& [name, value] : {std::pair<const char*, QJsonValue>{"options.note", note},
@@ -273,7 +273,7 @@ class Damaging {
  private:
   void Hit(int number) {
     QByteArray& file = files_[number];
-    const int page = random_.bounded(file.size() / pageSize);
+    const int page = random_.bounded(static_cast<int>(file.size() / pageSize));
     const int kind = random_.bounded(6);
     if (kind == 0 && page > 2) {
       file.truncate(page * pageSize + random_.bounded(pageSize));

@@ -7,6 +7,7 @@
 #include <QtEndian>
 #include <array>
 #include <cerrno>
+#include <utility>
 
 #include "tool/Console.h"
 #include "tool/FileName.h"
@@ -258,7 +259,7 @@ void Replacement::Settle() const {
   for (const Target& target : targets_) {
     if (target.exists) journals.append(JournalOf(target.path));
   }
-  for (const QByteArray& journal : qAsConst(journals)) {
+  for (const QByteArray& journal : std::as_const(journals)) {
     const bool removed = unlink(journal.constData()) == 0;
     if (journal != journals.first()) continue;
     if (!removed) FailWithErrno(journal);

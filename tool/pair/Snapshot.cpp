@@ -54,7 +54,7 @@ std::vector<Snapshot::Summary> SummariesOf(const PrivatePair& files, Kind kind) 
     const Count count = counts.value(owners.Int(0));
     QDateTime last;
     if (count.reports > 0 && count.lastMeasured >= 0) {
-      last = QDateTime::fromSecsSinceEpoch(count.lastMeasured, Qt::UTC);
+      last = QDateTime::fromSecsSinceEpoch(count.lastMeasured).toUTC();
     }
     summaries.push_back({kind, owners.Int(0), owners.Text(1), count.reports, last});
   }

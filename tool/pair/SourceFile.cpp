@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "tool/Console.h"
@@ -126,7 +127,7 @@ QByteArray SourceFile::SuperJournal(int journal, off_t size) const {
   QByteArray name(static_cast<int>(length), '\0');
   if (!ReadAt(journal, size - tailSize - static_cast<off_t>(length), name.data(), length)) return {};
   quint32 sum = BigEndian(tail.data() + 4);
-  for (const char character : qAsConst(name)) sum -= static_cast<quint32>(character);
+  for (const char character : std::as_const(name)) sum -= static_cast<quint32>(character);
   return sum == 0 ? name : QByteArray();
 }
 
