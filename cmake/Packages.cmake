@@ -8,6 +8,9 @@ set(CPACK_PACKAGE_CONTACT "Tarnbeam maintainers <maintainers@tarnbeam.invalid>"
   CACHE STRING "Maintainer named in the packages")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
+# Whatever umask the packages are made with.
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL runtime development)
 if(TARNBEAM_BUILD_TOOL)

@@ -15,6 +15,8 @@ else
 fi
 # Its name differs between releases.
 qt_runtime=$(dpkg-query -S "*/libQt${qt}Core.so.$qt" | sed 's/:.*//' | sort -u)
+# The packages are the same whatever umask they are made with; this one is that of many users.
+umask 002
 cpack -G DEB --config "$build/CPackConfig.cmake" -B "$work/packages" >"$work/log" 2>&1 ||
   { cat "$work/log"; fail "cpack"; }
 
