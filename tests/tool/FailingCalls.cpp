@@ -1,9 +1,11 @@
-// Loaded into the program before libc: one of its calls on files fails, once.
-//   FAILING_KIND    read or write: which calls are counted
-//   FAILING_NUMBER  the one of them that fails, from 1 on
+// Loaded into the program before libc: one of its calls on files fails, once; or it can open no file any
+// more.
+//   FAILING_KIND    read, write or open: which calls are counted
+//   FAILING_NUMBER  the one of them that fails, from 1 on; of open, all from that one on
 //   FAILING_FOLDER  whose files are counted, including those of folders in it
 //   FAILING_MARK    a file that is made when it has come to that
 #include <fcntl.h>
+#include <stdarg.h>
 #include <stdio.h>
 #include <unistd.h>
 
@@ -38,11 +40,15 @@ template <typename File>
 bool Fails(const char* kind, File file) {
   static int calls = 0;
   if (std::strcmp(Variable("FAILING_KIND"), kind) != 0 || !IsInFolder(file)) return false;
-  if (++calls != std::atoi(Variable("FAILING_NUMBER"))) return false;
-  close(open(Variable("FAILING_MARK"), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
-  errno = EIO;
+  const int late = ++calls - std::atoi(Variable("FAILING_NUMBER"));
+  const bool opens = std::strcmp(kind, "open") == 0;
+  if (late < 0 || (late > 0 && !opens)) return false;
+  close(NEXT_DEFINITION(open)(Variable("FAILING_MARK"), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+  errno = opens ? EMFILE : EIO;
   return true;
 }
+
+mode_t ModeOf(int flags, va_list rest) { return (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0; }
 
 }  // namespace
 
@@ -70,3 +76,15 @@ FORWARD("write", path, int, unlink, (const char* path), (path), noexcept)
 FORWARD("write", to, int, renameat2,
         (int fromFolder, const char* from, int toFolder, const char* to, unsigned flags),
         (fromFolder, from, toFolder, to, flags), noexcept)
+
+#define FORWARD_OPEN(function)                                                                       \
+  extern "C" __attribute__((visibility("default"))) int function(const char* path, int flags, ...) { \
+    va_list rest;                                                                                    \
+    va_start(rest, flags);                                                                           \
+    const mode_t mode = ModeOf(flags, rest);                                                         \
+    va_end(rest);                                                                                    \
+    return Fails("open", path) ? -1 : NEXT_DEFINITION(function)(path, flags, mode);                  \
+  }
+
+FORWARD_OPEN(open)
+FORWARD_OPEN(open64)

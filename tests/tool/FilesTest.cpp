@@ -121,17 +121,25 @@ TEST_F(FilesTest, ManyPathsNeedFewOpenFiles) {
   EXPECT_EQ(RunWell({"list", "m", "t"}).count("\npath        1  "), wholeCount);
 }
 
-// Wherever the last one is gone, the run comes to its end and takes its private copies with it.
+// Wherever the last one is gone, the run comes to its end and takes its private copies with it. A limit of
+// the shell would not do: the sanitizers need descriptors themselves.
 TEST_F(FilesTest, TooFewOpenFilesAreAFailure) {
   CreateFilesWith({SiteEntry("S")});
   ASSERT_TRUE(QDir(Folder()).mkdir("tmp"));
+  const QStringList words{"list", Path("m"), Path("t")};
+  const QString right = RunWell(words);
   int failed = 0;
-  for (int limit = 3; limit < 12; ++limit) {
-    SCOPED_TRACE(limit);
-    const Outcome outcome =
-        RunInShell(QString("ulimit -n %1 && TMPDIR=tmp exec \"$0\" \"$@\"").arg(limit), {"list", "m", "t"});
-    failed += outcome.status != 0 ? 1 : 0;
+  for (int number = 1;; ++number) {
+    SCOPED_TRACE(number);
+    const Outcome outcome = RunFailing(words, "open", Folder(), number, {{"TMPDIR", Path("tmp")}});
     EXPECT_EQ(QDir(Path("tmp")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+    if (!HasFailed()) break;
+    failed += outcome.status != 0 ? 1 : 0;
+    if (outcome.status == 0) {
+      EXPECT_EQ(outcome.out, right);
+    } else {
+      EXPECT_NE(outcome.err, "");
+    }
     if (HasFailure()) return;
   }
   EXPECT_GT(failed, 0);

@@ -62,7 +62,7 @@ class ToolTest : public testing::Test {
   Outcome RunInShell(const QString& line, const QStringList& words);
   // No file may grow beyond so many blocks of 512 bytes, as on a full disk.
   Outcome RunWithFileLimit(int blocks, const QStringList& words);
-  // One of its reads or writes, of files in a folder (FailingCalls.cpp), fails; whether it came to that.
+  // Its calls on files in a folder fail as FailingCalls.cpp has it; whether it came to that.
   Outcome RunFailing(const QStringList& words, const char* kind, const QString& folder, int number,
                      const QMap<QString, QString>& variables = {});
   bool HasFailed() const;
