@@ -122,6 +122,54 @@ TEST_F(ImportTest, AFaultIsNamedAndNothingIsSaved) {
   EXPECT_EQ(ReadFile("m"), before);
 }
 
+struct Bounds {
+  QJsonObject entry;
+  const char* field;
+  double lowest;
+  double highest;
+};
+
+// A number may be as large and as small as that; the nearest one beyond it that a file can hold may not.
+TEST_F(ImportTest, BoundsOfEveryNumber) {
+  QJsonArray largest;
+  QJsonArray tooLarge;
+  QString faults;
+  const QList<Bounds> all{{SiteEntry(), "target.azimuth", -360, 360},
+                          {SiteEntry(), "target.tilt", -90, 90},
+                          {SiteEntry(), "target.roll", -180, 180},
+                          {SiteEntry(), "measured.azimuth", -360, 360},
+                          {SiteEntry(), "measured.tilt", -90, 90},
+                          {SiteEntry(), "measured.roll", -180, 180},
+                          {SiteEntry(), "location.latitude", -90, 90},
+                          {SiteEntry(), "location.longitude", -180, 180},
+                          {SiteEntry(), "location.elevation", -1000, 20000},
+                          {PathEntry(), "farEnd.latitude", -90, 90},
+                          {PathEntry(), "farEnd.longitude", -180, 180},
+                          {PathEntry(), "farEnd.elevation", -1000, 20000},
+                          {SiteEntry(), "height.value", -1000, 20000},
+                          {SiteEntry(), "options.azimuthOffset", -360, 360},
+                          {SiteEntry(), "options.thresholds.azimuth", 0, 180},
+                          {SiteEntry(), "options.thresholds.tilt", 0, 180},
+                          {SiteEntry(), "options.thresholds.roll", 0, 180}};
+  for (const Bounds& bounds : all) {
+    for (const double bound : {bounds.lowest, bounds.highest}) {
+      largest.append(With(bounds.entry, bounds.field, bound));
+      tooLarge.append(With(bounds.entry, bounds.field, bound + (bound == bounds.lowest ? -0.001 : 0.001)));
+      faults += QString("\nin.json: entry %1: %2 must be a number from %3 to %4")
+                    .arg(tooLarge.size())
+                    .arg(bounds.field)
+                    .arg(bounds.lowest)
+                    .arg(bounds.highest);
+    }
+  }
+  CreateFiles();
+  WriteJson("in.json", tooLarge);
+  ExpectFailure({"import", "m", "t", "in.json"},
+                faults.mid(1).replace("\n", "\ntarnbeam-db: ") + "\nnothing was saved");
+  WriteJson("in.json", largest);
+  EXPECT_EQ(RunWell({"import", "m", "t", "in.json"}), "34 alignments saved, 28 of sites and 6 of paths\n");
+}
+
 TEST_F(ImportTest, EveryFaultIsNamed) {
   CreateFiles();
   WriteFile("in.json", R"([{"kind": "site"}, 7, {"identifier": "P"}])");

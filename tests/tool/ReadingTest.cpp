@@ -210,7 +210,8 @@ TEST_P(NameTest, MayBeAnything) {
 
 INSTANTIATE_TEST_SUITE_P(Files, NameTest,
                          testing::Values("with blanks", "%1", "file:m", "file:m?mode=ro",
-                                         ":memory:", "line\nfeed", "no\xff\xfeutf8", "-m", "a?b*[c]"));
+                                         ":memory:", "line\nfeed",
+                                         "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x93\xA1\xff\x80", "-m", "a?b*[c]"));
 
 // What is to be told where standard output does not take it.
 const QString unwritable = QStringLiteral("tarnbeam-db: standard output cannot be written");

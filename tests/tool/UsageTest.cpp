@@ -86,12 +86,12 @@ INSTANTIATE_TEST_SUITE_P(
 struct Help {
   const char* command;
   const char* operands;
-  // Besides those that every command has.
+  // With what they take, and besides those that every command has.
   QStringList options;
 };
 
-const QStringList filters{"failed", "latest", "sector", "since", "until"};
-const QStringList csv{"bom", "format", "separator"};
+const QStringList filters{"failed", "latest", "sector <NAME>", "since <TIME>", "until <TIME>"};
+const QStringList csv{"bom", "format <FORMAT>", "separator <CHAR>"};
 
 const std::vector<Help>& Helps() {
   static const std::vector<Help> helps{
@@ -99,20 +99,21 @@ const std::vector<Help>& Helps() {
       {"import", "MAIN THRESHOLDS FILE.json", {"skip-existing"}},
       {"list", "MAIN [THRESHOLDS]", filters + csv},
       {"report", "MAIN [THRESHOLDS]",
-       filters + csv + QStringList{"site", "path", "all", "pdf", "title", "time-zone"}},
+       filters + csv +
+           QStringList{"site <ID>", "path <ID>", "all", "pdf <FOLDER>", "title <TEXT>", "time-zone <ID>"}},
       {"export", "MAIN [THRESHOLDS]", filters + csv},
-      {"map", "MAIN [THRESHOLDS]", filters + QStringList{"format", "ray"}},
-      {"delete", "MAIN THRESHOLDS", {"site", "path", "index", "yes"}},
+      {"map", "MAIN [THRESHOLDS]", filters + QStringList{"format <FORMAT>", "ray <METRES>"}},
+      {"delete", "MAIN THRESHOLDS", {"site <ID>", "path <ID>", "index <N>", "yes"}},
       {"merge", "MAIN THRESHOLDS SOURCE_MAIN [SOURCE_THRESHOLDS] ...", {"dry-run"}},
       {"diff", "MAIN [THRESHOLDS] OTHER_MAIN [OTHER_THRESHOLDS]", csv},
       {"backup", "MAIN [THRESHOLDS] FOLDER", {}},
       {"restore", "FOLDER MAIN [THRESHOLDS]", {"yes"}},
-      {"check", "MAIN [THRESHOLDS]", {"strict", "format"}},
+      {"check", "MAIN [THRESHOLDS]", {"strict", "format <FORMAT>"}},
       {"repair", "MAIN THRESHOLDS", {"dry-run"}},
       {"salvage", "MAIN [THRESHOLDS] NEW_MAIN NEW_THRESHOLDS", {}},
-      {"version", "MAIN", {"format"}},
-      {"migrate", "MAIN [THRESHOLDS]", {"backup", "accept-losses"}},
-      {"preferences", "MAIN [THRESHOLDS]", {"format"}}};
+      {"version", "MAIN", {"format <FORMAT>"}},
+      {"migrate", "MAIN [THRESHOLDS]", {"backup <FILE>", "accept-losses"}},
+      {"preferences", "MAIN [THRESHOLDS]", {"format <FORMAT>"}}};
   return helps;
 }
 
@@ -132,9 +133,9 @@ TEST_P(HelpTest, NamesOperandsAndOptions) {
   const QString text = RunWell({help.command, "--help"});
   EXPECT_EQ(text.section('\n', 0, 0),
             QString("Usage: tarnbeam-db %1 %2 [options]").arg(help.command, help.operands));
-  QStringList options = help.options + QStringList{"help", "verbose", "wait"};
+  QStringList options = help.options + QStringList{"help", "verbose", "wait <SECONDS>"};
   options.sort();
-  EXPECT_EQ(NamedIn(text, "^  (?:-[a-z], )?--([a-z-]+) "), options);
+  EXPECT_EQ(NamedIn(text, "^  (?:-[a-z], )?--([a-z-]+(?: <[A-Z]+>)?)  "), options);
 }
 
 INSTANTIATE_TEST_SUITE_P(Usage, HelpTest, testing::ValuesIn(Helps()),

@@ -102,17 +102,18 @@ TEST(JsonReaderTest, Depth) {
   EXPECT_EQ(Wrong('[' + QByteArray(1000000, '{')), "f: line 1: is nested deeper than 64 levels");
 }
 
-// A device that claims to hold more than it may, or goes on for ever.
+// A device that claims to hold more than it may, or goes on for ever, or to its end.
 class Endless : public QIODevice {
  public:
-  explicit Endless(qint64 size) : size_(size) { open(QIODevice::ReadOnly); }
+  explicit Endless(qint64 size, qint64 end = -1) : size_(size), end_(end) { open(QIODevice::ReadOnly); }
   qint64 size() const override { return size_; }
   bool isSequential() const override { return size_ == 0; }
-  bool atEnd() const override { return false; }
+  bool atEnd() const override { return given_ == end_; }
   qint64 Given() const { return given_; }
 
  protected:
   qint64 readData(char* data, qint64 length) override {
+    if (end_ >= 0) length = std::min(length, end_ - given_);
     std::fill(data, data + length, ' ');
     if (given_ == 0) *data = '[';
     given_ += length;
@@ -122,6 +123,7 @@ class Endless : public QIODevice {
 
  private:
   const qint64 size_;
+  const qint64 end_;
   qint64 given_ = 0;
 };
 
@@ -142,6 +144,8 @@ TEST(JsonReaderTest, Size) {
   Endless pipe(0);
   EXPECT_EQ(WrongWith(&pipe), tooLarge);
   EXPECT_LT(pipe.Given(), (512LL << 20) + (1 << 20));
+  Endless largest(0, 512LL << 20);
+  EXPECT_EQ(WrongWith(&largest), "f: line 1: unterminated array");
 }
 
 class Failing : public Endless {

@@ -227,6 +227,9 @@ TEST(KmlTest, FoldersPlacemarksAndStyles) {
       (QStringList{"Antenna alignments", "Åsgård", "Alpha Høyt", "Alpha Høyt: target", "Alpha Høyt: measured",
                    "Żuławy", "Żuławy", "Żuławy: target", "Żuławy: measured", "Żuławy: path"}));
   EXPECT_EQ(TextsOf(kml, "coordinates").value(0), "10.477905,59.318742");
+  // Lines follow the ground, points have nothing that could.
+  EXPECT_EQ(kml.simplified().count("<LineString> <tessellate>1</tessellate> <coordinates>"), 5);
+  EXPECT_EQ(kml.simplified().count("<Point> <coordinates>"), 2);
 }
 
 // Colours are opacity, blue, green and red.
