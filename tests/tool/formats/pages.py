@@ -184,6 +184,16 @@ class Pages(unittest.TestCase):
                 count = pixels.count(bytes(seen))
                 self.assertTrue(count > 1500 if seen == color else count < 150, (name, seen, count))
 
+    def test_a_line_stands_over_the_footer(self):
+        run("pdftoppm", "-r", "72", "-singlefile", "Passing-A-Report.pdf", "page")
+        with open("page.ppm", "rb") as file:
+            magic, size, _, pixels = file.read().split(b"\n", 3)
+        self.assertEqual((magic, size), (b"P6", b"%d %d" % (WIDTH, HEIGHT)))
+        # Down the middle, where neither the name nor the page's number stands.
+        column = [pixels[3 * (row * WIDTH + WIDTH // 2):][:3] for row in range(HEIGHT)]
+        marked = [row for row in range(HEIGHT // 2, HEIGHT) if column[row] != b"\xff\xff\xff"]
+        self.assertTrue(marked and all(abs(row - (HEIGHT - MARGIN - 14)) <= 1 for row in marked), marked)
+
     def test_nothing_is_cut_off_or_lies_on_something_else(self):
         names = glob.glob("*.pdf")
         self.assertEqual(len(names), 10)
