@@ -1,0 +1,177 @@
+// A file that is whole is read page by page as the engine reads it, whatever the engine put into it.
+#include "tool/pair/DamagedFile.h"
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <QFile>
+#include <QStringList>
+
+#include "tests/support/DatabaseDump.h"
+#include "tests/support/PrintQt.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace {
+
+class AnyShape : public RowShape {
+ public:
+  bool Fits(const StoredRow& /*row*/) const override { return true; }
+};
+
+// As the query below has them. Real numbers of these tests are multiples of an eighth.
+QString Text(const StoredRow& row) {
+  const StoredValue& value = row.values.at(1);
+  const QString hex = QString::fromLatin1(value.bytes.toHex().toUpper());
+  const QString key = QString::number(row.key);
+  switch (value.type) {
+    case StoredValue::Type::Null:
+      return '\'' + key + " null '";
+    case StoredValue::Type::Integer:
+      return '\'' + key + " integer " + QString::number(value.integer) + '\'';
+    case StoredValue::Type::Real:
+      return '\'' + key + " real " + QString::number(qint64(value.real * 8)) + '\'';
+    case StoredValue::Type::Text:
+      return '\'' + key + " text " + hex + '\'';
+    case StoredValue::Type::Blob:
+      return '\'' + key + " blob " + hex + '\'';
+  }
+  return {};
+}
+
+const QString asTexts = QStringLiteral(
+    "SELECT key || ' ' || typeof(v) || ' ' || CASE typeof(v) WHEN 'real' THEN CAST(v * 8 AS INTEGER) "
+    "WHEN 'integer' THEN v WHEN 'null' THEN '' ELSE hex(v) END FROM t ORDER BY key");
+
+class DamagedFileTest : public testing::Test {
+ protected:
+  // An empty table, on pages of that size whose last bytes are left to others.
+  void Create(int pageSize, const int reserved) {
+    QFile::remove(folder_.Main());
+    sqlite3* db = nullptr;
+    int inAndOut = reserved;
+    ASSERT_EQ(sqlite3_open(folder_.Main().toUtf8().constData(), &db), SQLITE_OK);
+    ASSERT_EQ(sqlite3_file_control(db, "main", SQLITE_FCNTL_RESERVE_BYTES, &inAndOut), SQLITE_OK);
+    const QString sql =
+        QString("PRAGMA page_size = %1; CREATE TABLE t (key INTEGER PRIMARY KEY, v)").arg(pageSize);
+    ASSERT_EQ(sqlite3_exec(db, sql.toUtf8().constData(), nullptr, nullptr, nullptr), SQLITE_OK);
+    ASSERT_EQ(sqlite3_close(db), SQLITE_OK);
+    QFile file(folder_.Main());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    ASSERT_EQ(int(file.read(21).at(20)), reserved);
+  }
+
+  void ExpectToReadAll() { ExpectToRead(Rows(folder_.Main(), asTexts), 0); }
+
+  void ExpectToRead(const QStringList& rows, quint32 usualRoot) {
+    DamagedFile file(folder_.Main().toUtf8());
+    const AnyShape any;
+    const StoredTable table = file.Read({{"t", {&any, usualRoot}}})["t"];
+    EXPECT_TRUE(table.gaps.empty());
+    ASSERT_EQ(table.rows.size(), std::size_t(rows.size()));
+    auto expected = rows.begin();
+    for (const auto& [key, row] : table.rows) ASSERT_EQ(Text(row).left(200), expected++->left(200));
+  }
+
+  void LoseHead(int size) {
+    QFile file(folder_.Main());
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_EQ(file.write(QByteArray(size, '\x55')), size);
+  }
+
+  const TemporaryFolder folder_;
+};
+
+TEST_F(DamagedFileTest, NumbersOfAllSizes) {
+  Create(512, 0);
+  QStringList values{"NULL", "0.5", "-2.25", "1125899906842624.125", "''", "'ż'", "x''", "x'00FF'"};
+  QStringList keys{"-9223372036854775807", "9223372036854775807"};
+  for (int bits = 0; bits < 63; ++bits) {
+    const qint64 power = qint64(1) << bits;
+    for (const qint64 number : {power - 1, power, -power, -power - 1}) values.append(QString::number(number));
+    keys.append({QString::number(-power), QString::number(power)});
+  }
+  QString sql = "BEGIN";
+  for (int number = 0; number < values.size(); ++number) {
+    const QString key = keys.value(number, QString::number(1000 + number));
+    sql += QString("; INSERT OR IGNORE INTO t VALUES (%1, %2)").arg(key, values[number]);
+  }
+  RunSql(folder_.Main(), sql + "; COMMIT");
+  EXPECT_GT(Rows(folder_.Main(), asTexts).size(), 200);
+  ExpectToReadAll();
+}
+
+// Records stand on their page, or go on on others from sizes on that depend on the page's.
+TEST_F(DamagedFileTest, RecordsOfAllLengths) {
+  for (const auto& [pageSize, step] :
+       {std::pair(512, 1), std::pair(1024, 5), std::pair(4096, 61), std::pair(65536, 4099)}) {
+    for (const int reserved : {0, 32}) {
+      SCOPED_TRACE(QString("%1, %2").arg(pageSize).arg(reserved).toStdString());
+      Create(pageSize, reserved);
+      const QString all =
+          QString("WITH RECURSIVE n(l) AS (VALUES (0) UNION ALL SELECT l + %1 FROM n WHERE l < %2) ")
+              .arg(step)
+              .arg(4 * pageSize);
+      RunSql(folder_.Main(), all + "INSERT INTO t SELECT l, randomblob(l) FROM n");
+      ExpectToReadAll();
+      // What is deleted leaves pages, blocks and bytes free.
+      RunSql(folder_.Main(),
+             QString("DELETE FROM t WHERE key / %1 % 5 IN (1, 3); INSERT INTO t SELECT key + 1, key FROM t "
+                     "WHERE key / %1 % 5 = 2 AND key % 2 = 0 AND key + 1 NOT IN (SELECT key FROM t)")
+                 .arg(step));
+      ExpectToReadAll();
+      RunSql(folder_.Main(), "DELETE FROM t WHERE key > 100");
+      ExpectToReadAll();
+    }
+  }
+}
+
+// The pages are told by what they look like: of two rows, and of more. With the first page its table is lost,
+// too, which then is looked for where it usually stands.
+TEST_F(DamagedFileTest, LostHeadsOfAllPageSizes) {
+  for (int pageSize = 512; pageSize <= 65536; pageSize *= 2) {
+    SCOPED_TRACE(pageSize);
+    for (const auto& [part, lost, usualRoot] :
+         {std::tuple(0.4, 100, quint32(0)), std::tuple(0.15, pageSize, quint32(2))}) {
+      Create(pageSize, 0);
+      RunSql(folder_.Main(),
+             QString("WITH RECURSIVE n(k) AS (VALUES (1) UNION ALL SELECT k + 1 FROM n WHERE k < 40) "
+                     "INSERT INTO t SELECT k, printf('%*c', %1, 'x') FROM n")
+                 .arg(int(part * pageSize)));
+      const QStringList rows = Rows(folder_.Main(), asTexts);
+      ASSERT_EQ(rows.size(), 40);
+      LoseHead(lost);
+      ExpectToRead(rows, usualRoot);
+    }
+  }
+}
+
+// Whichever page is lost, what was deleted does not come back, though its pages are still there.
+TEST_F(DamagedFileTest, DeletedRowsStayDeleted) {
+  constexpr int pageSize = 512;
+  Create(pageSize, 0);
+  RunSql(folder_.Main(),
+         "PRAGMA secure_delete = 0; WITH RECURSIVE n(k) AS (VALUES (1) UNION ALL SELECT k + 1 FROM n WHERE k "
+         "< 400) "
+         "INSERT INTO t SELECT k, printf('%*c', 50 + k % 40, 'x') FROM n; DELETE FROM t WHERE key BETWEEN "
+         "100 AND 300");
+  const QStringList rows = Rows(folder_.Main(), asTexts);
+  ASSERT_EQ(rows.size(), 199);
+  EXPECT_GT(Rows(folder_.Main(), "PRAGMA freelist_count").value(0).toInt(), 30);
+  QFile file(folder_.Main());
+  ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+  const QByteArray whole = file.readAll();
+  const AnyShape any;
+  int lessened = 0;
+  for (qint64 at = pageSize; at < whole.size(); at += pageSize) {
+    SCOPED_TRACE(at / pageSize);
+    ASSERT_TRUE(file.seek(at) && file.write(QByteArray(pageSize, '\x55')) == pageSize && file.flush());
+    const StoredTable table = DamagedFile(folder_.Main().toUtf8()).Read({{"t", {&any, 0}}})["t"];
+    for (const auto& [key, row] : table.rows) EXPECT_TRUE(rows.contains(Text(row))) << key;
+    EXPECT_GE(table.rows.size(), 190U);
+    lessened += table.rows.size() < 199 ? 1 : 0;
+    ASSERT_TRUE(file.seek(at) && file.write(whole.mid(int(at), pageSize)) == pageSize && file.flush());
+  }
+  EXPECT_GT(lessened, 30);
+}
+
+}  // namespace
