@@ -269,6 +269,21 @@ TEST_F(BackupTest, RestoringRefuses) {
   EXPECT_EQ(ReadFile("m"), before);
 }
 
+// Reading one would never come to an end.
+TEST_F(BackupTest, APipeIsNoPart) {
+  CreatePair();
+  BackUp();
+  for (const char* name : {"b/manifest.json", "b/main.sqlite", "b/thresholds.sqlite"}) {
+    const QByteArray part = ReadFile(name);
+    ASSERT_TRUE(QFile::remove(Path(name)));
+    ASSERT_EQ(mkfifo(Path(name).toUtf8().constData(), 0600), 0);
+    ExpectFailure({"restore", "b", "new", "newt"}, QString("%1: is not a file").arg(name));
+    ASSERT_TRUE(QFile::remove(Path(name)));
+    WriteFile(name, part);
+  }
+  EXPECT_EQ(FilesInFolder(), (QStringList{"b", "in.json", "m", "t"}));
+}
+
 TEST_F(BackupTest, FilesInUse) {
   CreatePair();
   BackUp();

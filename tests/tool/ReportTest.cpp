@@ -167,6 +167,11 @@ TEST_F(ReportTest, PageThatCannotBeWritten) {
   ASSERT_TRUE(QDir().mkpath(Path("out/B-A-Report.pdf")));
   ExpectFailure({"report", "m", "t", "--site", "B", "--pdf", "out"},
                 "out/B-A-Report.pdf: is there and is not a file");
+  ASSERT_TRUE(QDir().mkpath(Path("closed")));
+  ASSERT_EQ(chmod(Path("closed").toUtf8().constData(), 0555), 0);
+  const Outcome outcome = RunUnprivileged({"report", "m", "t", "--site", "B", "--pdf", "closed"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "tarnbeam-db: closed/B-A-Report.pdf: cannot be written (Permission denied)\n");
 }
 
 // Where it was replaced, it could be a device.

@@ -145,6 +145,77 @@ TEST_F(DamagedFileTest, LostHeadsOfAllPageSizes) {
   }
 }
 
+// A row whose key is that of the row before its page is not believed, nor is a page lost with its number.
+TEST_F(DamagedFileTest, KeysThatAreThereTwice) {
+  constexpr int pageSize = 512;
+  Create(pageSize, 0);
+  RunSql(folder_.Main(),
+         "WITH RECURSIVE n(k) AS (VALUES (1) UNION ALL SELECT k + 1 FROM n WHERE k < 100) "
+         "INSERT INTO t SELECT k, printf('%*c', 70 + k % 30, 'x') FROM n");
+  const QStringList rows = Rows(folder_.Main(), asTexts);
+  QFile file(folder_.Main());
+  ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+  const QByteArray whole = file.readAll();
+  const auto byteAt = [&whole](int at) { return int(uchar(whole.at(at))); };
+  const auto readWith = [&](int at, int value) {
+    EXPECT_TRUE(file.seek(at) && file.putChar(char(value)) && file.flush());
+    const AnyShape any;
+    StoredTable table = DamagedFile(folder_.Main().toUtf8()).Read({{"t", {&any, 0}}})["t"];
+    EXPECT_TRUE(file.seek(at) && file.putChar(whole.at(at)) && file.flush());
+    return table;
+  };
+  int leaves = 0;
+  for (int page = 2 * pageSize; page < whole.size(); page += pageSize) {
+    ASSERT_EQ(byteAt(page), 0x0D);
+    // Behind one byte of the record's size.
+    const int firstKey = page + 256 * byteAt(page + 8) + byteAt(page + 9) + 1;
+    if (byteAt(firstKey) == 1) continue;
+    ++leaves;
+    const StoredTable table = readWith(firstKey, byteAt(firstKey) - 1);
+    for (const auto& [key, row] : table.rows) EXPECT_TRUE(rows.contains(Text(row))) << key;
+    EXPECT_GE(table.rows.size(), 98U);
+    EXPECT_FALSE(table.gaps.empty());
+  }
+  ASSERT_EQ(byteAt(pageSize), 0x05);
+  const auto keyOfChild = [&](int child) {
+    const int pointer = pageSize + 12 + 2 * child;
+    return pageSize + 256 * byteAt(pointer) + byteAt(pointer + 1) + 4;
+  };
+  for (int child = 1; child < leaves; ++child) {
+    SCOPED_TRACE(child);
+    EXPECT_EQ(readWith(keyOfChild(child), byteAt(keyOfChild(child - 1))).rows.size(), 100U);
+  }
+  EXPECT_GT(leaves, 10);
+}
+
+// What is left of a deleted record on a free page does not become the end of another one.
+TEST_F(DamagedFileTest, ARecordDoesNotGoOnOnAFreePage) {
+  constexpr int pageSize = 512;
+  Create(pageSize, 0);
+  RunSql(folder_.Main(),
+         "PRAGMA secure_delete = 0; INSERT INTO t VALUES (1, printf('%*c', 600, 'a')), (2, printf('%*c', "
+         "600, 'b')),"
+         "(3, printf('%*c', 600, 'c')); DELETE FROM t WHERE key > 1");
+  const QStringList rows = Rows(folder_.Main(), asTexts);
+  ExpectToRead(rows, 0);
+  QFile file(folder_.Main());
+  ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+  const QByteArray whole = file.readAll();
+  const auto number = [&whole](int at) { return int(uchar(whole.at(at + 3))); };
+  const int trunk = number(32);
+  ASSERT_EQ(number((trunk - 1) * pageSize + 4), 1);
+  const QByteArray freed = whole.mid((trunk - 1) * pageSize + 8, 4);
+  const int pageOfRest =
+      Rows(folder_.Main(), "SELECT pageno FROM dbstat WHERE pagetype = 'overflow'").value(0).toInt();
+  const auto pointer = whole.indexOf(QByteArray("\0\0\0", 3) + char(pageOfRest), pageSize + 16);
+  ASSERT_TRUE(pageOfRest > 2 && pointer > 0 && pointer < 2 * pageSize);
+  ASSERT_TRUE(file.seek(pointer) && file.write(freed) == 4 && file.flush());
+  const AnyShape any;
+  const StoredTable table = DamagedFile(folder_.Main().toUtf8()).Read({{"t", {&any, 0}}})["t"];
+  EXPECT_TRUE(table.rows.empty());
+  EXPECT_FALSE(table.gaps.empty());
+}
+
 // Whichever page is lost, what was deleted does not come back, though its pages are still there.
 TEST_F(DamagedFileTest, DeletedRowsStayDeleted) {
   constexpr int pageSize = 512;
