@@ -100,6 +100,18 @@ TEST_F(DeleteTest, ADeletionThatFailedIsSaid) {
   EXPECT_EQ(Counts(), (QStringList{"3", "3", "2", "2"}));
 }
 
+// The reports go, and what they belong to stays.
+TEST_F(DeleteTest, ASiteThatATriggerKeepsIsNotDeleted) {
+  RunSql(Path("m"), "CREATE TRIGGER keep BEFORE DELETE ON Sites BEGIN SELECT RAISE(IGNORE); END");
+  const Outcome outcome = Run({"delete", "m", "t", "--site", "S", "--yes"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.out, QString());
+  EXPECT_TRUE(outcome.err.endsWith(
+      "tarnbeam-db: site S could not be deleted, perhaps because of a trigger; nothing was deleted\n"))
+      << outcome.err.toStdString();
+  EXPECT_EQ(Counts(), (QStringList{"3", "3", "2", "2"}));
+}
+
 TEST_F(DeleteTest, WhatIsShownIsDeletedOrNothing) {
   const Outcome outcome = RunWhileAsked({"delete", "m", "t", "--site", "S", "--index", "0"}, [this] {
     RunSql(Path("m"), "UPDATE AntennaAlignment SET SectorName = '0' WHERE AntennaAlignmentKey = 1");

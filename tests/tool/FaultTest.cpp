@@ -100,6 +100,22 @@ TEST_F(FaultTest, AWriteThatFailsChangesAllOrNothing) {
   }
 }
 
+// Wherever it fails: the journal that both files share goes, too.
+TEST_F(FaultTest, AFailedDeletionLeavesNoSharedJournal) {
+  int told = 0;
+  for (int number = 1;; ++number) {
+    SCOPED_TRACE(number);
+    Restore();
+    const Outcome outcome =
+        RunFailing({"delete", mainName, thresholdsName, "--site", "S1", "--yes"}, "write", "files", number);
+    if (!HasFailed()) break;
+    told += outcome.status != 0 ? 1 : 0;
+    EXPECT_EQ(QDir(Path("files")).entryList({"*-mj*"}), QStringList());
+    if (HasFailure()) return;
+  }
+  EXPECT_GT(told, 3);
+}
+
 TEST_F(FaultTest, NewFilesStandWholeOrNotAtAll) {
   for (const QStringList& words : {QStringList{"create", "files/m2", "files/t2"},
                                    QStringList{"salvage", mainName, thresholdsName, "files/m2", "files/t2"},

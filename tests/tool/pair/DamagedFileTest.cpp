@@ -216,6 +216,23 @@ TEST_F(DamagedFileTest, ARecordDoesNotGoOnOnAFreePage) {
   EXPECT_FALSE(table.gaps.empty());
 }
 
+// Two entries that contradict are no help: the rows are found by what they look like.
+TEST_F(DamagedFileTest, TwoEntriesOfOneTableAreNotBelieved) {
+  Create(512, 0);
+  RunSql(folder_.Main(), "INSERT INTO t VALUES (1, 'of t'), (2, 'of t')");
+  const QStringList rows = Rows(folder_.Main(), asTexts);
+  RunSql(folder_.Main(),
+         "CREATE TABLE u (key INTEGER PRIMARY KEY, v); INSERT INTO u VALUES (1, 'of u'), (2, 'of u');"
+         "PRAGMA writable_schema = 1; UPDATE sqlite_schema SET rootpage = 3 WHERE name = 't';"
+         "INSERT INTO sqlite_schema SELECT type, name, tbl_name, 2, sql FROM sqlite_schema WHERE name = 't'");
+  const AnyShape any;
+  const auto tables = DamagedFile(folder_.Main().toUtf8()).Read({{"t", {&any, 0}}, {"u", {&any, 0}}});
+  QStringList read;
+  for (const auto& [key, row] : tables.at("t").rows) read.append(Text(row));
+  EXPECT_EQ(read, rows);
+  EXPECT_EQ(tables.at("u").rows.size(), 2U);
+}
+
 // Whichever page is lost, what was deleted does not come back, though its pages are still there.
 TEST_F(DamagedFileTest, DeletedRowsStayDeleted) {
   constexpr int pageSize = 512;
