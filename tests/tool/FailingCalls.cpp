@@ -1,7 +1,7 @@
-// Loaded into the program before libc: one of its calls on files fails, once; or it can open no file any
-// more.
+// Loaded into the program before libc: one of its calls on files fails, once or from then on.
 //   FAILING_KIND    read, write or open: which calls are counted
-//   FAILING_NUMBER  the one of them that fails, from 1 on; of open, all from that one on
+//   FAILING_NUMBER  the one of them that fails, from 1 on
+//   FAILING_LASTS   if it is there: all from that one on
 //   FAILING_FOLDER  whose files are counted, including those of folders in it
 //   FAILING_MARK    a file that is made when it has come to that
 #include <fcntl.h>
@@ -41,10 +41,9 @@ bool Fails(const char* kind, File file) {
   static int calls = 0;
   if (std::strcmp(Variable("FAILING_KIND"), kind) != 0 || !IsInFolder(file)) return false;
   const int late = ++calls - std::atoi(Variable("FAILING_NUMBER"));
-  const bool opens = std::strcmp(kind, "open") == 0;
-  if (late < 0 || (late > 0 && !opens)) return false;
+  if (late < 0 || (late > 0 && getenv("FAILING_LASTS") == nullptr)) return false;
   close(NEXT_DEFINITION(open)(Variable("FAILING_MARK"), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
-  errno = opens ? EMFILE : EIO;
+  errno = std::strcmp(kind, "open") == 0 ? EMFILE : EIO;
   return true;
 }
 

@@ -100,6 +100,38 @@ TEST_F(FaultTest, AWriteThatFailsChangesAllOrNothing) {
   }
 }
 
+// A card that has come to its end.
+TEST_F(FaultTest, ADiskThatGoesOnFailingIsAFailure) {
+  RunWell({"backup", mainName, thresholdsName, "backup"});
+  ASSERT_TRUE(QDir().rename(Path("backup"), Path("files/b")));
+  const QString before = RunWell({"export", mainName, thresholdsName});
+  for (const QStringList& words :
+       {QStringList{"export", mainName, thresholdsName}, QStringList{"check", mainName, thresholdsName},
+        QStringList{"import", mainName, thresholdsName, "in.json"},
+        QStringList{"delete", mainName, thresholdsName, "--site", "S1", "--yes"},
+        QStringList{"backup", mainName, thresholdsName, "files/b2"},
+        QStringList{"restore", "files/b", "files/m2", "files/t2"}}) {
+    int failed = 0;
+    for (const char* kind : {"read", "write"}) {
+      for (const char* folder : {"files", "copies"}) {
+        for (const int number : {1, 3, 9, 27}) {
+          SCOPED_TRACE(
+              QString("%1, %2 %3 in %4").arg(words.first(), kind).arg(number).arg(folder).toStdString());
+          const Outcome outcome = ToolTest::RunFailing(words, kind, Path(folder), number,
+                                                       {{"TMPDIR", Path("copies")}, {"FAILING_LASTS", "1"}});
+          if (!HasFailed()) break;
+          ++failed;
+          EXPECT_NE(outcome.status, 0);
+          // For whoever can read and write again.
+          EXPECT_EQ(RunWell({"export", mainName, thresholdsName}), before);
+          if (HasFailure()) return;
+        }
+      }
+    }
+    EXPECT_GT(failed, 5);
+  }
+}
+
 // Wherever it fails: the journal that both files share goes, too.
 TEST_F(FaultTest, AFailedDeletionLeavesNoSharedJournal) {
   int told = 0;
