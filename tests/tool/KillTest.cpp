@@ -23,7 +23,16 @@ class KillTest : public KillSweep {
     Keep();
   }
 
-  QString Seen() override { return RunWell({"export", "m", "t"}); }
+  QString Seen() override {
+    // Whoever may not read a file may not read its journal either.
+    for (const char* file : {"m", "t"}) {
+      const QFile::Permissions ofFile = QFile::permissions(Path(file));
+      for (const QString& left : QDir(Folder()).entryList({QString(file) + "-*"})) {
+        EXPECT_EQ(QFile::permissions(Path(left)) & ~ofFile, QFile::Permissions()) << left.toStdString();
+      }
+    }
+    return RunWell({"export", "m", "t"});
+  }
 
   QStringList ChangeAgain() override {
     const QString seen = Seen();

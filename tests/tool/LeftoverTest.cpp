@@ -1,6 +1,8 @@
 // What other programs left beside the files when they ended in the middle of their work, and files on two
 // file systems.
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -131,6 +133,19 @@ TEST_F(LeftoverTest, PrivateCopiesGoWithTheirJournals) {
   EXPECT_EQ(QDir(Path("tmp")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
             QStringList{"tarnbeam-db-backup"});
   EXPECT_EQ(ReadFile("tmp/tarnbeam-db-backup/main.sqlite"), "of somebody's own");
+}
+
+// Begun by a run that is at work, and by one that was killed.
+TEST_F(LeftoverTest, ABackupThatIsBeingMadeStays) {
+  ASSERT_TRUE(QDir(Folder()).mkdir("b.creating-abcdef"));
+  const int folder = open(Path("b.creating-abcdef").toUtf8().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  ASSERT_EQ(flock(folder, LOCK_EX | LOCK_NB), 0);
+  RunWell({"backup", "m", "t", "b"});
+  EXPECT_TRUE(QDir(Path("b.creating-abcdef")).exists());
+  ASSERT_EQ(close(folder), 0);
+  ASSERT_TRUE(QDir(Path("b")).removeRecursively());
+  RunWell({"backup", "m", "t", "b"});
+  EXPECT_FALSE(QDir(Path("b.creating-abcdef")).exists());
 }
 
 // Nobody has the file in use.

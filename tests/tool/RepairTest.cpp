@@ -118,7 +118,7 @@ TEST_F(RepairTest, CopiesAreNeverOverwritten) {
 }
 
 TEST_F(RepairTest, DamageInIndicesAloneIsRepaired) {
-  RunSql(Path("m"), "PRAGMA user_version = 17");
+  RunSql(Path("m"), "PRAGMA user_version = 17; PRAGMA application_id = 18");
   const QString before = DumpDatabase(Path("m"));
   int repairs = 0;
   for (const char* table : {"Sites", "Paths"}) {
@@ -135,6 +135,7 @@ TEST_F(RepairTest, DamageInIndicesAloneIsRepaired) {
       EXPECT_EQ(IntegrityCheck(Path("m")), QString("ok"));
       EXPECT_EQ(DumpDatabase(Path("m")), before);
       EXPECT_EQ(Rows(Path("m"), "PRAGMA user_version"), QStringList{"17"});
+      EXPECT_EQ(Rows(Path("m"), "PRAGMA application_id"), QStringList{"18"});
       EXPECT_EQ(RunWell({"export", "m", "t"}), exported_);
       EXPECT_EQ(Run({"check", "m", "t", "--strict"}).status, 0);
     }

@@ -200,8 +200,8 @@ void ToolTest::ExpectDamaged(const QStringList& words, const QString& file, cons
   const Outcome outcome = Run(words);
   EXPECT_EQ(outcome.status, 4);
   EXPECT_EQ(outcome.out, QString());
-  const QString pattern = "tarnbeam-db: " + QRegularExpression::escape(file) + ": is damaged \\([^\n]+\\)" +
-                          QRegularExpression::escape(help) + "\n";
+  const QString pattern = "tarnbeam-db: " + QRegularExpression::escape(file) +
+                          ": is damaged \\([^\n*][^\n]*\\)" + QRegularExpression::escape(help) + "\n";
   EXPECT_TRUE(QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(outcome.err).hasMatch())
       << outcome.err.toStdString();
 }
