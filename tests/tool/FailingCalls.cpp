@@ -36,15 +36,19 @@ bool IsInFolder(int descriptor) {
   return readlink(link.data(), path.data(), path.size() - 1) > 0 && IsInFolder(path.data());
 }
 
-template <typename File>
-bool Fails(const char* kind, File file) {
+// Of calls by name and of those by descriptor together.
+bool IsItsTurn(const char* kind) {
   static int calls = 0;
-  if (std::strcmp(Variable("FAILING_KIND"), kind) != 0 || !IsInFolder(file)) return false;
   const int late = ++calls - std::atoi(Variable("FAILING_NUMBER"));
   if (late < 0 || (late > 0 && getenv("FAILING_LASTS") == nullptr)) return false;
   close(NEXT_DEFINITION(open)(Variable("FAILING_MARK"), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
   errno = std::strcmp(kind, "open") == 0 ? EMFILE : EIO;
   return true;
+}
+
+template <typename File>
+bool Fails(const char* kind, File file) {
+  return std::strcmp(Variable("FAILING_KIND"), kind) == 0 && IsInFolder(file) && IsItsTurn(kind);
 }
 
 mode_t ModeOf(int flags, va_list rest) { return (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0; }

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <random>
+#include <set>
 
 #include "tests/support/DatabaseDump.h"
 #include "tests/tool/ToolTest.h"
@@ -146,6 +147,39 @@ TEST_F(FaultTest, AFailedDeletionLeavesNoSharedJournal) {
     if (HasFailure()) return;
   }
   EXPECT_GT(told, 3);
+}
+
+// SQLite adds up the characters of the shared journal's name with their signs, so here the sum is negative. A
+// disk that goes on failing leaves the journals as they are at each moment.
+TEST_F(FaultTest, JournalsInAFolderWithAForeignName) {
+  const QString folder(60, QChar(0x17C));
+  ASSERT_TRUE(QDir(Folder()).mkdir(folder));
+  const QString mainFile = folder + "/m";
+  const QString thresholds = folder + "/t";
+  const QStringList words{"delete", mainFile, thresholds, "--site", "S1", "--yes"};
+  const auto restore = [&] {
+    for (const QString& left : QDir(Path(folder)).entryList(QDir::Files))
+      QFile::remove(Path(folder + '/' + left));
+    WriteFile(mainFile, main_);
+    WriteFile(thresholds, thresholds_);
+  };
+  restore();
+  const QString before = RunWell({"export", mainFile, thresholds});
+  ASSERT_EQ(Run(words).status, 0);
+  const QString after = RunWell({"export", mainFile, thresholds});
+  std::set<QString> seen;
+  for (int number = 1;; ++number) {
+    SCOPED_TRACE(number);
+    restore();
+    ToolTest::RunFailing(words, "write", Path(folder), number,
+                         {{"TMPDIR", Path("copies")}, {"FAILING_LASTS", "1"}});
+    if (!HasFailed()) break;
+    const QString now = RunWell({"export", mainFile, thresholds});
+    EXPECT_TRUE(now == before || now == after);
+    seen.insert(now);
+    if (HasFailure()) return;
+  }
+  EXPECT_EQ(seen, (std::set<QString>{before, after}));
 }
 
 TEST_F(FaultTest, NewFilesStandWholeOrNotAtAll) {
