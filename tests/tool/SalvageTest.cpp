@@ -360,6 +360,24 @@ TEST_F(SalvageTest, AnAngleThatNoInstrumentCanReadIsNotBelieved) {
   EXPECT_EQ(Run({"check", "nm", "nt", "--strict"}).status, 0);
 }
 
+TEST_F(SalvageTest, ARowWithoutAValueThatItMustHaveIsNotBelieved) {
+  CreateFilesWith({SiteEntry("A"), SiteEntry("B"), SiteEntry("C"), SiteEntry("D"), SiteEntry("E")});
+  const QString change =
+      "UPDATE sqlite_schema SET sql = replace(sql, '%1', '%2') WHERE name = 'AntennaAlignment'";
+  RunSql(Path("m"), "PRAGMA writable_schema = 1; " +
+                        change.arg("Note TEXT NOT NULL DEFAULT ", "Note TEXT     DEFAULT "));
+  RunSql(Path("m"), "UPDATE AntennaAlignment SET Note = NULL WHERE AntennaAlignmentKey = 5");
+  RunSql(Path("m"), "PRAGMA writable_schema = 1; " +
+                        change.arg("Note TEXT     DEFAULT ", "Note TEXT NOT NULL DEFAULT "));
+  ASSERT_EQ(Rows(Path("m"), "SELECT count(*) FROM AntennaAlignment WHERE quote(Note) = 'NULL'"),
+            QStringList{"1"});
+  const Account account = AccountOf(RunWell({"salvage", "m", "t", "nm", "nt"}));
+  EXPECT_GE(account.kept, 1);
+  EXPECT_LT(account.kept, 5);
+  EXPECT_EQ(account.kept + account.incomplete + account.lost, 5);
+  EXPECT_EQ(Run({"check", "nm", "nt", "--strict"}).status, 0);
+}
+
 // Each of the pages has a thousand times one record of two megabytes, all of it one page.
 TEST_F(SalvageTest, RecordsThatSharePagesDoNotKeepItBusy) {
   CreateFilesWith({SiteEntry("S")});
