@@ -1,5 +1,6 @@
 // Reading the alignments of a site.
 #include <QRegularExpression>
+#include <cmath>
 #include <limits>
 
 #include "tests/store/RetrievalTest.h"
@@ -108,16 +109,20 @@ TEST_P(SiteRetrievalTest, TimesAbove31BitsComeBack) {
 }
 
 TEST_P(SiteRetrievalTest, NumbersKeepTheirValue) {
+  // 2 to the power of 53, 19 times: digits of so large a number would be read differently by engines with a
+  // long double and by those without.
+  const QString large = QString("9007199254740992.0 * ").repeated(18) + "9007199254740992.0";
   SaveChanged(
       "UPDATE Geolocation SET LatitudeDegreesNorth = 0.1, LongitudeDegreesEast = 9e999;"
-      "UPDATE Height SET HeightInMeters = 1.797693134862315e308, HeightType = -2147483648;"
+      "UPDATE Height SET HeightInMeters = " +
+      large +
+      ", HeightType = -2147483648;"
       "UPDATE Orientation SET AzimuthDegrees = 0.1, TiltDegrees = 1e300");
   const SiteReport report = GetSite("Site 2");
   const IAntennaAlignmentReportData& record = *report->AlignmentData()->at(0);
   EXPECT_EQ(record.GetGeolocation()->LatitudeDegreesNorth(), 0.1);
   EXPECT_EQ(record.GetGeolocation()->LongitudeDegreesEast(), std::numeric_limits<double>::infinity());
-  // Where a long double is no longer than a double, the engine reads so many digits a little differently.
-  EXPECT_DOUBLE_EQ(record.GetHeight()->HeightInMeters(nullptr), 1.797693134862315e308);
+  EXPECT_EQ(record.GetHeight()->HeightInMeters(nullptr), std::ldexp(1.0, 19 * 53));
   EXPECT_EQ(static_cast<int>(record.GetHeight()->HeightType()), std::numeric_limits<int>::min());
   EXPECT_EQ(record.GetMeasuredOrientation()->AzimuthDegrees(), 0.1F);
 }
