@@ -233,6 +233,26 @@ TEST_F(DamagedFileTest, TwoEntriesOfOneTableAreNotBelieved) {
   EXPECT_EQ(tables.at("u").rows.size(), 2U);
 }
 
+// A nought has a type of its own and no bytes; the two types beyond it and 1 are nobody's.
+TEST_F(DamagedFileTest, ValuesOfReservedTypesAreNone) {
+  Create(512, 0);
+  RunSql(folder_.Main(), "INSERT INTO t VALUES (1, 0)");
+  ExpectToReadAll();
+  QFile file(folder_.Main());
+  ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+  // Sizes of record and head, and the key, whose column holds nothing.
+  const QByteArray record("\x03\x01\x03\0\x08", 5);
+  const auto at = file.readAll().indexOf(record);
+  ASSERT_GT(at, 512);
+  for (const char type : {char(10), char(11)}) {
+    ASSERT_TRUE(file.seek(at + 4) && file.putChar(type) && file.flush());
+    const AnyShape any;
+    const StoredTable table = DamagedFile(folder_.Main().toUtf8()).Read({{"t", {&any, 0}}})["t"];
+    EXPECT_TRUE(table.rows.empty());
+    EXPECT_FALSE(table.gaps.empty());
+  }
+}
+
 // Whichever page is lost, what was deleted does not come back, though its pages are still there.
 TEST_F(DamagedFileTest, DeletedRowsStayDeleted) {
   constexpr int pageSize = 512;
