@@ -1,3 +1,4 @@
+#include <QFileInfo>
 #include <QHash>
 #include <memory>
 
@@ -62,11 +63,19 @@ void RequireWithPdf(const Arguments& arguments, bool isPdf) {
   }
 }
 
+/// Qt 6.4 takes any word for a zone, as a rule of POSIX without an offset. Qt's own list lacks such as
+/// Etc/UTC.
+bool IsZone(const QByteArray& name) {
+  return QTimeZone::isTimeZoneIdAvailable(name) ||
+         QFileInfo(QStringLiteral("/usr/share/zoneinfo/") + QString::fromUtf8(name)).isFile();
+}
+
 ReportPdf::Head HeadOf(const Arguments& arguments) {
   ReportPdf::Head head;
   head.title = arguments.options.value(QStringLiteral("title"));
-  head.timeZone = QTimeZone(arguments.options.value(QStringLiteral("time-zone")).toUtf8());
-  if (!head.timeZone.isValid()) {
+  const QByteArray zone = arguments.options.value(QStringLiteral("time-zone")).toUtf8();
+  head.timeZone = QTimeZone(zone);
+  if (!head.timeZone.isValid() || !IsZone(zone)) {
     throw WrongUsage(QStringLiteral("--time-zone must be the name of a time zone, such as Europe/Oslo"));
   }
   return head;
