@@ -106,9 +106,9 @@ TEST_F(DeleteTest, ASiteThatATriggerKeepsIsNotDeleted) {
   const Outcome outcome = Run({"delete", "m", "t", "--site", "S", "--yes"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out, QString());
-  EXPECT_TRUE(outcome.err.endsWith(
-      "tarnbeam-db: site S could not be deleted, perhaps because of a trigger; nothing was deleted\n"))
-      << outcome.err.toStdString();
+  EXPECT_EQ(outcome.err,
+            "tarnbeam-db: site S and 2 reports in all its sectors will be deleted\n"
+            "tarnbeam-db: site S could not be deleted, perhaps because of a trigger; nothing was deleted\n");
   EXPECT_EQ(Counts(), (QStringList{"3", "3", "2", "2"}));
 }
 

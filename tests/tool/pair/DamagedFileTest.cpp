@@ -1,4 +1,5 @@
-// A file that is whole is read page by page as the engine reads it, whatever the engine put into it.
+// A file is read page by page as the engine reads it, whatever the engine put into it; of what is damaged
+// nothing is invented.
 #include "tool/pair/DamagedFile.h"
 
 #include <gtest/gtest.h>
@@ -55,27 +56,33 @@ class DamagedFileTest : public testing::Test {
         QString("PRAGMA page_size = %1; CREATE TABLE t (key INTEGER PRIMARY KEY, v)").arg(pageSize);
     ASSERT_EQ(sqlite3_exec(db, sql.toUtf8().constData(), nullptr, nullptr, nullptr), SQLITE_OK);
     ASSERT_EQ(sqlite3_close(db), SQLITE_OK);
-    QFile file(folder_.Main());
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    ASSERT_EQ(int(file.read(21).at(20)), reserved);
+    ASSERT_EQ(int(Content().at(20)), reserved);
   }
 
   void ExpectToReadAll() { ExpectToRead(Rows(folder_.Main(), asTexts), 0); }
 
   void ExpectToRead(const QStringList& rows, quint32 usualRoot) {
-    DamagedFile file(folder_.Main().toUtf8());
-    const AnyShape any;
-    const StoredTable table = file.Read({{"t", {&any, usualRoot}}})["t"];
+    const StoredTable table = ReadTable(usualRoot);
     EXPECT_TRUE(table.gaps.empty());
     ASSERT_EQ(table.rows.size(), std::size_t(rows.size()));
     auto expected = rows.begin();
-    for (const auto& [key, row] : table.rows) ASSERT_EQ(Text(row).left(200), expected++->left(200));
+    for (const auto& [key, row] : table.rows) ASSERT_TRUE(Text(row) == *expected++) << key;
   }
 
-  void LoseHead(int size) {
+  StoredTable ReadTable(quint32 usualRoot = 0) const {
+    const AnyShape any;
+    return DamagedFile(folder_.Main().toUtf8()).Read({{"t", {&any, usualRoot}}})["t"];
+  }
+
+  QByteArray Content() const {
     QFile file(folder_.Main());
-    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-    ASSERT_EQ(file.write(QByteArray(size, '\x55')), size);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return file.readAll();
+  }
+
+  void Overwrite(qint64 at, const QByteArray& bytes) const {
+    QFile file(folder_.Main());
+    EXPECT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(at) && file.write(bytes) == bytes.size());
   }
 
   const TemporaryFolder folder_;
@@ -139,7 +146,7 @@ TEST_F(DamagedFileTest, LostHeadsOfAllPageSizes) {
                  .arg(int(part * pageSize)));
       const QStringList rows = Rows(folder_.Main(), asTexts);
       ASSERT_EQ(rows.size(), 40);
-      LoseHead(lost);
+      Overwrite(0, QByteArray(lost, '\x55'));
       ExpectToRead(rows, usualRoot);
     }
   }
@@ -153,15 +160,12 @@ TEST_F(DamagedFileTest, KeysThatAreThereTwice) {
          "WITH RECURSIVE n(k) AS (VALUES (1) UNION ALL SELECT k + 1 FROM n WHERE k < 100) "
          "INSERT INTO t SELECT k, printf('%*c', 70 + k % 30, 'x') FROM n");
   const QStringList rows = Rows(folder_.Main(), asTexts);
-  QFile file(folder_.Main());
-  ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-  const QByteArray whole = file.readAll();
+  const QByteArray whole = Content();
   const auto byteAt = [&whole](int at) { return int(uchar(whole.at(at))); };
   const auto readWith = [&](int at, int value) {
-    EXPECT_TRUE(file.seek(at) && file.putChar(char(value)) && file.flush());
-    const AnyShape any;
-    StoredTable table = DamagedFile(folder_.Main().toUtf8()).Read({{"t", {&any, 0}}})["t"];
-    EXPECT_TRUE(file.seek(at) && file.putChar(whole.at(at)) && file.flush());
+    Overwrite(at, QByteArray(1, char(value)));
+    StoredTable table = ReadTable();
+    Overwrite(at, whole.mid(at, 1));
     return table;
   };
   int leaves = 0;
@@ -198,9 +202,7 @@ TEST_F(DamagedFileTest, ARecordDoesNotGoOnOnAFreePage) {
          "(3, printf('%*c', 600, 'c')); DELETE FROM t WHERE key > 1");
   const QStringList rows = Rows(folder_.Main(), asTexts);
   ExpectToRead(rows, 0);
-  QFile file(folder_.Main());
-  ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-  const QByteArray whole = file.readAll();
+  const QByteArray whole = Content();
   const auto number = [&whole](int at) { return int(uchar(whole.at(at + 3))); };
   const int trunk = number(32);
   ASSERT_EQ(number((trunk - 1) * pageSize + 4), 1);
@@ -209,9 +211,8 @@ TEST_F(DamagedFileTest, ARecordDoesNotGoOnOnAFreePage) {
       Rows(folder_.Main(), "SELECT pageno FROM dbstat WHERE pagetype = 'overflow'").value(0).toInt();
   const auto pointer = whole.indexOf(QByteArray("\0\0\0", 3) + char(pageOfRest), pageSize + 16);
   ASSERT_TRUE(pageOfRest > 2 && pointer > 0 && pointer < 2 * pageSize);
-  ASSERT_TRUE(file.seek(pointer) && file.write(freed) == 4 && file.flush());
-  const AnyShape any;
-  const StoredTable table = DamagedFile(folder_.Main().toUtf8()).Read({{"t", {&any, 0}}})["t"];
+  Overwrite(pointer, freed);
+  const StoredTable table = ReadTable();
   EXPECT_TRUE(table.rows.empty());
   EXPECT_FALSE(table.gaps.empty());
 }
@@ -238,16 +239,13 @@ TEST_F(DamagedFileTest, ValuesOfReservedTypesAreNone) {
   Create(512, 0);
   RunSql(folder_.Main(), "INSERT INTO t VALUES (1, 0)");
   ExpectToReadAll();
-  QFile file(folder_.Main());
-  ASSERT_TRUE(file.open(QIODevice::ReadWrite));
   // Sizes of record and head, and the key, whose column holds nothing.
   const QByteArray record("\x03\x01\x03\0\x08", 5);
-  const auto at = file.readAll().indexOf(record);
+  const auto at = Content().indexOf(record);
   ASSERT_GT(at, 512);
   for (const char type : {char(10), char(11)}) {
-    ASSERT_TRUE(file.seek(at + 4) && file.putChar(type) && file.flush());
-    const AnyShape any;
-    const StoredTable table = DamagedFile(folder_.Main().toUtf8()).Read({{"t", {&any, 0}}})["t"];
+    Overwrite(at + 4, QByteArray(1, type));
+    const StoredTable table = ReadTable();
     EXPECT_TRUE(table.rows.empty());
     EXPECT_FALSE(table.gaps.empty());
   }
@@ -265,19 +263,16 @@ TEST_F(DamagedFileTest, DeletedRowsStayDeleted) {
   const QStringList rows = Rows(folder_.Main(), asTexts);
   ASSERT_EQ(rows.size(), 199);
   EXPECT_GT(Rows(folder_.Main(), "PRAGMA freelist_count").value(0).toInt(), 30);
-  QFile file(folder_.Main());
-  ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-  const QByteArray whole = file.readAll();
-  const AnyShape any;
+  const QByteArray whole = Content();
   int lessened = 0;
   for (qint64 at = pageSize; at < whole.size(); at += pageSize) {
     SCOPED_TRACE(at / pageSize);
-    ASSERT_TRUE(file.seek(at) && file.write(QByteArray(pageSize, '\x55')) == pageSize && file.flush());
-    const StoredTable table = DamagedFile(folder_.Main().toUtf8()).Read({{"t", {&any, 0}}})["t"];
+    Overwrite(at, QByteArray(pageSize, '\x55'));
+    const StoredTable table = ReadTable();
     for (const auto& [key, row] : table.rows) EXPECT_TRUE(rows.contains(Text(row))) << key;
     EXPECT_GE(table.rows.size(), 190U);
     lessened += table.rows.size() < 199 ? 1 : 0;
-    ASSERT_TRUE(file.seek(at) && file.write(whole.mid(int(at), pageSize)) == pageSize && file.flush());
+    Overwrite(at, whole.mid(int(at), pageSize));
   }
   EXPECT_GT(lessened, 30);
 }
