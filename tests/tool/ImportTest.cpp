@@ -26,6 +26,15 @@ TEST_F(ImportTest, Example) {
             QStringList{"1"});
 }
 
+TEST_F(ImportTest, LongWorkShowsItsProgressOnATerminal) {
+  CreateFiles();
+  WriteJson("in.json", {SiteEntry(), PathEntry()});
+  constexpr int aSecond = 1000;
+  const Outcome outcome = RunOnTerminal({"import", "m", "t", "in.json"}, aSecond);
+  EXPECT_EQ(outcome.out, "2 alignments saved, 1 of sites and 1 of paths\n");
+  EXPECT_EQ(outcome.err, "\r\x1b[K1 of 2 alignments\r\x1b[K2 of 2 alignments\r\x1b[K");
+}
+
 TEST_F(ImportTest, EveryValueOfASiteReachesItsColumn) {
   CreateFilesWith({SiteEntry()});
   EXPECT_EQ(

@@ -86,6 +86,20 @@ TEST_F(MergeTest, TwentyPairsOfAllVersionsTwice) {
   EXPECT_EQ(Exported({"m", "t"}), expected);
 }
 
+TEST_F(MergeTest, LongWorkShowsItsProgressOnATerminal) {
+  CreateFiles();
+  CreateSource("a", {SiteEntry("B"), PathEntry("Z")});
+  CreateSource("b", {SiteEntry("C")});
+  constexpr int aSecond = 1000;
+  for (const int clockStep : {0, aSecond}) {
+    const Outcome outcome = RunOnTerminal({"merge", "m", "t", "a", "at", "b", "bt", "--dry-run"}, clockStep);
+    EXPECT_EQ(outcome.out, "3 added, 0 already there, 0 conflicts\n");
+    EXPECT_EQ(outcome.err, clockStep == 0 ? QString()
+                                          : "\r\x1b[K1 of 3 alignments\r\x1b[K2 of 3 alignments"
+                                            "\r\x1b[K3 of 3 alignments\r\x1b[K");
+  }
+}
+
 TEST_F(MergeTest, AlignmentsOfEarlierVersionsGetThresholdsOfNone) {
   CreateFiles();
   for (int version = 1; version <= 6; ++version) {

@@ -259,4 +259,18 @@ TEST_F(ReadingTest, WhatWasDoneIsToldOnStandardErrorInstead) {
   EXPECT_EQ(RunWell({"list", "m", "t"}), "kind  reports  identifier\nsite        1  S\n");
 }
 
+// No file takes the number of a stream that is not there, and with it what was meant for that stream.
+TEST_F(ReadingTest, WithoutStreamsFilesAreChangedAsWithThem) {
+  WriteJson("in.json", {SiteEntry("T")});
+  for (const QStringList& words : {QStringList{"create", "nm", "nt"},
+                                   {"import", "nm", "nt", "in.json"},
+                                   {"merge", "nm", "nt", "m", "t"},
+                                   {"delete", "nm", "nt", "--site", "T", "--yes"}}) {
+    const Outcome outcome = RunInShell("exec \"$0\" \"$@\" <&- >&- 2>&-", words);
+    EXPECT_EQ(outcome.status, 0) << words.first().toStdString();
+  }
+  EXPECT_EQ(RunWell({"export", "nm", "nt"}), RunWell({"export", "m", "t"}));
+  RunWell({"check", "nm", "nt"});
+}
+
 }  // namespace

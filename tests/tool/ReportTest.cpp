@@ -144,6 +144,13 @@ TEST_F(ReportTest, PageIsNamedByTheContainer) {
   EXPECT_EQ(page.count("/Type /Page\n"), 1);
 }
 
+// The pages are there, but nothing that a database holds was changed.
+TEST_F(ReportTest, NamesOfPagesThatCannotBeToldAreAFailure) {
+  const Outcome outcome = RunInShell("exec \"$0\" \"$@\" >&-", {"report", "m", "t", "--all", "--pdf", "."});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "tarnbeam-db: standard output cannot be written\n");
+}
+
 TEST_F(ReportTest, ManyReportsTakeSeveralPages) {
   QJsonArray entries;
   for (int number = 0; number < 20; ++number) entries.append(SiteEntry("B", QString::number(number)));

@@ -77,7 +77,7 @@ Outcome ToolTest::Finish(QProcess* process) {
 
 namespace {
 
-// What is typed on it, the program reads from its standard input.
+// What is typed on it, the program reads from its standard input; what the program writes on it can be read.
 class Terminal {
  public:
   Terminal() : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
@@ -90,6 +90,17 @@ class Terminal {
   void Type(const QString& text) const {
     const QByteArray typed = text.toUtf8();
     EXPECT_EQ(write(master_, typed.constData(), static_cast<size_t>(typed.size())), typed.size());
+  }
+  // What the program, which has ended, wrote on it: all that comes before what is written now.
+  QByteArray Shown() const {
+    constexpr char end = '\4';
+    QFile slave(Name());
+    EXPECT_TRUE(slave.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+    EXPECT_TRUE(slave.putChar(end));
+    QByteArray shown;
+    char next = end;
+    while (read(master_, &next, 1) == 1 && next != end) shown += next;
+    return shown;
   }
 
  private:
@@ -110,16 +121,41 @@ Outcome ToolTest::Run(const QStringList& words, const QString& terminalInput) {
   return Finish(&process);
 }
 
+namespace {
+
+void SetVariables(QProcess* process, const QMap<QString, QString>& variables) {
+  QProcessEnvironment environment = process->processEnvironment();
+  for (auto one = variables.cbegin(); one != variables.cend(); ++one)
+    environment.insert(one.key(), one.value());
+  process->setProcessEnvironment(environment);
+}
+
+// Something is loaded before the sanitizers' own library.
+const QString sanitizerOptions = QStringLiteral("verify_asan_link_order=0:detect_leaks=0");
+
+}  // namespace
+
 Outcome ToolTest::RunProgram(const QString& program, const QStringList& words,
                              const QMap<QString, QString>& variables) {
   QProcess process;
   Prepare(&process);
-  QProcessEnvironment environment = process.processEnvironment();
-  for (auto one = variables.cbegin(); one != variables.cend(); ++one)
-    environment.insert(one.key(), one.value());
-  process.setProcessEnvironment(environment);
+  SetVariables(&process, variables);
   process.start(program, words);
   return Finish(&process);
+}
+
+Outcome ToolTest::RunOnTerminal(const QStringList& words, int clockStep) {
+  QProcess process;
+  Prepare(&process);
+  SetVariables(&process, {{"LD_PRELOAD", TARNBEAM_CLOCK},
+                          {"ASAN_OPTIONS", sanitizerOptions},
+                          {"CLOCK_STEP", QString::number(clockStep)}});
+  const Terminal terminal;
+  process.setStandardErrorFile(terminal.Name());
+  process.start(TARNBEAM_TOOL, words);
+  Outcome outcome = Finish(&process);
+  outcome.err = QString::fromUtf8(terminal.Shown());
+  return outcome;
 }
 
 // Root without the right to override permissions is like any other user.
@@ -141,7 +177,7 @@ Outcome ToolTest::RunFailing(const QStringList& words, const char* kind, const Q
                              const QMap<QString, QString>& variables) {
   QFile::remove(Path("mark"));
   QMap<QString, QString> all{{"LD_PRELOAD", TARNBEAM_FAILING_CALLS},
-                             {"ASAN_OPTIONS", "verify_asan_link_order=0:detect_leaks=0"},
+                             {"ASAN_OPTIONS", sanitizerOptions},
                              {"FAILING_KIND", kind},
                              {"FAILING_FOLDER", folder + '/'},
                              {"FAILING_NUMBER", QString::number(number)},

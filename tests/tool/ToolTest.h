@@ -60,6 +60,8 @@ class ToolTest : public testing::Test {
   Outcome RunUnprivileged(const QStringList& words);
   // The program as "$0" with its words as "$@" in a line of a shell, which may limit it or close its output.
   Outcome RunInShell(const QString& line, const QStringList& words);
+  // With standard error on a terminal, and a clock that each look at it finds so many milliseconds later.
+  Outcome RunOnTerminal(const QStringList& words, int clockStep);
   // No file may grow beyond so many blocks of 512 bytes, as on a full disk.
   Outcome RunWithFileLimit(int blocks, const QStringList& words);
   // Its calls on files in a folder fail as FailingCalls.cpp has it; whether it came to that.

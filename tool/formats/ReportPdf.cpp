@@ -330,11 +330,9 @@ class Page {
     y_ += 4;
   }
 
-  void Row(const std::array<QString, 6>& cells) {
+  void Row(const std::array<QString, 5>& cells) {
     for (std::size_t column = 0; column < cells.size(); ++column) {
-      const bool number = column > 0 && column < 5;
-      Text(columnAt.at(column), y_, 72, cells.at(column), number ? Qt::AlignRight : Qt::AlignLeft);
-      if (column == 4) painter_.setPen(ink);
+      Text(columnAt.at(column), y_, 72, cells.at(column), column > 0 ? Qt::AlignRight : Qt::AlignLeft);
     }
     y_ += rowHeight;
   }
@@ -342,14 +340,14 @@ class Page {
   void DrawAngles(const std::vector<Judgement>& angles) {
     UseFont(8, false, soft);
     Row({QString(), QStringLiteral("target"), QStringLiteral("measured"), QStringLiteral("deviation"),
-         QStringLiteral("threshold"), QString()});
+         QStringLiteral("threshold")});
     Line(y_ - 2);
     for (const Judgement& angle : angles) {
       UseFont(9, false, ink);
       const QString threshold =
           angle.verdict == Verdict::None ? QStringLiteral("–") : Degrees(angle.threshold);
       Row({QLatin1String(angle.angle), Degrees(angle.target), Degrees(angle.measured),
-           Degrees(angle.deviation, true), threshold, QString()});
+           Degrees(angle.deviation, true), threshold});
       UseFont(9, true, VerdictColor(angle.verdict));
       Text(columnAt.back() + 10, y_ - rowHeight, 80, VerdictWords(angle.verdict));
     }

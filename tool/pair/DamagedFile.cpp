@@ -13,7 +13,6 @@ constexpr uchar leafTable = 0x0D;
 constexpr int fileHead = 100;
 constexpr int interiorHead = 12;
 constexpr int leafHead = 8;
-constexpr int smallestCell = 4;
 /// Stands as 0 or 1 where two bytes hold a size.
 constexpr quint32 largestPage = 65536;
 constexpr KeyRange everywhere{};
@@ -374,7 +373,7 @@ bool DamagedFile::ReadCell(const Page& page, int at, Cell* cell) const {
   QByteArray payload(reinterpret_cast<const char*>(page.bytes) + at, int(local));
   at += int(local);
   const bool goesOn = size > local;
-  cell->to = std::max(at + (goesOn ? 4 : 0), cell->from + smallestCell);
+  cell->to = at + (goesOn ? 4 : 0);
   if (goesOn) {
     cell->isPlaced = true;
     if (!ReadOverflow(BigEndian32(page.bytes + at), size, &payload)) return false;

@@ -190,6 +190,7 @@ TEST(GeoJsonTest, WhatLiesNowhereOnEarthHasNoGeometry) {
   const QJsonArray features = Features({a});
   ASSERT_EQ(features.size(), 1);
   EXPECT_TRUE(features[0].toObject()["geometry"].isNull());
+  EXPECT_EQ(features[0].toObject()["properties"].toObject()["role"], "instrument");
 }
 
 QString Kml(const std::vector<Alignment>& alignments) {

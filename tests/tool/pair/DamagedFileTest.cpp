@@ -7,6 +7,7 @@
 
 #include <QFile>
 #include <QStringList>
+#include <QtEndian>
 
 #include "tests/support/DatabaseDump.h"
 #include "tests/support/PrintQt.h"
@@ -152,6 +153,19 @@ TEST_F(DamagedFileTest, LostHeadsOfAllPageSizes) {
   }
 }
 
+// Where no page tells it by its looks, the size is the engine's own: what is left on this leaf is near its
+// begin.
+TEST_F(DamagedFileTest, ALostHeadWhereNothingLooksLikeALeaf) {
+  Create(4096, 0);
+  RunSql(folder_.Main(),
+         "WITH RECURSIVE n(k) AS (VALUES (1) UNION ALL SELECT k + 1 FROM n WHERE k < 10) "
+         "INSERT INTO t SELECT k, printf('%*c', 380, 'x') FROM n; DELETE FROM t WHERE key < 10");
+  const QStringList rows = Rows(folder_.Main(), asTexts);
+  ASSERT_EQ(rows.size(), 1);
+  Overwrite(0, QByteArray(100, '\x55'));
+  ExpectToRead(rows, 0);
+}
+
 // A row whose key is that of the row before its page is not believed, nor is a page lost with its number.
 TEST_F(DamagedFileTest, KeysThatAreThereTwice) {
   constexpr int pageSize = 512;
@@ -215,6 +229,34 @@ TEST_F(DamagedFileTest, ARecordDoesNotGoOnOnAFreePage) {
   const StoredTable table = ReadTable();
   EXPECT_TRUE(table.rows.empty());
   EXPECT_FALSE(table.gaps.empty());
+}
+
+// A trunk of 512 bytes has room for 126 pages; where it says more nobody knows which pages are free, and
+// pages to which no tree leads may be among them.
+TEST_F(DamagedFileTest, AListOfFreePagesThatDoesNotFitIsNotBelieved) {
+  constexpr int pageSize = 512;
+  constexpr quint32 room = 126;
+  constexpr quint32 someNumber = 1000;
+  const auto number = [](quint32 value) {
+    QByteArray bytes(4, '\0');
+    qToBigEndian(value, bytes.data());
+    return bytes;
+  };
+  for (const quint32 said : {room, room + 1}) {
+    Create(pageSize, 0);
+    RunSql(
+        folder_.Main(),
+        "CREATE TABLE u (v); WITH RECURSIVE n(k) AS (VALUES (1) UNION ALL SELECT k + 1 FROM n WHERE k < 100) "
+        "INSERT INTO t SELECT k, printf('%*c', 70, 'x') FROM n; DROP TABLE u");
+    QByteArray trunk = number(0) + number(said);
+    for (quint32 place = 0; place < room; ++place) trunk += number(someNumber + place);
+    ASSERT_EQ(Content().mid(32, 4), number(3));
+    Overwrite(2 * pageSize, trunk);
+    Overwrite(36, number(said + 1));
+    // The root.
+    Overwrite(pageSize, QByteArray(pageSize, '\x55'));
+    EXPECT_EQ(ReadTable().rows.size(), said == room ? 100U : 0U);
+  }
 }
 
 // Two entries that contradict are no help: the rows are found by what they look like.
