@@ -74,6 +74,35 @@ TEST_F(FaultTest, AReadThatFailsIsNoShorterAnswer) {
   }
 }
 
+TEST_F(FaultTest, AReadThatFailsChangesNothingOrIsToldToComeAfterTheChange) {
+  const QStringList words{"import", mainName, thresholdsName, "in.json"};
+  const QString before = RunWell({"export", mainName, thresholdsName});
+  RunWell(words);
+  const QString after = RunWell({"export", mainName, thresholdsName});
+  QMap<QString, int> told;
+  for (int number = 1;; number += AreAllWanted() || number < 15 ? 1 : 9) {
+    SCOPED_TRACE(number);
+    Restore();
+    const Outcome outcome = RunFailing(words, "read", "files", number);
+    if (!HasFailed()) break;
+    ++told[outcome.err];
+    // With 1 the files are as they were.
+    const bool isToldLate =
+        outcome.status == 4 && outcome.err.endsWith("; the change was made, but could not be read back\n");
+    EXPECT_TRUE(isToldLate || !outcome.err.contains("was made")) << outcome.err.toStdString();
+    EXPECT_EQ(RunWell({"export", mainName, thresholdsName}),
+              isToldLate || outcome.status == 0 ? after : before)
+        << outcome.err.toStdString();
+    if (HasFailure()) return;
+  }
+  for (const char* message :
+       {"files/m: cannot be read: disk I/O error", "files/t: cannot be read: disk I/O error",
+        "files/m: does not take what is written to it; the change was made, but could not "
+        "be read back"}) {
+    EXPECT_GT(told.value(QString("tarnbeam-db: %1\n").arg(message)), 0) << message;
+  }
+}
+
 TEST_F(FaultTest, AWriteThatFailsChangesAllOrNothing) {
   const QString before = RunWell({"export", mainName, thresholdsName});
   for (const QStringList& words :
@@ -100,6 +129,86 @@ TEST_F(FaultTest, AWriteThatFailsChangesAllOrNothing) {
     }
   }
 }
+
+TEST_F(FaultTest, FileSystemsThatKnowNoMoveToAFreePlace) {
+  const QString exported = RunWell({"export", mainName, thresholdsName});
+  for (const QStringList& words :
+       {QStringList{"create", "files/nm", "files/nt"},
+        QStringList{"backup", mainName, thresholdsName, "files/b"},
+        QStringList{"salvage", mainName, thresholdsName, "files/sm", "files/st"}}) {
+    const Outcome outcome =
+        ToolTest::RunFailing(words, "move", "files", 1, {{"TMPDIR", Path("copies")}, {"FAILING_LASTS", "1"}});
+    EXPECT_TRUE(HasFailed());
+    EXPECT_EQ(outcome.status, 0) << outcome.err.toStdString();
+  }
+  EXPECT_EQ(QDir(Path("files")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name),
+            (QStringList{"b", "m", "nm", "nt", "sm", "st", "t"}));
+  EXPECT_EQ(RunWell({"export", "files/nm", "files/nt"}), "[\n]\n");
+  EXPECT_EQ(RunWell({"export", "files/b/main.sqlite", "files/b/thresholds.sqlite"}), exported);
+  EXPECT_EQ(RunWell({"export", "files/sm", "files/st"}), exported);
+}
+
+// What a disk loses nobody can bring back, but that it was lost is seen when it is read again.
+TEST_F(FaultTest, AWriteThatIsLostIsNoSuccess) {
+  const QString clean = RunWell({"check", mainName, thresholdsName});
+  for (const QStringList& words :
+       {QStringList{"import", mainName, thresholdsName, "in.json"},
+        QStringList{"delete", mainName, thresholdsName, "--site", "S1", "--yes"}}) {
+    Restore();
+    ASSERT_EQ(Run(words).status, 0);
+    const QString after = RunWell({"export", mainName, thresholdsName});
+    int told = 0;
+    // Of rows and of indices pages are written in the end.
+    for (int number = 1;; number += AreAllWanted() || number > 30 ? 1 : 5) {
+      SCOPED_TRACE(QString("%1, write %2").arg(words.first()).arg(number).toStdString());
+      Restore();
+      const Outcome outcome = RunFailing(words, "lose", "files", number);
+      if (!HasFailed()) break;
+      if (outcome.status == 0) {
+        EXPECT_EQ(RunWell({"export", mainName, thresholdsName}), after);
+        EXPECT_EQ(RunWell({"check", mainName, thresholdsName}), clean);
+      } else {
+        ++told;
+        EXPECT_EQ(outcome.out, QString());
+        EXPECT_FALSE(outcome.err.isEmpty());
+      }
+    }
+    EXPECT_GT(told, 0) << words.first().toStdString();
+  }
+}
+
+// Another program that comes at any moment gets its turn, or is told that the files are in use; what either
+// of them says was done is there.
+class NeighbourTest : public FaultTest, public testing::WithParamInterface<bool> {};
+
+TEST_P(NeighbourTest, MayComeAtAnyMoment) {
+  const bool isLog = GetParam();
+  WriteJson("other.json", {SiteEntry("other")});
+  const QString other =
+      QString("unset LD_PRELOAD; %1 import %2 %3 other.json --wait 0 >/dev/null 2>&1; echo $? >>said")
+          .arg(TARNBEAM_TOOL, mainName, thresholdsName);
+  QMap<QByteArray, int> said;
+  for (int number = 1;; ++number) {
+    SCOPED_TRACE(number);
+    Restore();
+    if (isLog) RunSql(Path(mainName), "PRAGMA journal_mode = WAL");
+    QFile::remove(Path("said"));
+    const Outcome outcome =
+        ToolTest::RunFailing({"delete", mainName, thresholdsName, "--site", "S1", "--yes"}, "open",
+                             Path("files"), number, {{"TMPDIR", Path("copies")}, {"FAILING_COMMAND", other}});
+    if (!HasFailed()) break;
+    EXPECT_EQ(outcome.status, 0) << outcome.err.toStdString();
+    const QByteArray status = ReadFile("said").trimmed();
+    ++said[status];
+    const QString listed = RunWell({"list", mainName, thresholdsName});
+    EXPECT_EQ(listed.count(" S1\n"), 0);
+    EXPECT_EQ(listed.count(" other\n"), status == "0" ? 1 : 0);
+    if (HasFailure()) return;
+  }
+  EXPECT_EQ(said.keys(), (QList<QByteArray>{"0", "3"}));
+}
+
+INSTANTIATE_TEST_SUITE_P(WithoutAndWithALog, NeighbourTest, testing::Bool());
 
 // A card that has come to its end.
 TEST_F(FaultTest, ADiskThatGoesOnFailingIsAFailure) {

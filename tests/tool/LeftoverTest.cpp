@@ -148,6 +148,15 @@ TEST_F(LeftoverTest, ABackupThatIsBeingMadeStays) {
   EXPECT_FALSE(QDir(Path("b.creating-abcdef")).exists());
 }
 
+// Whoever opened them as files would wait for somebody at their other end.
+TEST_F(LeftoverTest, PipesWithNamesOfFilesThatAreBeingMade) {
+  for (const char* name : {"nm", "b"}) {
+    ASSERT_EQ(mkfifo((Path(name) + ".creating-abcdef").toUtf8().constData(), 0600), 0);
+  }
+  RunWell({"create", "nm", "nt"});
+  RunWell({"backup", "nm", "nt", "b"});
+}
+
 // Nobody has the file in use.
 TEST_F(LeftoverTest, AJournalThatCannotBeTakenAwayIsAFailure) {
   ASSERT_TRUE(QDir(Folder()).mkdir("ro"));

@@ -20,8 +20,6 @@ QByteArray JournalMode(const Sqlite& db, const QByteArray& pragma) {
 }
 
 constexpr int readBackSeconds = 10;
-/// What the change and the return to WAL mode add to a file's counter.
-constexpr quint32 changesOfOurs = 2;
 
 /// The file as the connection has opened it. If it were opened in any other way, closing it would release the
 /// connection's locks.
@@ -31,15 +29,15 @@ sqlite3_file* FileOf(const Sqlite& db, const char* schema) {
   return file;
 }
 
-/// A number in the file's header that every change increments.
-quint32 ChangeCounter(const Sqlite& db, const char* schema) {
-  constexpr sqlite3_int64 counterOffset = 24;
-  std::array<unsigned char, 4> bytes{};
-  sqlite3_file* const file = FileOf(db, schema);
-  if (file->pMethods->xRead(file, bytes.data(), bytes.size(), counterOffset) != SQLITE_OK) return 0;
-  quint32 counter = 0;
-  for (const unsigned char byte : bytes) counter = counter << 8 | byte;
-  return counter;
+/// Rows and indices agree.
+bool IsSound(const Sqlite& db, const QByteArray& schema) {
+  Sqlite::Rows findings = db.Select("PRAGMA " + schema + ".integrity_check(1)");
+  return findings.Next() && findings.Bytes(0) == "ok";
+}
+
+/// A number that is another one as soon as another connection than this has changed the file.
+qint64 DataVersion(const Sqlite& db, const QByteArray& schema) {
+  return db.Number("PRAGMA " + schema + ".data_version");
 }
 
 }  // namespace
@@ -60,12 +58,12 @@ Edit::Edit(const QString& mainName, const QString& thresholdsName, const Deadlin
     if (copies_.HasThresholds()) CopyLocked("thresholds", copies_.ThresholdsPath());
     LookAtCopies(files);
   } catch (...) {
-    Release();
+    Unlock();
     throw;
   }
 }
 
-Edit::~Edit() { Release(); }
+Edit::~Edit() { Unlock(); }
 
 // Each is closed before SQLite opens it: closing releases all locks that the process has on a file.
 void Edit::FindFiles(const QString& mainName, const QString& thresholdsName) {
@@ -159,19 +157,26 @@ void Edit::Commit() {
     copies_.RequireSoundCopies();
     db_->Attach(copies_.MainPath(), "wanted_main");
     if (copies_.HasThresholds()) db_->Attach(copies_.ThresholdsPath(), "wanted_thresholds");
-    mainCounter_ = ChangeCounter(*db_, "main");
-    if (copies_.HasThresholds()) thresholdsCounter_ = ChangeCounter(*db_, "thresholds");
     ForBoth(
         [this](const QByteArray& wanted, const QByteArray& file) { RowChanges::Apply(*db_, wanted, file); });
     RequireEqual(*db_);
+    ForBoth([this](const QByteArray& /*wanted*/, const QByteArray& file) {
+      written_[file] = {DataVersion(*db_, file), IsSound(*db_, file)};
+    });
     db_->Execute("COMMIT");
   } catch (const Failure& failure) {
     RemoveSharedJournal();
     throw Failure(QString::fromUtf8(failure.what()) + QStringLiteral("; both files are as they were"),
                   failure.ExitStatus());
   }
-  Release();
-  ReadBack();
+  Unlock();
+  try {
+    ReadBack();
+  } catch (const Failure& failure) {
+    throw Failure(QString::fromUtf8(failure.what()) +
+                      QStringLiteral("; the change was made, but could not be read back"),
+                  Status::Damaged);
+  }
 }
 
 /// SQLite leaves the journal that both files share where a commit fails. Removed under the lock alone, since
@@ -191,10 +196,20 @@ void Edit::ForBoth(Work work) const {
 
 void Edit::RequireEqual(const Sqlite& db) const {
   ForBoth([&](const QByteArray& wanted, const QByteArray& file) {
-    if (RowChanges::AreEqual(db, wanted, file)) return;
-    throw Failure((file == "main" ? copies_.ShownMain() : copies_.ShownThresholds()) +
-                  QStringLiteral(": does not take what is written to it"));
+    if (!RowChanges::AreEqual(db, wanted, file)) FailAsNotTaken(file);
   });
+}
+
+/// Indices that were wrong before the change are not its own.
+void Edit::RequireSound(const Sqlite& db) const {
+  ForBoth([&](const QByteArray& /*wanted*/, const QByteArray& file) {
+    if (written_.at(file).isSound && !IsSound(db, file)) FailAsNotTaken(file);
+  });
+}
+
+void Edit::FailAsNotTaken(const QByteArray& file) const {
+  throw Failure((file == "main" ? copies_.ShownMain() : copies_.ShownThresholds()) +
+                QStringLiteral(": does not take what is written to it"));
 }
 
 /// Over a connection of its own, so that the files are read and not what the first one has cached.
@@ -210,10 +225,10 @@ void Edit::ReadBack() const {
       bool othersCameIn = false;
       ForBoth([&](const QByteArray& /*wanted*/, const QByteArray& file) {
         db.Number("SELECT count(*) FROM " + file + ".sqlite_schema");
-        const quint32 before = file == "main" ? mainCounter_ : thresholdsCounter_;
-        if (ChangeCounter(db, file.constData()) - before > changesOfOurs) othersCameIn = true;
+        if (DataVersion(*db_, file) != written_.at(file).dataVersion) othersCameIn = true;
       });
-      // What another program has made of the files since is not judged.
+      RequireSound(db);
+      // What another program has made of the rows since is not judged.
       if (!othersCameIn) RequireEqual(db);
       return;
     } catch (const InUse&) {
@@ -226,12 +241,11 @@ void Edit::ReadBack() const {
   }
 }
 
-void Edit::Release() {
+void Edit::Unlock() const {
   if (db_ == nullptr) return;
   sqlite3* const db = db_->Handle();
   if (sqlite3_get_autocommit(db) == 0) sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
   // If another program is quicker, the file keeps its rollback journal.
   if (mainHasLog_) sqlite3_exec(db, "PRAGMA main.journal_mode = WAL", nullptr, nullptr, nullptr);
   if (thresholdsHaveLog_) sqlite3_exec(db, "PRAGMA thresholds.journal_mode = WAL", nullptr, nullptr, nullptr);
-  db_.reset();
 }

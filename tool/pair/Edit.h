@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <map>
 #include <memory>
 
 #include "tool/pair/Deadline.h"
@@ -37,6 +38,13 @@ class Edit {
   void Commit();
 
  private:
+  /// A file as the transaction leaves it.
+  struct Written {
+    qint64 dataVersion = 0;
+    /// Its indices fit its rows.
+    bool isSound = false;
+  };
+
   void FindFiles(const QString& mainName, const QString& thresholdsName);
   void Lock(const Deadline& deadline);
   bool TryLock();
@@ -47,8 +55,10 @@ class Edit {
   void CopyLocked(const char* schema, const QByteArray& target) const;
   void LookAtCopies(Files files);
   void RequireEqual(const Sqlite& db) const;
+  void RequireSound(const Sqlite& db) const;
+  [[noreturn]] void FailAsNotTaken(const QByteArray& file) const;
   void ReadBack() const;
-  void Release();
+  void Unlock() const;
   template <typename Work>
   void ForBoth(Work work) const;
 
@@ -58,6 +68,6 @@ class Edit {
   std::unique_ptr<Sqlite> db_;
   bool mainHasLog_ = false;
   bool thresholdsHaveLog_ = false;
-  quint32 mainCounter_ = 0;
-  quint32 thresholdsCounter_ = 0;
+  /// By "main" and "thresholds".
+  std::map<QByteArray, Written> written_;
 };

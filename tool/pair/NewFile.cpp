@@ -70,7 +70,7 @@ void NewFile::TakeBack() {
 
 void NewFile::RemoveLeftovers(const QByteArray& path) {
   for (const QByteArray& beside : PathsLike(path, ".creating-??????")) {
-    const Descriptor left(beside, O_RDONLY | O_NOFOLLOW);
+    const Descriptor left(beside, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     if (left.IsOpen() && flock(left.Number(), LOCK_EX | LOCK_NB) == 0) unlink(beside.constData());
   }
 }
