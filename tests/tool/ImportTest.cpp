@@ -230,6 +230,19 @@ TEST_F(ImportTest, FromStandardInput) {
   EXPECT_EQ(broken.err, "tarnbeam-db: standard input: line 2: unterminated object\n");
 }
 
+// Somebody's own: what a trigger writes besides is kept, though one of the columns takes no value.
+TEST_F(ImportTest, ATriggerFillsATableWithAColumnThatIsCalculated) {
+  CreateFiles();
+  RunSql(Path("m"),
+         "CREATE TABLE log (twice AS (2 * key), key); CREATE TRIGGER logs AFTER INSERT ON AntennaAlignment "
+         "BEGIN "
+         "INSERT INTO log (key) VALUES (NEW.AntennaAlignmentKey); END");
+  WriteJson("in.json", {SiteEntry(), PathEntry(), SiteEntry("B")});
+  RunWell({"import", "m", "t", "in.json"});
+  EXPECT_EQ(Rows(Path("m"), "SELECT twice || ' ' || key FROM log ORDER BY key"),
+            (QStringList{"'2 1'", "'4 2'"}));
+}
+
 TEST_F(ImportTest, ModesAndLinksStay) {
   CreateFiles();
   WriteJson("in.json", {SiteEntry("S")});
@@ -440,6 +453,17 @@ TEST_F(ImportTest, ValuesThatATriggerAltersAreMissed) {
     EXPECT_EQ(ReadFile("m"), mainFile);
     EXPECT_EQ(ReadFile("t"), thresholds);
   }
+}
+
+TEST_F(ImportTest, EveryAlignmentIsComparedWithWhatIsKept) {
+  CreateFiles();
+  RunSql(Path("m"),
+         "CREATE TRIGGER alters AFTER INSERT ON AntennaAlignment WHEN NEW.SectorName = 'third' BEGIN UPDATE "
+         "AntennaAlignment SET Note = 'x' WHERE SectorName = 'third'; END");
+  WriteJson("in.json", {SiteEntry("A"), SiteEntry("B"), SiteEntry("C", "third")});
+  ExpectFailure(
+      {"import", "m", "t", "in.json"},
+      "site C: an alignment is not kept as it was given, perhaps because of a trigger; nothing was saved");
 }
 
 TEST_F(ImportTest, FilesThatAreNoPairAreRefused) {

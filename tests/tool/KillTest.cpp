@@ -67,11 +67,13 @@ TEST_P(KillInWalModeTest, BothFilesAreBeforeOrAfter) { Sweep(); }
 INSTANTIATE_TEST_SUITE_P(Tool, KillInWalModeTest,
                          testing::Values(Change{"Import", {"import", "m", "t", "more.json"}, 9}), NameOf);
 
-// Whole files take the place of others.
+// Whole files take the place of others, of which the last page counts, too.
 class KillRestoreTest : public KillTest {
  protected:
   void SetUp() override {
     KillTest::SetUp();
+    RunSql(Path("m"), "UPDATE AntennaAlignment SET Note = printf('%*c', 9000, 'x')");
+    Keep();
     RunWell({"backup", "source/m", "source/t", "b"});
   }
   QStringList ChangeAgain() override { return QStringList{"b"} + KillTest::ChangeAgain(); }

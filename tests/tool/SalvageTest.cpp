@@ -524,7 +524,19 @@ TEST_F(SalvageTest, Refusals) {
   RunSql(Path("m"), "UPDATE Version SET VersionNumber = 6");
   ExpectFailure({"salvage", "m", "t", "nm", "nt"},
                 "m: is of version 6, which has no thresholds file: leave THRESHOLDS out" + hint, 2);
+  RunSql(Path("m"), "UPDATE Version SET VersionNumber = 8");
+  ExpectFailure({"salvage", "m", "t", "nm", "nt"}, "m: is of version 8, newer than this program knows (7)",
+                4);
   EXPECT_EQ(FilesInFolder(), (QStringList{"in.json", "m", "t", "text"}));
+}
+
+// Then the columns tell it.
+TEST_F(SalvageTest, TwoVersionsThatNobodyKnowsAreNotBelieved) {
+  CreateFilesWith({SiteEntry("S")});
+  const QString exported = RunWell({"export", "m", "t"});
+  RunSql(Path("m"), "UPDATE Version SET VersionNumber = 8; INSERT INTO Version VALUES (9)");
+  RunWell({"salvage", "m", "t", "nm", "nt"});
+  EXPECT_EQ(RunWell({"export", "nm", "nt"}), exported);
 }
 
 }  // namespace

@@ -6,14 +6,13 @@
 
 namespace {
 
-/// The verdicts are left out unless asked for: they need the alignments, which take time to read.
+/// Times and verdicts are left out unless asked for: they need the alignments, which take time to read.
 std::vector<ListEntry> Entries(const Snapshot& files, const std::optional<AlignmentFilter>& filter,
                                bool withVerdicts) {
   std::vector<ListEntry> entries;
   if (!withVerdicts && !filter) {
     for (const Snapshot::Summary& summary : files.Summaries()) {
-      entries.push_back(
-          {summary.kind, summary.identifier, summary.reports, summary.lastMeasured, Verdict::None});
+      entries.push_back({summary.kind, summary.identifier, summary.reports, QDateTime(), Verdict::None});
     }
     return entries;
   }

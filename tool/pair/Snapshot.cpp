@@ -33,30 +33,15 @@ Reports ReportsOf(unsigned int version, const Snapshot::Summary& summary, std::v
 
 std::vector<Snapshot::Summary> SummariesOf(const PrivatePair& files, Kind kind) {
   const Belonging::Tables& tables = Belonging::Of(kind);
-  struct Count {
-    qint64 reports = 0;
-    qint64 lastMeasured = 0;
-  };
-  QHash<qint64, Count> counts;
-  // Times are unsigned numbers of 32 bits that may be stored as signed ones; all bits set means no time.
-  Sqlite::Rows counted = files.Db().Select(QByteArray("SELECT ") + tables.ownerKey +
-                                           ", count(*), max(CASE LinuxTimeUTC & 4294967295 WHEN 4294967295 "
-                                           "THEN NULL ELSE LinuxTimeUTC & 4294967295 "
-                                           "END) FROM main." +
+  QHash<qint64, qint64> counts;
+  Sqlite::Rows counted = files.Db().Select(QByteArray("SELECT ") + tables.ownerKey + ", count(*) FROM main." +
                                            tables.alignments + " GROUP BY 1");
-  while (counted.Next()) {
-    counts.insert(counted.Int(0), {counted.Int(1), counted.IsNull(2) ? -1 : counted.Int(2)});
-  }
+  while (counted.Next()) counts.insert(counted.Int(0), counted.Int(1));
   std::vector<Snapshot::Summary> summaries;
   Sqlite::Rows owners = files.Db().Select(QByteArray("SELECT ") + tables.ownerKey + ", " + tables.ownerName +
                                           " FROM main." + tables.owners + " ORDER BY 1");
   while (owners.Next()) {
-    const Count count = counts.value(owners.Int(0));
-    QDateTime last;
-    if (count.reports > 0 && count.lastMeasured >= 0) {
-      last = QDateTime::fromSecsSinceEpoch(count.lastMeasured).toUTC();
-    }
-    summaries.push_back({kind, owners.Int(0), owners.Text(1), count.reports, last});
+    summaries.push_back({kind, owners.Int(0), owners.Text(1), counts.value(owners.Int(0))});
   }
   return summaries;
 }

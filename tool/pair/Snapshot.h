@@ -32,8 +32,6 @@ class Snapshot {
     qint64 key = 0;
     QString identifier;
     qint64 reports = 0;
-    /// Invalid if there are no reports.
-    QDateTime lastMeasured;
   };
   /// Of all sites, then all paths, in the order of the file.
   std::vector<Summary> Summaries() const;

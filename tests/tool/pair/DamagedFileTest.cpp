@@ -259,6 +259,39 @@ TEST_F(DamagedFileTest, AListOfFreePagesThatDoesNotFitIsNotBelieved) {
   }
 }
 
+// It tells of more children than a page has room for: the last one, which stands apart, is not believed
+// either.
+TEST_F(DamagedFileTest, APageOfChildrenThatDoesNotFitIsNotBelieved) {
+  constexpr int pageSize = 512;
+  Create(pageSize, 0);
+  RunSql(folder_.Main(),
+         "CREATE TABLE u (key INTEGER PRIMARY KEY, v); WITH RECURSIVE n(k) AS (VALUES (1) UNION ALL SELECT k "
+         "+ 1 FROM n WHERE k < 100) INSERT INTO t SELECT k, printf('%*c', 70, 'x') FROM n");
+  Overwrite(pageSize + 3, QByteArray("\x01\0", 2));
+  // Of the leaves nobody can tell any more whether they are of one table or of the other.
+  Overwrite(2 * pageSize, QByteArray(pageSize, '\x55'));
+  const AnyShape any;
+  const auto tables = DamagedFile(folder_.Main().toUtf8()).Read({{"t", {&any, 0}}, {"u", {&any, 0}}});
+  for (const char* table : {"t", "u"}) {
+    EXPECT_TRUE(tables.at(table).rows.empty()) << table;
+    EXPECT_FALSE(tables.at(table).gaps.empty()) << table;
+  }
+}
+
+// Four bytes each, of which the first to come is the last on the page.
+TEST_F(DamagedFileTest, TheSmallestRows) {
+  Create(512, 0);
+  RunSql(folder_.Main(),
+         "CREATE TABLE keys (key INTEGER PRIMARY KEY); INSERT INTO keys VALUES (1), (2), (3);"
+         "DELETE FROM keys WHERE key = 1");
+  const AnyShape any;
+  const StoredTable table = DamagedFile(folder_.Main().toUtf8()).Read({{"keys", {&any, 0}}})["keys"];
+  EXPECT_TRUE(table.gaps.empty());
+  ASSERT_EQ(table.rows.size(), 2U);
+  EXPECT_EQ(table.rows.begin()->first, 2);
+  EXPECT_EQ(table.rows.rbegin()->first, 3);
+}
+
 // Two entries that contradict are no help: the rows are found by what they look like.
 TEST_F(DamagedFileTest, TwoEntriesOfOneTableAreNotBelieved) {
   Create(512, 0);
