@@ -30,6 +30,11 @@ class FaultTest : public ToolTest {
     thresholds_ = ReadFile(thresholdsName);
   }
 
+  static QList<QStringList> Changes() {
+    return {{"import", mainName, thresholdsName, "in.json"},
+            {"delete", mainName, thresholdsName, "--site", "S1", "--yes"}};
+  }
+
   void Restore() {
     QDir(Path("files")).removeRecursively();
     QDir(Folder()).mkdir("files");
@@ -105,9 +110,7 @@ TEST_F(FaultTest, AReadThatFailsChangesNothingOrIsToldToComeAfterTheChange) {
 
 TEST_F(FaultTest, AWriteThatFailsChangesAllOrNothing) {
   const QString before = RunWell({"export", mainName, thresholdsName});
-  for (const QStringList& words :
-       {QStringList{"import", mainName, thresholdsName, "in.json"},
-        QStringList{"delete", mainName, thresholdsName, "--site", "S1", "--yes"}}) {
+  for (const QStringList& words : Changes()) {
     Restore();
     ASSERT_EQ(Run(words).status, 0);
     const QString after = RunWell({"export", mainName, thresholdsName});
@@ -151,9 +154,7 @@ TEST_F(FaultTest, FileSystemsThatKnowNoMoveToAFreePlace) {
 // What a disk loses nobody can bring back, but that it was lost is seen when it is read again.
 TEST_F(FaultTest, AWriteThatIsLostIsNoSuccess) {
   const QString clean = RunWell({"check", mainName, thresholdsName});
-  for (const QStringList& words :
-       {QStringList{"import", mainName, thresholdsName, "in.json"},
-        QStringList{"delete", mainName, thresholdsName, "--site", "S1", "--yes"}}) {
+  for (const QStringList& words : Changes()) {
     Restore();
     ASSERT_EQ(Run(words).status, 0);
     const QString after = RunWell({"export", mainName, thresholdsName});
